@@ -1,0 +1,40 @@
+#pragma once
+
+namespace rb {
+
+class Alerts;
+class Appearance;
+class Application;
+class HotKeys;
+class Log;
+class Panels;
+class Pointer;
+class RunLoop;
+class Screens;
+class SessionLock;
+class StatusBar;
+class TextMeter;
+class Updates;
+class UserDefaults;
+class Windows;
+
+// Everything the product may ask of the desktop it runs on. The services outlive whoever is given this.
+struct Desktop {
+    Application& application;
+    RunLoop& runLoop;
+    UserDefaults& userDefaults;
+    StatusBar& statusBar;
+    Windows& windows;
+    Panels& panels;
+    Alerts& alerts;
+    Screens& screens;
+    Pointer& pointer;
+    HotKeys& hotKeys;
+    SessionLock& sessionLock;
+    Appearance& appearance;
+    TextMeter& textMeter;
+    Updates& updates;
+    Log& log;
+};
+
+} // namespace rb

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "motion/Geometry.h"
+#include "motion/Layer.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace rb {
+
+// Bits of a panel's collection behaviour, in the system's values.
+enum CollectionBehavior : std::uint32_t {
+    CanJoinAllSpaces = 0x1,
+    Stationary = 0x10,
+    IgnoresCycle = 0x40,
+    FullScreenAuxiliary = 0x100,
+};
+
+// Stacking among the system's windows, in the system's values: larger is higher.
+inline constexpr int StatusWindowLevel = 25;
+
+// A borderless, transparent panel that never takes the focus.
+struct PanelSpec {
+    Rect frame; // screen coordinates
+    int level = 0;
+    std::uint32_t collectionBehavior = 0;
+    bool hasShadow = false;
+    bool ignoresMouseEvents = true;
+};
+
+// Main thread only. Destruction takes it off the screen.
+class Panel {
+public:
+    virtual ~Panel() = default;
+
+    virtual Rect frame() const = 0;
+    virtual void setFrame(const Rect& frame) = 0;
+    // Shows it without activating the program, whichever program is active.
+    virtual void orderFrontRegardless() = 0;
+    virtual void orderOut() = 0;
+    virtual bool isVisible() const = 0;
+    // The content: its layer fills the panel (bounds at the origin, size of the frame) and may be given a look
+    // and sublayers. Coordinates from the panel's bottom left.
+    virtual const std::shared_ptr<Layer>& rootLayer() = 0;
+    // Pixels per point where it is shown.
+    virtual double backingScaleFactor() const = 0;
+};
+
+class Panels {
+public:
+    virtual ~Panels() = default;
+    // Created off the screen.
+    virtual std::unique_ptr<Panel> createPanel(const PanelSpec& spec) = 0;
+};
+
+} // namespace rb
