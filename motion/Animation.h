@@ -55,7 +55,7 @@ struct PropertyAnimation {
 
 // One or several property animations that run together under one key. Never changes the layer's model.
 struct Animation {
-    std::vector<PropertyAnimation> parts;
+    std::vector<PropertyAnimation> parts = {};
     // Seconds. Absent: the settling duration of the first part's spring (0.25 s for a curve).
     std::optional<double> duration = std::nullopt;
     // Media time at which it begins; absent: when it is added. Before its beginning it has no effect.

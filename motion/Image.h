@@ -22,7 +22,7 @@ public:
 // A symbol of the system's set, by name ("lock.display"). Size 0 means the size that the place calls for
 // (a menu row, a status item). Without a tint the place's own foreground colour is used.
 struct Symbol {
-    std::string name;
+    std::string name = {};
     double pointSize = 0;
     FontWeight weight = FontWeight::Regular;
     std::optional<Color> tint = std::nullopt;

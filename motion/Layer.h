@@ -28,24 +28,24 @@ enum class Truncation { None, End, Middle };
 
 // What a layer is besides a rectangle.
 struct ShapeContent {
-    Path path;
-    std::optional<Color> fillColor;
-    std::optional<Color> strokeColor;
+    Path path = {};
+    std::optional<Color> fillColor = {};
+    std::optional<Color> strokeColor = {};
     double lineWidth = 1;
     LineCap lineCap = LineCap::Butt;
     friend bool operator==(const ShapeContent&, const ShapeContent&) = default;
 };
 struct GradientContent {
-    std::vector<Color> colors;
-    std::vector<double> locations; // 0…1, one per colour; empty: evenly spread
-    Point startPoint{0.5, 0};      // in unit coordinates of the bounds
+    std::vector<Color> colors = {};
+    std::vector<double> locations = {}; // 0…1, one per colour; empty: evenly spread
+    Point startPoint{0.5, 0};           // in unit coordinates of the bounds
     Point endPoint{0.5, 1};
     friend bool operator==(const GradientContent&, const GradientContent&) = default;
 };
 struct TextContent {
-    std::string text; // UTF-8
-    Font font;
-    Color color;
+    std::string text = {}; // UTF-8
+    Font font = {};
+    Color color = {};
     TextAlignment alignment = TextAlignment::Center;
     Truncation truncation = Truncation::None;
     friend bool operator==(const TextContent&, const TextContent&) = default;

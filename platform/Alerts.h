@@ -8,16 +8,16 @@
 namespace rb {
 
 struct AlertButton {
-    std::string title;
+    std::string title = {};
     bool destructive = false;
     friend bool operator==(const AlertButton&, const AlertButton&) = default;
 };
 
 struct Alert {
-    std::string messageText;
-    std::string informativeText;
+    std::string messageText = {};
+    std::string informativeText = {};
     // First is the default button. None: the desktop's single OK button.
-    std::vector<AlertButton> buttons;
+    std::vector<AlertButton> buttons = {};
     friend bool operator==(const Alert&, const Alert&) = default;
 };
 

@@ -19,7 +19,7 @@ struct KeyEvent {
     std::uint16_t keyCode = 0;       // macOS virtual key code (F13 is 105)
     std::uint32_t modifierFlags = 0; // or of ModifierFlags; further bits are other keys (Caps Lock, function)
     // What the key types without its modifiers but Shift, in UTF-8; may be empty.
-    std::string charactersIgnoringModifiers;
+    std::string charactersIgnoringModifiers = {};
 };
 
 } // namespace rb

@@ -16,24 +16,24 @@ namespace rb {
 class Menu;
 
 struct MenuItem {
-    std::string title;
-    Image image;
+    std::string title = {};
+    Image image = {};
     // Runs when the item is chosen. An item without action and without submenu can't be chosen.
-    std::function<void(MenuItem& sender)> action;
-    std::string keyEquivalent; // "," "q" "1"; empty for none
+    std::function<void(MenuItem& sender)> action = {};
+    std::string keyEquivalent = {}; // "," "q" "1"; empty for none
     std::uint32_t keyEquivalentModifiers = CommandModifier;
     bool enabled = true; // decides only in menus that don't enable their items by themselves
     bool on = false;     // check mark
     int tag = 0;
     int indentationLevel = 0;
-    std::string toolTip;
-    std::string subtitle; // shown where the system can
+    std::string toolTip = {};
+    std::string subtitle = {}; // shown where the system can
     // Stands in for the item before it while the modifiers of its key equivalent are held.
     bool alternate = false;
     bool separator = false;
-    std::any representedObject;
+    std::any representedObject = {};
     // Shared: a feature fills its own menu, another menu hosts it.
-    std::shared_ptr<Menu> submenu;
+    std::shared_ptr<Menu> submenu = {};
 };
 
 // Items are shared so that a feature can keep one and change it later; a desktop reads them when it opens the menu.

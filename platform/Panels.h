@@ -21,7 +21,7 @@ inline constexpr int StatusWindowLevel = 25;
 
 // A borderless, transparent panel that never takes the focus.
 struct PanelSpec {
-    Rect frame; // screen coordinates
+    Rect frame = {}; // screen coordinates
     int level = 0;
     std::uint32_t collectionBehavior = 0;
     bool hasShadow = false;

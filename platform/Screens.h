@@ -12,12 +12,12 @@
 namespace rb {
 
 struct Screen {
-    std::uint32_t id = 0; // stays with the display while it is connected
-    Rect frame;           // screen coordinates
-    Rect visibleFrame;    // the frame without menu bar and docks
+    std::uint32_t id = 0;   // stays with the display while it is connected
+    Rect frame = {};        // screen coordinates
+    Rect visibleFrame = {}; // the frame without menu bar and docks
     double backingScaleFactor = 1;
     double safeAreaTop = 0; // height kept free for a camera housing
-    std::string localizedName;
+    std::string localizedName = {};
     friend bool operator==(const Screen&, const Screen&) = default;
 };
 
@@ -32,5 +32,8 @@ public:
     // Screens came, went, moved or changed their visible frame; the list is already current.
     virtual Handle onChange(std::function<void()> changed) = 0;
 };
+
+// The screen whose frame contains a pointer location, or nothing.
+std::optional<Screen> RBScreenAt(const Screens& screens, Point point);
 
 } // namespace rb

@@ -21,24 +21,24 @@ struct View;
 enum class TextColor { Label, SecondaryLabel, TertiaryLabel };
 
 struct LabelView {
-    std::string text;
-    Font font;
+    std::string text = {};
+    Font font = {};
     TextColor color = TextColor::Label;
     TextAlignment alignment = TextAlignment::Left;
     bool wraps = false;
 };
 
 struct ButtonView {
-    std::string title;
-    std::function<void()> action;
-    std::string keyEquivalent; // "\r" makes it the default button
+    std::string title = {};
+    std::function<void()> action = {};
+    std::string keyEquivalent = {}; // "\r" makes it the default button
     bool enabled = true;
-    Image image;
+    Image image = {};
 };
 
 struct ImageView {
-    Image image;
-    Size size;
+    Image image = {};
+    Size size = {};
 };
 
 enum class Orientation { Horizontal, Vertical };
@@ -49,8 +49,8 @@ struct StackView {
     Orientation orientation = Orientation::Vertical;
     StackAlignment alignment = StackAlignment::Leading;
     double spacing = 0;
-    Insets insets;
-    std::vector<View> children;
+    Insets insets = {};
+    std::vector<View> children = {};
 };
 
 // Takes the space that the other children of its stack leave.
@@ -61,29 +61,29 @@ enum class BoxContentPlacement { Fill, Center };
 // A layer-backed area around one child (or none), which may take the mouse and the keyboard. The layer belongs to
 // the product and is shown behind the child; the desktop keeps its bounds equal to the area.
 struct BoxView {
-    std::shared_ptr<Layer> layer;
-    Insets insets;
+    std::shared_ptr<Layer> layer = {};
+    Insets insets = {};
     BoxContentPlacement placement = BoxContentPlacement::Fill;
-    std::vector<View> child; // at most one
+    std::vector<View> child = {}; // at most one
 
     bool acceptsFirstResponder = false;
-    std::function<void()> becameFirstResponder;
-    std::function<void()> resignedFirstResponder;
+    std::function<void()> becameFirstResponder = {};
+    std::function<void()> resignedFirstResponder = {};
     // With a handler no key press is passed on.
-    std::function<void(const KeyEvent&)> keyDown;
+    std::function<void(const KeyEvent&)> keyDown = {};
     // True asks the window to make this area its first responder.
-    std::function<bool()> mouseDown;
+    std::function<bool()> mouseDown = {};
     // While the application is active.
-    std::function<void()> mouseEntered;
-    std::function<void()> mouseExited;
+    std::function<void()> mouseEntered = {};
+    std::function<void()> mouseExited = {};
     // The appearance changed or the area is first shown: set the layer's look anew.
-    std::function<void()> updateLayer;
+    std::function<void()> updateLayer = {};
 };
 
 using ViewContent = std::variant<LabelView, ButtonView, ImageView, StackView, SpacerView, BoxView>;
 
 struct View {
-    ViewContent content;
+    ViewContent content = {};
     std::string identifier = {}; // how the product names it later (first responder) and tests find it
     std::optional<double> width = std::nullopt;
     std::optional<double> height = std::nullopt;

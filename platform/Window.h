@@ -9,8 +9,8 @@
 namespace rb {
 
 struct WindowSpec {
-    Size contentSize;
-    std::string title;
+    Size contentSize = {};
+    std::string title = {};
     bool closable = true;
     bool resizable = false;
     bool miniaturizable = false;
