@@ -1,0 +1,89 @@
+#pragma once
+
+#include "desktops/virtual/Alerts.h"
+#include "desktops/virtual/Appearance.h"
+#include "desktops/virtual/Application.h"
+#include "desktops/virtual/HotKeys.h"
+#include "desktops/virtual/Journal.h"
+#include "desktops/virtual/Keyboard.h"
+#include "desktops/virtual/Layers.h"
+#include "desktops/virtual/Log.h"
+#include "desktops/virtual/Panels.h"
+#include "desktops/virtual/Pointer.h"
+#include "desktops/virtual/RunLoop.h"
+#include "desktops/virtual/Screens.h"
+#include "desktops/virtual/SessionLock.h"
+#include "desktops/virtual/StatusBar.h"
+#include "desktops/virtual/TextMeter.h"
+#include "desktops/virtual/Updates.h"
+#include "desktops/virtual/UserDefaults.h"
+#include "desktops/virtual/Windows.h"
+#include "platform/Desktop.h"
+
+#include <memory>
+#include <string>
+
+namespace rb {
+
+// A whole desktop in memory whose time and user are the test. Everything happens on the test's thread and in the
+// same order every time. Ask a service for its state; act through keyboard(), pointer(), the menus and the windows.
+// The product's objects must be gone before the desktop goes, which checks that no timer is left.
+class VirtualDesktop {
+public:
+    VirtualDesktop();
+
+    // What the product gets; lives as long as this.
+    const Desktop& services() const { return services_; }
+
+    void advance(double seconds) { runLoop_.advance(seconds); }
+
+    VirtualApplication& application() { return application_; }
+    VirtualRunLoop& runLoop() { return runLoop_; }
+    VirtualUserDefaults& userDefaults() { return userDefaults_; }
+    VirtualStatusBar& statusBar() { return statusBar_; }
+    VirtualWindows& windows() { return windows_; }
+    VirtualPanels& panels() { return panels_; }
+    VirtualAlerts& alerts() { return alerts_; }
+    VirtualScreens& screens() { return screens_; }
+    VirtualPointer& pointer() { return pointer_; }
+    VirtualHotKeys& hotKeys() { return hotKeys_; }
+    VirtualKeyboard& keyboard() { return keyboard_; }
+    VirtualSessionLock& sessionLock() { return sessionLock_; }
+    VirtualAppearance& appearance() { return appearance_; }
+    VirtualTextMeter& textMeter() { return textMeter_; }
+    VirtualUpdates& updates() { return updates_; }
+    VirtualLog& log() { return log_; }
+    VirtualLayers& layers() { return layers_; }
+    Journal& journal() { return journal_; }
+
+    // Opens the menu of the first status item.
+    Menu& statusMenu();
+    // The submenu of that name as it is once opened; it must be reachable from a status item.
+    Menu& menu(const std::string& title);
+    // Opens the status items' menus until the item is found and chooses it, the modifiers held.
+    void chooseMenuItem(const std::string& title, std::uint32_t heldModifiers = NoModifiers);
+
+private:
+    // The run loop first: it goes last, after whatever might still hold a timer.
+    VirtualRunLoop runLoop_;
+    Journal journal_;
+    VirtualLayers layers_{runLoop_};
+    VirtualApplication application_{runLoop_, journal_};
+    VirtualUserDefaults userDefaults_{runLoop_};
+    VirtualStatusBar statusBar_{runLoop_, journal_};
+    VirtualAlerts alerts_{runLoop_};
+    VirtualScreens screens_;
+    VirtualPointer pointer_;
+    VirtualHotKeys hotKeys_{runLoop_, journal_};
+    VirtualSessionLock sessionLock_{runLoop_};
+    VirtualAppearance appearance_;
+    VirtualTextMeter textMeter_;
+    VirtualUpdates updates_{runLoop_, journal_};
+    VirtualLog log_;
+    VirtualPanels panels_{runLoop_, layers_, screens_};
+    VirtualWindows windows_;
+    VirtualKeyboard keyboard_{hotKeys_, alerts_, windows_};
+    Desktop services_;
+};
+
+} // namespace rb

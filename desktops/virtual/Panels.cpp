@@ -1,0 +1,65 @@
+#include "desktops/virtual/Panels.h"
+
+#include <algorithm>
+
+namespace rb {
+
+VirtualPanel::VirtualPanel(VirtualPanels& panels, const PanelSpec& spec)
+    : panels_(panels)
+    , spec_(spec) {
+    layOut();
+}
+
+VirtualPanel::~VirtualPanel() {
+    orderOut();
+}
+
+void VirtualPanel::layOut() {
+    LayerModel& model = root_->change();
+    model.setFrame({0, 0, spec_.frame.width, spec_.frame.height});
+}
+
+void VirtualPanel::setFrame(const Rect& frame) {
+    panels_.loop_.requireMainThread("Panel::setFrame");
+    const bool resized = frame.size() != spec_.frame.size();
+    spec_.frame = frame;
+    if (resized) {
+        layOut();
+    }
+}
+
+void VirtualPanel::orderFrontRegardless() {
+    panels_.loop_.requireMainThread("Panel::orderFrontRegardless");
+    std::erase(panels_.ordered_, this);
+    panels_.ordered_.push_back(this);
+    panels_.layers_.show(root_);
+}
+
+void VirtualPanel::orderOut() {
+    panels_.loop_.requireMainThread("Panel::orderOut");
+    std::erase(panels_.ordered_, this);
+    panels_.layers_.hide(root_);
+}
+
+bool VirtualPanel::isVisible() const {
+    return std::find(panels_.ordered_.begin(), panels_.ordered_.end(), this) != panels_.ordered_.end();
+}
+
+double VirtualPanel::backingScaleFactor() const {
+    const auto screen = RBScreenAt(panels_.screens_, {spec_.frame.midX(), spec_.frame.midY()});
+    return screen ? screen->backingScaleFactor : 1;
+}
+
+std::unique_ptr<Panel> VirtualPanels::createPanel(const PanelSpec& spec) {
+    loop_.requireMainThread("Panels::createPanel");
+    return std::make_unique<VirtualPanel>(*this, spec);
+}
+
+std::vector<VirtualPanel*> VirtualPanels::visible() const {
+    std::vector<VirtualPanel*> panels = ordered_;
+    std::stable_sort(panels.begin(), panels.end(),
+                     [](const VirtualPanel* a, const VirtualPanel* b) { return a->spec().level < b->spec().level; });
+    return panels;
+}
+
+} // namespace rb

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "desktops/virtual/Observers.h"
+#include "platform/Pointer.h"
+
+namespace rb {
+
+// The mouse, moved by the test.
+class VirtualPointer final : public Pointer {
+public:
+    Point location() const override { return location_; }
+
+    // Screen coordinates. What lies under the pointer notices at once.
+    void moveTo(Point location) {
+        location_ = location;
+        moved_.notify();
+    }
+    Handle onMove(std::function<void()> moved) { return moved_.add(std::move(moved)); }
+
+private:
+    Point location_{720, 450};
+    Observers<> moved_;
+};
+
+} // namespace rb
