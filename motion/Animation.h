@@ -64,7 +64,8 @@ struct Animation {
     TimingCurve groupTiming = TimingCurve::linear();
     // Keeps the end value showing after the end (fill mode forwards, not removed on completion).
     bool holdsAtEnd = false;
-    // Called once, on the main thread, when the animation ends or is replaced or removed (finished = false).
+    // Called once, on the main thread, when the animation ends or is replaced or removed (finished = false); never
+    // when its layer is destroyed.
     std::function<void(bool finished)> completion = nullptr;
 
     double resolvedDuration() const;

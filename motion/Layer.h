@@ -88,6 +88,7 @@ struct LayerModel {
     // The rectangle in superlayer coordinates without the transform, as in setting a frame.
     Rect frame() const;
     void setFrame(const Rect& frame);
+    // The stroke of a layer that shows no shape reads as clear and 0, and can't be set.
     LayerValue value(KeyPath keyPath) const;
     void setValue(KeyPath keyPath, const LayerValue& value);
 };
@@ -100,6 +101,7 @@ public:
     virtual double mediaTime() const = 0;
     // Model, mask or sublayers of the layer changed.
     virtual void layerChanged(Layer& layer) = 0;
+    // Also when it replaces the one of that key, which isn't reported as removed.
     virtual void animationAdded(Layer& layer, const std::string& key) = 0;
     virtual void animationRemoved(Layer& layer, const std::string& key) = 0;
 };
@@ -116,19 +118,24 @@ public:
     // The model for writing. The host is told at once; finish writing within the current callback.
     LayerModel& change();
 
+    // On top of the others. A layer that hangs elsewhere moves here with its running animations.
     void addSublayer(const std::shared_ptr<Layer>& layer);
+    // Ends all animations of the subtree, "not finished", when the tree is shown.
     void removeFromSuperlayer();
     Layer* superlayer() const { return superlayer_; }
     const std::vector<std::shared_ptr<Layer>>& sublayers() const { return sublayers_; }
+    // Placed in this layer's coordinates; what it covers stays visible. It has no superlayer.
     void setMask(std::shared_ptr<Layer> mask);
     const std::shared_ptr<Layer>& mask() const { return mask_; }
 
-    // Set on the root of a shown tree by the desktop; null takes the tree off. Layers added later follow.
+    // Set on the root of a shown tree by the desktop; null takes the tree off. Layers added later follow. Animations
+    // keep their time while a tree is off; those that fall due meanwhile end when a host asks for it again.
     void setHost(LayerHost* host);
     LayerHost* host() const { return host_; }
 
     // Replaces a running animation of the same key, whose completion is told "not finished". On a layer that is
-    // not shown the animation waits for a host.
+    // not shown the animation waits for a host, which finds it when it first visits the layer. Destroying a layer
+    // destroys its animations without telling anyone, like dropping a handle.
     void addAnimation(const std::string& key, Animation animation);
     void removeAnimation(const std::string& key);
     void removeAllAnimations();
@@ -154,13 +161,22 @@ public:
 private:
     struct Running {
         Animation animation;
+        double duration = 0;         // resolved once
         std::optional<double> begin; // media time; absent until hosted
         unsigned long order = 0;
         bool ended = false; // held at its end value
+        // One sum for every comparison, so that what begins at this very time doesn't overlap. Once begun.
+        double end() const { return *begin + duration; }
     };
+    struct Due;
     Layer() = default;
     void hostChanged(LayerHost* host);
     void noteChange();
+    void detach();
+    void takeAll(std::vector<Due>& completions);
+    void takeAllOfSubtree(std::vector<Due>& completions);
+    void takeDue(double mediaTime, std::vector<Due>& due);
+    std::vector<const Running*> runningInOrder() const;
 
     LayerModel model_;
     Layer* superlayer_ = nullptr;

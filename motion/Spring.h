@@ -12,7 +12,8 @@ struct Spring {
 
     // Progress after `elapsed` seconds; may overshoot 1. 0 for negative times.
     double at(double elapsed) const;
-    // Seconds until the remaining swing stays below a thousandth of the distance.
+    // Seconds until the remaining swing stays below a thousandth of the distance; an hour at most, as an undamped
+    // spring never settles.
     double settlingDuration() const;
     friend bool operator==(const Spring&, const Spring&) = default;
 };
