@@ -1,0 +1,59 @@
+#include "desktops/virtual/Contract.h"
+#include "desktops/virtual/Desktop.h"
+#include "tests/contract/AllContracts.h"
+
+namespace rb {
+
+namespace {
+
+// The test's hands on a virtual desktop.
+class VirtualDesktopUnderTest final : public DesktopUnderTest {
+public:
+    VirtualDesktopUnderTest() { desktop_.textMeter().removeSymbol("no.such.symbol"); }
+
+    const Desktop& services() override { return desktop_.services(); }
+    void live(double seconds) override { desktop_.advance(seconds); }
+    bool isOnMainThread() override { return desktop_.runLoop().isOnMainThread(); }
+
+    void pressKey(const KeyEvent& event) override { desktop_.keyboard().press(event); }
+    void pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) override {
+        desktop_.hotKeys().press(keyCode, modifiers);
+    }
+    Handle holdHotKeyElsewhere(std::uint32_t keyCode, std::uint32_t modifiers) override {
+        desktop_.hotKeys().holdElsewhere(keyCode, modifiers);
+        return Handle([this, keyCode, modifiers] { desktop_.hotKeys().releaseElsewhere(keyCode, modifiers); });
+    }
+    std::optional<Alert> alertOnScreen() override { return desktop_.alerts().current(); }
+    void answerAlert(std::size_t button) override { desktop_.alerts().answerNext(button); }
+    void closeAlert() override { desktop_.alerts().closeCurrent(); }
+    bool clickButton(Window& window, const std::string& title) override {
+        return succeeds([&] { dynamic_cast<VirtualWindow&>(window).clickButton(title); });
+    }
+    void clickBox(Window& window, const std::string& identifier) override {
+        dynamic_cast<VirtualWindow&>(window).clickBox(identifier);
+    }
+    void closeWindow(Window& window) override { dynamic_cast<VirtualWindow&>(window).close(); }
+    bool chooseMenuItem(const std::string& title) override {
+        return succeeds([&] { desktop_.chooseMenuItem(title); });
+    }
+
+private:
+    static bool succeeds(const std::function<void()>& act) {
+        try {
+            act();
+            return true;
+        } catch (const ImpossibleAct&) {
+            return false;
+        }
+    }
+
+    VirtualDesktop desktop_;
+};
+
+const DesktopCase virtualDesktop{"Virtual", [] { return std::make_unique<VirtualDesktopUnderTest>(); }};
+
+} // namespace
+
+ROOKBAY_INSTANTIATE_CONTRACTS(Desktop, virtualDesktop);
+
+} // namespace rb
