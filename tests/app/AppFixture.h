@@ -1,0 +1,45 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "desktops/virtual/Contract.h"
+#include "desktops/virtual/Desktop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+namespace rb {
+
+inline constexpr const char* settingsTitle = "Rook Bay 快捷键设置";
+inline constexpr const char* hotKeyRefused = "这个快捷键无法使用";
+
+// The product on a virtual desktop. Prepare the desktop, launch, act as the user.
+class AppTest : public testing::Test {
+protected:
+    ~AppTest() override { desktop_.application().terminate(); }
+
+    AppDelegate& launch() {
+        app_ = std::make_unique<AppDelegate>(desktop_.services());
+        desktop_.application().run(*app_);
+        return *app_;
+    }
+    void quit() {
+        desktop_.application().terminate();
+        app_.reset();
+    }
+    // The Screens and connections window as far as it exists.
+    long displaysShown() {
+        const auto lines = desktop_.log().lines();
+        return std::count(lines.begin(), lines.end(), "Rook Bay: the Screens and connections window is not built yet");
+    }
+    std::string statusLine() { return desktop_.statusMenu().items().at(1)->title; }
+    std::string toolTip() { return desktop_.statusBar().items().at(0)->toolTip(); }
+
+    VirtualDesktop desktop_;
+    std::unique_ptr<AppDelegate> app_;
+};
+
+} // namespace rb
