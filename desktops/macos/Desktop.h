@@ -1,0 +1,51 @@
+#pragma once
+
+#include "desktops/macos/Alerts.h"
+#include "desktops/macos/Appearance.h"
+#include "desktops/macos/Application.h"
+#include "desktops/macos/HotKeys.h"
+#include "desktops/macos/Log.h"
+#include "desktops/macos/Panels.h"
+#include "desktops/macos/Pointer.h"
+#include "desktops/macos/RunLoop.h"
+#include "desktops/macos/Screens.h"
+#include "desktops/macos/SessionLock.h"
+#include "desktops/macos/StatusBar.h"
+#include "desktops/macos/TextMeter.h"
+#include "desktops/macos/Updates.h"
+#include "desktops/macos/UserDefaults.h"
+#include "desktops/macos/Window.h"
+#include "platform/Desktop.h"
+
+namespace rb {
+
+// All services of macOS. Created first thing in the program, on the main thread, and outlives everything else.
+class MacDesktop {
+public:
+    MacDesktop() = default;
+    MacDesktop(const MacDesktop&) = delete;
+    MacDesktop& operator=(const MacDesktop&) = delete;
+
+    const Desktop& desktop() const { return desktop_; }
+
+private:
+    MacApplication application_; // first: the others expect a shared application
+    MacLog log_;
+    MacRunLoop runLoop_;
+    MacUserDefaults userDefaults_;
+    MacStatusBar statusBar_;
+    MacWindows windows_;
+    MacPanels panels_;
+    MacAlerts alerts_{runLoop_};
+    MacScreens screens_;
+    MacPointer pointer_;
+    MacHotKeys hotKeys_;
+    MacSessionLock sessionLock_{log_};
+    MacAppearance appearance_;
+    MacTextMeter textMeter_;
+    MacUpdates updates_{log_};
+    Desktop desktop_{application_, runLoop_, userDefaults_, statusBar_,  windows_,   panels_,  alerts_, screens_,
+                     pointer_,     hotKeys_, sessionLock_,  appearance_, textMeter_, updates_, log_};
+};
+
+} // namespace rb

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/Pointer.h"
+
+namespace rb {
+
+class MacPointer final : public Pointer {
+public:
+    Point location() const override;
+};
+
+} // namespace rb

@@ -1,0 +1,11 @@
+#include "desktops/macos/Pointer.h"
+
+#include "desktops/macos/Bridge.h"
+
+namespace rb {
+
+Point MacPointer::location() const {
+    return pointFrom(NSEvent.mouseLocation);
+}
+
+} // namespace rb

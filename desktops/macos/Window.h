@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/Window.h"
+
+namespace rb {
+
+// Titled NSWindows.
+class MacWindows final : public Windows {
+public:
+    std::unique_ptr<Window> createWindow(const WindowSpec& spec) override;
+};
+
+} // namespace rb
