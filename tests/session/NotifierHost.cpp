@@ -1,6 +1,6 @@
 // Another desktop's status notifier, in a process of its own as there: a watcher that items register with, and a host
 // that reads an item's menu and chooses from it.
-//   notifier-host watch                       until it is killed; "registered SERVICE PATH" a line
+//   notifier-host watch                       until it is killed; "registered SERVICE PATH TIME" a line
 //   notifier-host facts SERVICE PATH          "PROPERTY=TEXT" lines
 //   notifier-host menu SERVICE PATH           "LABEL" lines, disabled ones with "- " before, separators as "--"
 //   notifier-host choose SERVICE PATH LABEL   as a click on that item of the menu
@@ -13,6 +13,7 @@
 #include <QDBusVirtualObject>
 #include <QRegularExpression>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -61,7 +62,8 @@ public:
             const QString path = isPath ? argument : "/StatusNotifierItem";
             items_.append(service + path);
             gone_.addWatchedService(service);
-            tell("registered " + service + " " + path);
+            const std::chrono::duration<double> now = std::chrono::steady_clock::now().time_since_epoch();
+            tell("registered " + service + " " + path + " " + QString::number(now.count(), 'f', 6));
             connection.send(message.createReply());
             QDBusMessage signal =
                 QDBusMessage::createSignal(watcherPath, watcherService, "StatusNotifierItemRegistered");
