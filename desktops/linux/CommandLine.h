@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace rb {
+
+// What a start was asked to do: a pure reading of its arguments.
+struct CommandLine {
+    enum class Action { Run, Help, Version, Refuse };
+    Action action = Action::Run;
+    // Without the program's name; for Run.
+    std::vector<std::string> arguments = {};
+    // What to print and where the process ends with it: standard output and 0 for Help and Version, standard error
+    // and 2 for Refuse.
+    std::string text = {};
+};
+
+CommandLine readCommandLine(const std::vector<std::string>& arguments);
+
+} // namespace rb
