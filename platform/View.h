@@ -50,7 +50,7 @@ struct StackView {
     StackAlignment alignment = StackAlignment::Leading;
     double spacing = 0;
     Insets insets = {};
-    std::vector<View> children = {};
+    std::vector<View> children; // no initialiser: Clang would need the whole View here
 };
 
 // Takes the space that the other children of its stack leave.
@@ -64,7 +64,7 @@ struct BoxView {
     std::shared_ptr<Layer> layer = {};
     Insets insets = {};
     BoxContentPlacement placement = BoxContentPlacement::Fill;
-    std::vector<View> child = {}; // at most one
+    std::vector<View> child; // at most one
 
     bool acceptsFirstResponder = false;
     std::function<void()> becameFirstResponder = {};
