@@ -70,7 +70,7 @@ std::shared_ptr<MenuItem> findItem(Menu& menu, const std::string& title, std::ui
 
 void choose(Menu& menu, const std::string& title, std::uint32_t heldModifiers) {
     const Found found = find(menu, title, heldModifiers);
-    if (!found.item) {
+    if (!found.menu || !found.item) {
         throw ImpossibleAct("there is no menu item \"" + title + "\"");
     }
     act(*found.menu, found.item);

@@ -131,6 +131,7 @@ TEST_F(ToastsTest, LeavesAfterOneAndAHalfSeconds) {
     EXPECT_EQ(shown(), 1U);
     desktop_.advance(0.001);
     EXPECT_EQ(shown(), 0U);
+    EXPECT_EQ(root->presentation(desktop_.runLoop().now()).opacity, 0) << "it never flashes up again";
     EXPECT_TRUE(desktop_.runLoop().pendingTimers().empty());
     desktop_.advance(0);
     EXPECT_EQ(root.use_count(), 1) << "nothing keeps a notice that is gone";
