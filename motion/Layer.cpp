@@ -65,6 +65,7 @@ Layer::~Layer() {
         sublayer->hostChanged(nullptr);
     }
     if (mask_) {
+        mask_->masked_ = nullptr;
         mask_->hostChanged(nullptr);
     }
 }
@@ -83,16 +84,17 @@ void Layer::noteChange() {
 void Layer::addSublayer(const std::shared_ptr<Layer>& layer) {
     const auto kept = layer; // the argument may live in the list that detach() changes
     kept->detach();
+    noteChange();
     sublayers_.push_back(kept);
     kept->superlayer_ = this;
     kept->hostChanged(host_);
-    noteChange();
 }
 
 void Layer::detach() {
-    if (Layer* parent = std::exchange(superlayer_, nullptr)) {
-        std::erase_if(parent->sublayers_, [this](const auto& sublayer) { return sublayer.get() == this; });
-        parent->noteChange();
+    if (superlayer_) {
+        superlayer_->noteChange();
+        std::erase_if(superlayer_->sublayers_, [this](const auto& sublayer) { return sublayer.get() == this; });
+        superlayer_ = nullptr;
     }
 }
 
@@ -116,18 +118,20 @@ void Layer::setMask(std::shared_ptr<Layer> mask) {
     if (mask == mask_) {
         return;
     }
+    noteChange();
     std::vector<Due> completions;
     const auto old = std::exchange(mask_, std::move(mask));
     if (old) {
+        old->masked_ = nullptr;
         if (old->host_) {
             old->takeAllOfSubtree(completions);
         }
         old->hostChanged(nullptr);
     }
     if (mask_) {
+        mask_->masked_ = this;
         mask_->hostChanged(host_);
     }
-    noteChange();
     Due::tell(std::move(completions), false);
 }
 

@@ -99,7 +99,8 @@ public:
     virtual ~LayerHost() = default;
     // Seconds on the media clock (the run loop's monotonic clock).
     virtual double mediaTime() const = 0;
-    // Model, mask or sublayers of the layer changed.
+    // Model, mask or sublayers of the layer are about to change, so what was shown can still be read; the new state
+    // is complete when the current callback has returned.
     virtual void layerChanged(Layer& layer) = 0;
     // Also when it replaces the one of that key, which isn't reported as removed.
     virtual void animationAdded(Layer& layer, const std::string& key) = 0;
@@ -127,6 +128,8 @@ public:
     // Placed in this layer's coordinates; what it covers stays visible. It has no superlayer.
     void setMask(std::shared_ptr<Layer> mask);
     const std::shared_ptr<Layer>& mask() const { return mask_; }
+    // The layer whose mask this is, or null.
+    Layer* masked() const { return masked_; }
 
     // Set on the root of a shown tree by the desktop; null takes the tree off. Layers added later follow. Animations
     // keep their time while a tree is off; those that fall due meanwhile end when a host asks for it again.
@@ -140,6 +143,7 @@ public:
     void removeAnimation(const std::string& key);
     void removeAllAnimations();
     bool hasAnimation(const std::string& key) const { return animations_.contains(key); }
+    bool hasAnimations() const { return !animations_.empty(); }
     const Animation* animation(const std::string& key) const;
     std::vector<std::string> animationKeys() const; // in the order they were added
 
@@ -180,6 +184,7 @@ private:
 
     LayerModel model_;
     Layer* superlayer_ = nullptr;
+    Layer* masked_ = nullptr;
     LayerHost* host_ = nullptr;
     std::vector<std::shared_ptr<Layer>> sublayers_;
     std::shared_ptr<Layer> mask_;

@@ -96,6 +96,7 @@ TEST(Layer, OutlivesItsSuperlayer) {
     EXPECT_EQ(child->superlayer(), nullptr);
     EXPECT_EQ(child->host(), nullptr);
     EXPECT_EQ(mask->host(), nullptr);
+    EXPECT_EQ(mask->masked(), nullptr);
 }
 
 TEST(LayerModel, PlacesByTheAnchor) {

@@ -1,0 +1,245 @@
+#include "desktops/linux/Panels.h"
+
+#include "desktops/linux/LayerGeometry.h"
+#include "desktops/linux/WindowShape.h"
+
+#include <QGuiApplication>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QWidget>
+#include <algorithm>
+#include <cmath>
+
+namespace rb {
+
+namespace {
+
+// From here on a window lies above other programs' windows (the system's floating level).
+constexpr int floatingLevel = 3;
+
+// The shadow of a window, in points.
+constexpr int shadowMargin = 40;
+constexpr double shadowRadius = 11;
+constexpr double shadowDrop = 6;
+constexpr double shadowOpacity = 0.35;
+
+// Screen coordinates have their origin at the bottom left of the primary screen.
+QPointF fromScreenCoordinates(double x, double y) {
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    const QRect screen = primary ? primary->geometry() : QRect();
+    return {screen.x() + x, screen.y() + screen.height() - y};
+}
+
+QRect toGlobal(const Rect& frame) {
+    const QPointF topLeft = fromScreenCoordinates(frame.minX(), frame.maxY());
+    return {topLeft.toPoint(),
+            QSize(static_cast<int>(std::lround(frame.width)), static_cast<int>(std::lround(frame.height)))};
+}
+
+} // namespace
+
+class LinuxPanel::Window final : public QWidget {
+public:
+    Window(LinuxPanel& panel, Qt::WindowFlags flags)
+        : QWidget(nullptr, flags)
+        , panel_(panel) {
+        setAttribute(Qt::WA_TranslucentBackground);
+        setAttribute(Qt::WA_ShowWithoutActivating);
+        setAttribute(Qt::WA_QuitOnClose, false);
+        setFocusPolicy(Qt::NoFocus);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* event) override { panel_.paint(event->region()); }
+
+private:
+    LinuxPanel& panel_;
+};
+
+LinuxPanel::LinuxPanel(LinuxPanels& panels, const PanelSpec& spec)
+    : panels_(panels)
+    , spec_(spec)
+    , surface_(panels.ticker_, Layer::create(), [this](const QRegion& region) { repaint(region); }) {
+    layOut();
+}
+
+LinuxPanel::~LinuxPanel() {
+    orderOut();
+}
+
+void LinuxPanel::layOut() {
+    surface_.root()->change().setFrame({0, 0, spec_.frame.width, spec_.frame.height});
+    const int margin = spec_.hasShadow ? shadowMargin : 0;
+    surface_.setTransform(
+        flipped({static_cast<double>(margin), static_cast<double>(margin), spec_.frame.width, spec_.frame.height}));
+}
+
+void LinuxPanel::setFrame(const Rect& frame) {
+    const bool resized = frame.size() != spec_.frame.size();
+    spec_.frame = frame;
+    if (resized) {
+        layOut();
+    }
+    if (window_) {
+        place();
+    }
+}
+
+void LinuxPanel::place() {
+    const int margin = spec_.hasShadow ? shadowMargin : 0;
+    const QRect frame = toGlobal(spec_.frame);
+    window_->setGeometry(frame.adjusted(-margin, -margin, margin, margin));
+    // The margin is not the panel: what is clicked there lies beneath.
+    setInputRegion(*window_, spec_.ignoresMouseEvents ? QRect() : QRect({margin, margin}, frame.size()));
+}
+
+void LinuxPanel::createWindow() {
+    Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus;
+    if (spec_.level >= floatingLevel) {
+        // Managed windows were covered by full-screen ones; these stay in front on every desktop.
+        flags |= Qt::WindowStaysOnTopHint | Qt::X11BypassWindowManagerHint;
+    }
+    window_ = std::make_unique<Window>(*this, flags);
+    window_->winId();
+    setWithoutCompositorShadow(*window_);
+    if ((spec_.collectionBehavior & CanJoinAllSpaces) != 0) {
+        setOnAllDesktops(*window_);
+    }
+}
+
+void LinuxPanel::orderFrontRegardless() {
+    if (!window_) {
+        createWindow();
+    }
+    if (!surface_.isShown()) {
+        translucent_ = panels_.compositor_.isRunning();
+        place();
+        surface_.show();
+        window_->show();
+    }
+    panels_.bringToFront(*this);
+}
+
+void LinuxPanel::orderOut() {
+    std::erase(panels_.panels_, this);
+    surface_.hide();
+    opaque_ = {};
+    if (window_) {
+        window_->hide();
+    }
+}
+
+double LinuxPanel::backingScaleFactor() const {
+    const QScreen* screen =
+        QGuiApplication::screenAt(fromScreenCoordinates(spec_.frame.midX(), spec_.frame.midY()).toPoint());
+    if (!screen) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    return screen ? screen->devicePixelRatio() : 1;
+}
+
+void LinuxPanel::repaint(const QRegion& region) {
+    // A shadow moves with what throws it.
+    window_->repaint(spec_.hasShadow ? QRegion(window_->rect()) : region);
+}
+
+void LinuxPanel::paint(const QRegion& region) {
+    if (!translucent_) {
+        paintShaped(region);
+        return;
+    }
+    QPainter painter(window_.get());
+    paintContent(painter, region.boundingRect());
+}
+
+void LinuxPanel::paintContent(QPainter& painter, const QRectF& area) {
+    if (spec_.hasShadow) {
+        if (translucent_) {
+            paintWindowShadow(painter);
+        }
+        painter.setClipRect(QRectF(shadowMargin, shadowMargin, spec_.frame.width, spec_.frame.height),
+                            Qt::IntersectClip);
+    }
+    surface_.paint(painter, area);
+}
+
+void LinuxPanel::paintWindowShadow(QPainter& painter) {
+    const ShownModel root(*surface_.root(), surface_.frameTime());
+    if (!root->backgroundColor || root->opacity <= 0) {
+        return;
+    }
+    QPainterPath shape = transformOf(*root, surface_.transform()).map(outlineOf(*root));
+    const QRectF frame(shadowMargin, shadowMargin, spec_.frame.width, spec_.frame.height);
+    if (!frame.contains(shape.boundingRect())) {
+        QPainterPath edges;
+        edges.addRect(frame);
+        shape &= edges;
+    }
+    if (!shape.isEmpty()) {
+        panels_.ticker_.painter().paintShadow(painter, shape, shadowRadius, {0, shadowDrop},
+                                              shadowOpacity * root->opacity * root->backgroundColor->alpha);
+    }
+}
+
+// Without a compositor the server ignores how transparent a pixel is: those that are mostly there are drawn in
+// their full colour, the window is cut around them.
+void LinuxPanel::paintShaped(const QRegion& region) {
+    const double scale = window_->devicePixelRatioF();
+    const QSize pixels = (QSizeF(window_->size()) * scale).toSize();
+    if (opaque_.size() != pixels) {
+        opaque_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+        opaque_.fill(Qt::transparent);
+    }
+    opaque_.setDevicePixelRatio(scale);
+    const QRectF area = region.boundingRect();
+    QPainter content(&opaque_);
+    content.setClipRegion(region);
+    content.setCompositionMode(QPainter::CompositionMode_Source);
+    content.fillRect(area, Qt::transparent);
+    content.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    paintContent(content, area);
+    content.end();
+    makeOpaque(opaque_, QRectF(area.topLeft() * scale, area.size() * scale).toAlignedRect());
+    setShape(*window_, opaque_);
+    QPainter painter(window_.get());
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(QPointF(), opaque_);
+}
+
+void LinuxPanel::compositorChanged() {
+    translucent_ = panels_.compositor_.isRunning();
+    if (translucent_) {
+        opaque_ = {};
+        removeShape(*window_);
+    }
+    window_->update();
+}
+
+LinuxPanels::LinuxPanels(LayerTicker& ticker, XConnection* connection)
+    : ticker_(ticker)
+    , compositor_(connection) {
+    compositor_.setListener([this] {
+        for (LinuxPanel* panel : panels_) {
+            panel->compositorChanged();
+        }
+    });
+}
+
+LinuxPanels::~LinuxPanels() = default;
+
+std::unique_ptr<Panel> LinuxPanels::createPanel(const PanelSpec& spec) {
+    return std::make_unique<LinuxPanel>(*this, spec);
+}
+
+void LinuxPanels::bringToFront(LinuxPanel& panel) {
+    std::erase(panels_, &panel);
+    const auto above = std::find_if(panels_.begin(), panels_.end(), [&panel](const LinuxPanel* other) {
+        return other->spec_.level > panel.spec_.level;
+    });
+    for (auto raised = panels_.insert(above, &panel); raised != panels_.end(); ++raised) {
+        (*raised)->window_->raise();
+    }
+}
+
+} // namespace rb
