@@ -18,8 +18,9 @@ QFont::Weight fontWeight(FontWeight weight) {
         return QFont::Normal;
     case FontWeight::Medium:
         return QFont::Medium;
+    // Chinese fonts seldom have a weight in between, and Qt thickens strokes only from Bold on: anything less would
+    // leave the Chinese of a line thinner than its Latin.
     case FontWeight::Semibold:
-        return QFont::DemiBold;
     case FontWeight::Bold:
         return QFont::Bold;
     }

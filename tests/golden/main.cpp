@@ -1,0 +1,19 @@
+#include <QFontInfo>
+#include <QGuiApplication>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+// Pictures need fonts but no screen, and the same font everywhere.
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication application(argc, argv);
+    const QString family = QStringLiteral("WenQuanYi Micro Hei");
+    QGuiApplication::setFont(QFont(family));
+    if (!QFontInfo(QFont(family)).family().startsWith(family)) {
+        std::fprintf(stderr, "the font %s (fonts-wqy-microhei) is missing\n", qPrintable(family));
+        return 1;
+    }
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
