@@ -1,0 +1,95 @@
+#include "desktops/linux/LabelWidget.h"
+
+#include "desktops/linux/TextMeter.h"
+#include "desktops/linux/Theme.h"
+
+#include <QFontMetricsF>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace rb {
+
+namespace {
+
+Qt::Alignment alignmentOf(TextAlignment alignment) {
+    switch (alignment) {
+    case TextAlignment::Left:
+        return Qt::AlignLeft;
+    case TextAlignment::Center:
+        return Qt::AlignHCenter;
+    case TextAlignment::Right:
+        return Qt::AlignRight;
+    }
+    return Qt::AlignLeft;
+}
+
+const QColor& colorOf(TextColor color, const Theme& theme) {
+    switch (color) {
+    case TextColor::Label:
+        return theme.label;
+    case TextColor::SecondaryLabel:
+        return theme.secondaryLabel;
+    case TextColor::TertiaryLabel:
+        return theme.tertiaryLabel;
+    }
+    return theme.label;
+}
+
+} // namespace
+
+LabelWidget::LabelWidget(QWidget& parent, ContentSurroundings& surroundings)
+    : QLabel(&parent)
+    , surroundings_(surroundings) {
+    setTextFormat(Qt::PlainText);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+bool LabelWidget::show(ViewContent& content) {
+    auto* label = std::get_if<LabelView>(&content);
+    if (!label) {
+        return false;
+    }
+    label_ = std::move(*label);
+    setFont(interfaceFont(label_.font));
+    setAlignment(alignmentOf(label_.alignment) | (label_.wraps ? Qt::AlignTop : Qt::AlignVCenter));
+    setWordWrap(label_.wraps);
+    setText(QString::fromStdString(label_.text));
+    themeChanged();
+    return true;
+}
+
+QSizeF LabelWidget::contentSize(double availableWidth) const {
+    const QFontMetricsF metrics(font());
+    const QString text = QString::fromStdString(label_.text);
+    const QRectF natural = metrics.boundingRect(QRectF(0, 0, 1e6, 1e6), Qt::AlignLeft, text);
+    // Whole points, for a line that is a fraction too narrow would wrap or lose its end.
+    const double width = std::ceil(natural.width()) + 1;
+    if (!label_.wraps || width <= availableWidth || availableWidth <= 0) {
+        return {width, std::ceil(natural.height())};
+    }
+    const QRectF wrapped =
+        metrics.boundingRect(QRectF(0, 0, std::floor(availableWidth), 1e6), Qt::AlignLeft | Qt::TextWordWrap, text);
+    return {std::floor(availableWidth), std::ceil(wrapped.height())};
+}
+
+void LabelWidget::layOut() {
+    if (label_.wraps) {
+        return;
+    }
+    const QString whole = QString::fromStdString(label_.text);
+    const QString shown = fontMetrics().elidedText(whole, Qt::ElideMiddle, width());
+    if (text() != shown) {
+        setText(shown);
+    }
+    setAccessibleName(shown == whole ? QString() : whole);
+}
+
+void LabelWidget::themeChanged() {
+    QPalette colors = palette();
+    colors.setColor(QPalette::WindowText, colorOf(label_.color, surroundings_.theme()));
+    setPalette(colors);
+}
+
+} // namespace rb

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "desktops/linux/RealizedView.h"
+
+#include <QLabel>
+
+namespace rb {
+
+// A text, on one line (shortened in the middle where it doesn't fit) or wrapped.
+class LabelWidget final : public QLabel, public RealizedView {
+public:
+    LabelWidget(QWidget& parent, ContentSurroundings& surroundings);
+
+    QWidget& widget() override { return *this; }
+    bool show(ViewContent& content) override;
+    QSizeF contentSize(double availableWidth) const override;
+    void layOut() override;
+    void themeChanged() override;
+
+private:
+    ContentSurroundings& surroundings_;
+    LabelView label_;
+};
+
+} // namespace rb

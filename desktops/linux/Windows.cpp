@@ -1,0 +1,43 @@
+#include "desktops/linux/Windows.h"
+
+#include "desktops/linux/Appearance.h"
+#include "desktops/linux/Window.h"
+#include "desktops/linux/XConnection.h"
+
+#include <QWidget>
+
+#include <algorithm>
+
+namespace rb {
+
+LinuxWindows::LinuxWindows(XConnection& connection, LayerTicker& ticker, Symbols& symbols,
+                           LinuxAppearance& appearance)
+    : connection_(connection)
+    , ticker_(ticker)
+    , pictures_(symbols)
+    , appearance_(appearance)
+    , appearanceChanges_(appearance.onChange([this] {
+        for (LinuxWindow* window : std::vector(windows_)) {
+            window->themeChanged();
+        }
+    })) {}
+
+LinuxWindows::~LinuxWindows() = default;
+
+std::unique_ptr<Window> LinuxWindows::createWindow(const WindowSpec& spec) {
+    return std::make_unique<LinuxWindow>(*this, spec);
+}
+
+std::size_t LinuxWindows::visibleCount() const {
+    return static_cast<std::size_t>(
+        std::count_if(windows_.begin(), windows_.end(), [](const LinuxWindow* window) { return window->isVisible(); }));
+}
+
+void LinuxWindows::activate(QWidget& window) {
+    // Qt's way first, which also works without a window manager; then with the server's present time, without which
+    // window managers keep a program that wasn't just used in the background.
+    window.activateWindow();
+    connection_.activate(static_cast<xcb_window_t>(window.winId()));
+}
+
+} // namespace rb
