@@ -257,6 +257,11 @@ std::vector<std::string> Layer::animationKeys() const {
     return keys;
 }
 
+std::optional<double> Layer::animationBegin(const std::string& key) const {
+    const auto found = animations_.find(key);
+    return found == animations_.end() ? std::nullopt : found->second.begin;
+}
+
 LayerModel Layer::presentation(double mediaTime) const {
     LayerModel shown = model_;
     for (const Running* running : runningInOrder()) {

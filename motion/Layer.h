@@ -146,6 +146,8 @@ public:
     bool hasAnimations() const { return !animations_.empty(); }
     const Animation* animation(const std::string& key) const;
     std::vector<std::string> animationKeys() const; // in the order they were added
+    // The media time at which it began or will begin; absent while it waits for a host and without one of that key.
+    std::optional<double> animationBegin(const std::string& key) const;
 
     // Model plus animations at a media time: a pure function.
     LayerModel presentation(double mediaTime) const;

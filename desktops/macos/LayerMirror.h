@@ -6,6 +6,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -46,9 +47,11 @@ private:
         std::shared_ptr<AnimationEnds> ends = std::make_shared<AnimationEnds>();
         unsigned long seen = 0; // the flush that saw it last
     };
+    using Added = std::pair<const Layer*, std::string>;
 
     CALayer* carryOver(const std::shared_ptr<Layer>& layer);
-    void addAnimation(const std::shared_ptr<Layer>& layer, Mirrored& mirrored, const std::string& key) const;
+    void addAnimation(const std::shared_ptr<Layer>& layer, Mirrored& mirrored, const std::string& key,
+                      std::optional<double> begin) const;
     void dropUnseen();
     void requestFlush();
 
@@ -58,7 +61,7 @@ private:
     RBMacLayerFlush* flushRequests_; // Core Animation refers to it weakly
     std::map<const Layer*, Mirrored> mirrored_;
     std::set<const Layer*> changed_;
-    std::vector<std::pair<const Layer*, std::string>> added_;
+    std::vector<Added> added_;
     unsigned long flushes_ = 0;
 };
 

@@ -113,7 +113,7 @@ void LayerMirror::animationAdded(Layer& layer, const std::string& key) {
 }
 
 void LayerMirror::animationRemoved(Layer& layer, const std::string& key) {
-    std::erase(added_, std::pair<const Layer*, std::string>(&layer, key));
+    std::erase(added_, Added(&layer, key));
     const auto found = mirrored_.find(&layer);
     if (found != mirrored_.end()) {
         found->second.ends->erase(key);
@@ -129,7 +129,7 @@ void LayerMirror::flush() {
     const QuietTransaction transaction;
     ++flushes_;
     CALayer* top = carryOver(root_);
-    if (top.superlayer != nativeRoot_) {
+    if (![nativeRoot_.sublayers isEqualToArray:@[ top ]]) {
         nativeRoot_.sublayers = @[ top ];
     }
     dropUnseen();
@@ -165,16 +165,19 @@ CALayer* LayerMirror::carryOver(const std::shared_ptr<Layer>& layer) {
     }
 
     for (const std::string& key : layer->animationKeys()) {
-        if (isNew || std::find(added_.begin(), added_.end(), std::pair(static_cast<const Layer*>(layer.get()), key)) !=
-                         added_.end()) {
-            addAnimation(layer, mirrored, key);
+        if (isNew) {
+            // It may have begun long ago, before the tree was taken off and shown again.
+            addAnimation(layer, mirrored, key, layer->animationBegin(key));
+        } else if (std::find(added_.begin(), added_.end(), Added(layer.get(), key)) != added_.end()) {
+            addAnimation(layer, mirrored, key, layer->animation(key)->beginTime);
         }
     }
     return mirrored.native;
 }
 
-void LayerMirror::addAnimation(const std::shared_ptr<Layer>& layer, Mirrored& mirrored, const std::string& key) const {
-    CAAnimation* animation = nativeAnimation(*layer->animation(key), mirrored.native);
+void LayerMirror::addAnimation(const std::shared_ptr<Layer>& layer, Mirrored& mirrored, const std::string& key,
+                               std::optional<double> begin) const {
+    CAAnimation* animation = nativeAnimation(*layer->animation(key), begin, mirrored.native);
     RBMacAnimationEnd* end = [[RBMacAnimationEnd alloc] initWithLayer:layer key:key ends:mirrored.ends];
     animation.delegate = end;
     // First, because adding it makes Core Animation stop the one that it replaces.

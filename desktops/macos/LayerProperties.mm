@@ -216,12 +216,12 @@ void setProperties(CALayer* native, const LayerModel& model) {
     }
 }
 
-CAAnimation* nativeAnimation(const Animation& animation, CALayer* native) {
+CAAnimation* nativeAnimation(const Animation& animation, std::optional<double> begin, CALayer* native) {
     const bool single = animation.parts.size() == 1 && animation.groupTiming == TimingCurve::linear();
     CAAnimation* result = single ? nativePart(animation.parts.front(), animation.duration, animation.resolvedDuration())
                                  : nativeGroup(animation);
-    if (animation.beginTime) {
-        result.beginTime = [native convertTime:*animation.beginTime fromLayer:nil];
+    if (begin) {
+        result.beginTime = [native convertTime:*begin fromLayer:nil];
     }
     if (animation.holdsAtEnd) {
         holdAtEnd(result);

@@ -23,7 +23,8 @@
 @end
 
 @implementation RBMacMenu {
-    std::vector<std::shared_ptr<rb::MenuItem>> _shown; // as the items of this menu, one to one
+    std::vector<std::shared_ptr<rb::MenuItem>> _shown;
+    NSMutableArray<NSMenuItem*>* _natives; // one for each shown item
 }
 @synthesize source = _source;
 
@@ -31,6 +32,7 @@
     self = [super initWithTitle:rb::nsString(source->title())];
     if (self != nil) {
         _source = std::move(source);
+        _natives = [NSMutableArray array];
         self.delegate = self;
         [self show];
     }
@@ -53,21 +55,24 @@
     }
     for (std::size_t index = 0; index < _shown.size(); ++index) {
         if (!_shown[index]->separator) {
-            [self setItem:[self itemAtIndex:static_cast<NSInteger>(index)] from:_shown[index]];
+            [self setItem:_natives[index] from:_shown[index]];
         }
     }
 }
 
 - (void)fill {
     // A menu can hang in one item at a time.
-    for (NSMenuItem* item in self.itemArray) {
-        item.submenu = nil;
+    for (NSMenuItem* native in _natives) {
+        native.submenu = nil;
     }
     [self removeAllItems];
+    [_natives removeAllObjects];
     _shown = _source->items();
     for (const auto& item : _shown) {
-        [self addItem:item->separator ? [NSMenuItem separatorItem]
-                                      : [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""]];
+        NSMenuItem* native = item->separator ? [NSMenuItem separatorItem]
+                                             : [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""];
+        [_natives addObject:native];
+        [self addItem:native];
     }
 }
 
