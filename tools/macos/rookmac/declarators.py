@@ -30,6 +30,12 @@ def parameter(ctype):
     return re.sub(r" (\[[^\]]*\])", " *", ctype) if "[" in ctype else ctype
 
 
+def restore_const(ctype, function):
+    """The facts lose const on pointers that are never nil; what isn't a getter only reads such an argument."""
+    reads = re.fullmatch(r"(void|char|unichar|UniChar|uint8_t|CGFloat|CGPoint|CGSize|CGRect|CGAffineTransform) \*", ctype)
+    return "const " + ctype if reads and not re.search("[gG]et|NoCopy|mutable", function) else ctype
+
+
 def field_name(name):
     return name + "_" if name in CPP_KEYWORDS else name
 

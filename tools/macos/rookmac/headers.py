@@ -5,7 +5,7 @@ A declaration whose types the facts don't know is left out and listed in skipped
 
 import re
 
-from .declarators import CPP_KEYWORDS, availability, declare, field_name, literal, parameter, plain
+from .declarators import CPP_KEYWORDS, availability, declare, field_name, literal, parameter, plain, restore_const
 from .facts import SUPPLEMENT, UMBRELLA_INCLUDES, identifiers
 
 BUILTIN = set(
@@ -228,8 +228,8 @@ class Umbrella:
     # Protocols and classes
 
     def method(self, entry, who, generics=()):
-        result = plain(entry["ret"])
-        arguments = [plain(ctype) for ctype in entry["args"]]
+        result = restore_const(plain(entry["ret"]), entry["sel"])
+        arguments = [restore_const(plain(ctype), entry["sel"]) for ctype in entry["args"]]
         if not self.accept([result, *arguments], f"{who} {entry['sel']}", generics):
             return None
         name = entry["sel"]
@@ -364,7 +364,8 @@ class Umbrella:
             attributes += " __attribute__((objc_exception))"
         adopted = self.visible_protocols(entry["protocols"])
         return (
-            f"{attributes} @interface {name}".lstrip()
+            # A hook for the fakes of the test suite; empty in a build for macOS.
+            f"{attributes} MACSDK_CLASS @interface {name}".lstrip()
             + (f"<{', '.join('__covariant ' + generic for generic in generics)}>" if generics else "")
             + (f" : {parent}" if parent else "")
             + (f" <{', '.join(adopted)}>" if adopted else "")
@@ -378,7 +379,7 @@ class Umbrella:
             if name in self.facts.system_names or name.startswith("_"):
                 continue
             result = plain(entry["ret"])
-            arguments = [plain(ctype) for ctype in entry["args"]]
+            arguments = [restore_const(plain(ctype), name) for ctype in entry["args"]]
             if not self.accept([ctype for ctype in [result, *arguments] if ctype != "..."], f"function {name}"):
                 continue
             call = f"{name}({', '.join(parameter(ctype) for ctype in arguments) or 'void'})"

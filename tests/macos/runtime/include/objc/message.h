@@ -1,0 +1,5 @@
+#pragma once
+
+#include <objc/objc.h>
+
+extern "C" void objc_msgSend(void);
