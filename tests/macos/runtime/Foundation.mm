@@ -1330,6 +1330,10 @@ CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
     return (__bridge_retained CFDataRef)[NSData dataWithBytes:bytes length:(NSUInteger)length];
 }
 
+// The compiler's objects for @[] and @{}.
+id __NSArray0__ = [[NSArray alloc] init];
+id __NSDictionary0__ = [[NSDictionary alloc] init];
+
 // Constants whose value matters.
 CFBooleanRef const kCFBooleanTrue = (__bridge_retained CFBooleanRef) @YES;
 CFBooleanRef const kCFBooleanFalse = (__bridge_retained CFBooleanRef) @NO;

@@ -537,8 +537,8 @@ std::vector<std::string> log() {
 }
 
 bool Call::fits(const std::string& pattern) const {
-    const std::string end = pattern.substr(std::min(pattern.size(), pattern.find(']')));
-    const std::string name = pattern.substr(0, pattern.find(' ', pattern.size() - end.size()));
+    const std::size_t bracket = pattern.find(']');
+    const std::string name = pattern.substr(0, pattern.find(' ', bracket == std::string::npos ? 0 : bracket));
     return data_->isNamed(name) && (name == pattern || pattern == name + " " + data_->arguments);
 }
 

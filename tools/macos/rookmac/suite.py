@@ -1,7 +1,7 @@
 """The ninja file of the suite that runs desktops/macos on Linux against recording fakes."""
 
-from .project import DESKTOP, LANGUAGE, OBJECTIVE_C, ROOT, WARNINGS, NinjaFile, quote, version
 from .facts import TOOLS
+from .project import DESKTOP, LANGUAGE, OBJECTIVE_C, PRODUCT, ROOT, WARNINGS, NinjaFile, quote, version
 
 TESTS = ROOT / "tests/macos"
 RUNTIME = TESTS / "runtime"
@@ -17,7 +17,7 @@ FAKE_FLAGS = """-DRB_FAKE_IMPLEMENTATION -Wall -Wextra -Werror -Wno-incomplete-i
 
 
 def code_under_test():
-    files = [path for folder in ("motion", "platform") for path in sorted((ROOT / folder).glob("*.cpp"))]
+    files = [path for folder in PRODUCT for path in sorted((ROOT / folder).glob("*.cpp"))]
     files += [path for path in sorted(DESKTOP.glob("*.mm")) + sorted(DESKTOP.glob("*.cpp")) if path.stem != "main"]
     return files
 

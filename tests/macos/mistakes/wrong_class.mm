@@ -1,0 +1,4 @@
+// expect: 'NSStatusbar'
+#import <AppKit/AppKit.h>
+
+void make() { (void)[NSStatusbar systemStatusBar]; }

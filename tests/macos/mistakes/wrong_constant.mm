@@ -1,0 +1,4 @@
+// expect: 'NSWindowStyleMaskNonActivatingPanel'
+#import <AppKit/AppKit.h>
+
+NSWindowStyleMask style() { return NSWindowStyleMaskNonActivatingPanel; }
