@@ -9,7 +9,6 @@ from .toolchain import ARCHITECTURES, MINIMUM, SDK_VERSION
 ROOT = TOOLS.parent.parent
 PRODUCT = "app clothesline screenshots clipboard menubar displays motion platform".split()
 DESKTOP = ROOT / "desktops/macos"
-SAMPLE = ROOT / "tests/macos/sample"
 PACKAGING = ROOT / "packaging/macos"
 
 FRAMEWORKS = """AppKit Foundation CoreFoundation CoreGraphics CoreText QuartzCore Carbon CoreServices IOKit ImageIO Quartz
@@ -31,11 +30,9 @@ def version():
 
 
 def sources():
-    """Everything that goes into the program: the product and the macOS desktop, or the sample while there is none."""
-    desktop = sorted(DESKTOP.glob("*.mm")) + sorted(DESKTOP.glob("*.cpp"))
-    if not any(path.stem == "main" for path in desktop):
-        return sorted(SAMPLE.glob("*.mm"))
-    return [path for folder in PRODUCT for path in sorted((ROOT / folder).glob("*.cpp"))] + desktop
+    """Everything that goes into the program: the product and the macOS desktop."""
+    product = [path for folder in PRODUCT for path in sorted((ROOT / folder).glob("*.cpp"))]
+    return product + sorted(DESKTOP.glob("*.mm")) + sorted(DESKTOP.glob("*.cpp"))
 
 
 def helpers():
@@ -136,10 +133,7 @@ class NinjaFile:
         program = self.executable("RookBay", sources())
         programs = [self.executable(name, files) for name, files in helpers().items()]
         icon = self.out / "RookBay.icns"
-        drawing = ROOT / "resources/icons/rookbay.svg"
-        if not drawing.exists():
-            drawing = SAMPLE / "icon.svg"
-        self.build([icon], "icon", [drawing], implicit=[PACKAGING / "make_icns.py"])
+        self.build([icon], "icon", [ROOT / "resources/icons/rookbay.svg"], implicit=[PACKAGING / "make_icns.py"])
         app = self.out / "Rook Bay.app"
         template, entitlements = PACKAGING / "Info.plist.in", PACKAGING / "entitlements.plist"
         arguments = [template, entitlements, version(), icon, program, *programs]
