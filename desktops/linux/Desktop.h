@@ -1,0 +1,71 @@
+#pragma once
+
+#include "desktops/linux/Alerts.h"
+#include "desktops/linux/Appearance.h"
+#include "desktops/linux/Application.h"
+#include "desktops/linux/HotKeys.h"
+#include "desktops/linux/LayerPainter.h"
+#include "desktops/linux/LayerSurface.h"
+#include "desktops/linux/Panels.h"
+#include "desktops/linux/Pointer.h"
+#include "desktops/linux/RunLoop.h"
+#include "desktops/linux/Screens.h"
+#include "desktops/linux/SessionLock.h"
+#include "desktops/linux/StatusBar.h"
+#include "desktops/linux/Symbols.h"
+#include "desktops/linux/TextMeter.h"
+#include "desktops/linux/Updates.h"
+#include "desktops/linux/UserDefaults.h"
+#include "desktops/linux/Windows.h"
+#include "desktops/linux/XConnection.h"
+#include "platform/Desktop.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace rb {
+
+class SingleInstance;
+
+// All services of the Linux desktop, in the order in which they need one another. What costs something (windows,
+// pictures, connections to other programs) is made by each service when it is first asked for.
+class LinuxDesktop {
+public:
+    // The X connection is ours from now on; the others outlive the desktop.
+    LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<XConnection> connection, SingleInstance& instance,
+                 Log& log);
+    ~LinuxDesktop();
+    LinuxDesktop(const LinuxDesktop&) = delete;
+    LinuxDesktop& operator=(const LinuxDesktop&) = delete;
+
+    const Desktop& services() const { return services_; }
+
+    // What tests of the services look into.
+    LinuxWindows& windows() { return windows_; }
+    LinuxAlerts& alerts() { return alerts_; }
+    LinuxStatusBar& statusBar() { return statusBar_; }
+
+private:
+    std::unique_ptr<XConnection> connection_;
+    LinuxApplication application_;
+    LinuxRunLoop runLoop_;
+    LinuxUserDefaults userDefaults_;
+    LinuxAppearance appearance_;
+    Symbols symbols_;
+    LinuxTextMeter textMeter_;
+    LayerPainter painter_;
+    LayerTicker ticker_;
+    LinuxScreens screens_;
+    LinuxPointer pointer_;
+    LinuxWindows windows_;
+    LinuxPanels panels_;
+    LinuxAlerts alerts_;
+    LinuxStatusBar statusBar_;
+    LinuxHotKeys hotKeys_;
+    LinuxSessionLock sessionLock_;
+    LinuxUpdates updates_;
+    Desktop services_;
+};
+
+} // namespace rb

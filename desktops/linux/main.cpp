@@ -1,0 +1,49 @@
+#include "app/Main.h"
+#include "desktops/linux/CommandLine.h"
+#include "desktops/linux/Desktop.h"
+#include "desktops/linux/Log.h"
+#include "desktops/linux/SingleInstance.h"
+#include "desktops/linux/XConnection.h"
+
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+// Cheapest question first: most ends of a start need neither a display nor Qt's application.
+int main(int count, char** words) {
+    constexpr int success = 0;
+    constexpr int failure = 1;
+    constexpr int misuse = 2;
+
+    const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
+    const rb::CommandLine line = rb::readCommandLine(arguments);
+    if (line.action == rb::CommandLine::Action::Refuse) {
+        std::fputs(line.text.c_str(), stderr);
+        return misuse;
+    }
+    if (line.action != rb::CommandLine::Action::Run) {
+        return std::fputs(line.text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? failure : success;
+    }
+
+    rb::LinuxLog log;
+    rb::SingleInstance instance(log);
+    switch (instance.claim(line.arguments)) {
+    case rb::SingleInstance::Outcome::First:
+        break;
+    case rb::SingleInstance::Outcome::HandedOver:
+        return success;
+    case rb::SingleInstance::Outcome::Failed:
+        std::fprintf(stderr, "rookbay：%s\n", instance.message().c_str());
+        return failure;
+    }
+    auto connection = rb::XConnection::open();
+    if (!connection) {
+        std::fputs("rookbay：无法连接到图形显示。Rook Bay 需要 X11（或 Wayland 会话中的 XWayland）："
+                   "请检查环境变量 DISPLAY。\n",
+                   stderr);
+        return failure;
+    }
+    const rb::LinuxDesktop desktop(line.arguments, std::move(connection), instance, log);
+    return rb::runRookBay(desktop.services());
+}
