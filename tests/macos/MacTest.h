@@ -23,6 +23,7 @@ protected:
 
 private:
     void* pool_;
+    std::map<std::string, long> before_;
 };
 
 } // namespace rb::fake

@@ -20,13 +20,12 @@ std::string list(const std::map<std::string, long>& counts) {
     return text;
 }
 
-// Objects that live as long as the program, taken before the first test ran.
-const std::map<std::string, long>& permanent() {
-    static const auto objects = [] {
-        (void)NSNull.null;
-        return liveObjects();
-    }();
-    return objects;
+// What there is more of now than there was.
+std::map<std::string, long> added(std::map<std::string, long> now, const std::map<std::string, long>& before) {
+    for (const auto& [name, count] : before)
+        if ((now[name] -= count) <= 0)
+            now.erase(name);
+    return now;
 }
 
 } // namespace
@@ -63,24 +62,22 @@ const std::map<std::string, long>& permanent() {
 MacTest::MacTest()
     : pool_(objc_autoreleasePoolPush()) {
     reset();
-    permanent();
+    (void)NSNull.null; // lives as long as the program
+    before_ = liveObjects();
 }
 
 void MacTest::TearDown() {
     forgetCalls();
     objc_autoreleasePoolPop(pool_);
     // The system's own objects still live here: what they hold of the code under test counts.
-    const auto product = liveProductObjects();
-    EXPECT_TRUE(product.empty()) << "still alive after the test: " << list(product)
-                                 << " (a retain cycle, or an observer, timer, monitor or handler was not removed)";
+    const auto product = added(liveProductObjects(), before_);
     reset();
-    auto left = liveObjects();
-    for (const auto& [name, count] : permanent())
-        if ((left[name] -= count) <= 0)
-            left.erase(name);
-    for (const auto& [name, count] : product)
-        left.erase(name); // said already
-    EXPECT_TRUE(left.empty()) << "leaked: " << list(left);
+    const auto left = added(liveObjects(), before_);
+    if (!product.empty())
+        ADD_FAILURE() << "still alive after the test: " << list(product)
+                      << " (a retain cycle, or an observer, timer, monitor or handler was not removed)";
+    else if (!left.empty())
+        ADD_FAILURE() << "leaked: " << list(left);
 }
 
 } // namespace rb::fake

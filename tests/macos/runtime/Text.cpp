@@ -42,4 +42,29 @@ std::string fromUtf16(const char16_t* text, std::size_t length) {
     return result;
 }
 
+std::string lastComponent(std::string path) {
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path.substr(path.rfind('/') == std::string::npos || path == "/" ? 0 : path.rfind('/') + 1);
+}
+
+std::string withoutLastComponent(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return "";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string extensionOf(const std::string& path) {
+    const std::string name = lastComponent(path);
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos || dot == 0 ? "" : name.substr(dot + 1);
+}
+
+std::string joined(std::string path, const std::string& component) {
+    if (!path.empty() && path.back() != '/')
+        path += '/';
+    return path + component;
+}
+
 } // namespace rb::fake

@@ -8,4 +8,10 @@ namespace rb::fake {
 std::u16string toUtf16(const std::string& utf8);
 std::string fromUtf16(const char16_t* text, std::size_t length);
 
+// Parts of paths, as NSString and NSURL give them.
+std::string lastComponent(std::string path);
+std::string withoutLastComponent(const std::string& path);
+std::string extensionOf(const std::string& path); // without the dot
+std::string joined(std::string path, const std::string& component);
+
 } // namespace rb::fake
