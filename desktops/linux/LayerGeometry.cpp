@@ -135,7 +135,8 @@ QSizeF contentsSize(const LayerModel& model) {
 }
 
 double shadowReach(double radius) {
-    return 3 * radius;
+    // Where even a black shadow's last shade is less than one of 255 at the opacities in use.
+    return 2.5 * radius;
 }
 
 QRectF ownPaintedRect(const LayerModel& model, const QTransform& transform) {
@@ -147,7 +148,7 @@ QRectF ownPaintedRect(const LayerModel& model, const QTransform& transform) {
         covered = bounds;
     }
     if (const auto* shape = std::get_if<ShapeContent>(&model.content)) {
-        QRectF drawn = toQt(shape->path).controlPointRect();
+        QRectF drawn = toQt(shape->path).boundingRect();
         if (shape->strokeColor) {
             // A mitred join of ours reaches at most twice the line width.
             drawn.adjust(-shape->lineWidth, -shape->lineWidth, shape->lineWidth, shape->lineWidth);
@@ -159,7 +160,7 @@ QRectF ownPaintedRect(const LayerModel& model, const QTransform& transform) {
         covered |= model.masksToBounds ? drawn & bounds : drawn;
     }
     if (model.shadowOpacity > 0 && !model.masksToBounds) {
-        thrower = model.shadowPath ? toQt(*model.shadowPath).controlPointRect() : covered;
+        thrower = model.shadowPath ? toQt(*model.shadowPath).boundingRect() : covered;
         if (!thrower.isEmpty()) {
             const double reach = shadowReach(model.shadowRadius) + 1;
             covered |= thrower.translated(model.shadowOffset.width, model.shadowOffset.height)

@@ -1,6 +1,8 @@
 #include "desktops/linux/Panels.h"
 
 #include "desktops/linux/LayerGeometry.h"
+#include "desktops/linux/QtX11.h"
+#include "desktops/linux/ScreenSpace.h"
 #include "desktops/linux/WindowShape.h"
 
 #include <QGuiApplication>
@@ -9,7 +11,6 @@
 #include <QScreen>
 #include <QWidget>
 #include <algorithm>
-#include <cmath>
 
 namespace rb {
 
@@ -24,17 +25,9 @@ constexpr double shadowRadius = 11;
 constexpr double shadowDrop = 6;
 constexpr double shadowOpacity = 0.35;
 
-// Screen coordinates have their origin at the bottom left of the primary screen.
-QPointF fromScreenCoordinates(double x, double y) {
-    const QScreen* primary = QGuiApplication::primaryScreen();
-    const QRect screen = primary ? primary->geometry() : QRect();
-    return {screen.x() + x, screen.y() + screen.height() - y};
-}
-
 QRect toGlobal(const Rect& frame) {
-    const QPointF topLeft = fromScreenCoordinates(frame.minX(), frame.maxY());
-    return {topLeft.toPoint(),
-            QSize(static_cast<int>(std::lround(frame.width)), static_cast<int>(std::lround(frame.height)))};
+    const QRectF rect = ScreenSpace::current().toQt(frame);
+    return {rect.topLeft().toPoint(), rect.size().toSize()};
 }
 
 } // namespace
@@ -102,9 +95,9 @@ void LinuxPanel::createWindow() {
     }
     window_ = std::make_unique<Window>(*this, flags);
     window_->winId();
-    setWithoutCompositorShadow(*window_);
+    setCardinals(*window_, "_COMPTON_SHADOW", {0}); // a compositor would draw one around the whole strip
     if ((spec_.collectionBehavior & CanJoinAllSpaces) != 0) {
-        setOnAllDesktops(*window_);
+        setCardinals(*window_, "_NET_WM_DESKTOP", {0xFFFFFFFFU});
     }
 }
 
@@ -131,8 +124,7 @@ void LinuxPanel::orderOut() {
 }
 
 double LinuxPanel::backingScaleFactor() const {
-    const QScreen* screen =
-        QGuiApplication::screenAt(fromScreenCoordinates(spec_.frame.midX(), spec_.frame.midY()).toPoint());
+    const QScreen* screen = QGuiApplication::screenAt(toGlobal(spec_.frame).center());
     if (!screen) {
         screen = QGuiApplication::primaryScreen();
     }

@@ -107,7 +107,7 @@ QRectF ShadowCaster::boundingRect() const {
     if (!picture.isNull()) {
         return pictureRect;
     }
-    return path.controlPointRect().adjusted(-strokeWidth, -strokeWidth, strokeWidth, strokeWidth);
+    return path.boundingRect().adjusted(-strokeWidth, -strokeWidth, strokeWidth, strokeWidth);
 }
 
 bool ShadowCaster::sameAs(const ShadowCaster& other) const {

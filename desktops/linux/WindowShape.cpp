@@ -1,13 +1,11 @@
 #include "desktops/linux/WindowShape.h"
 
-#include "desktops/linux/XConnection.h"
+#include "desktops/linux/QtX11.h"
 
-#include <QGuiApplication>
 #include <QImage>
 #include <QWidget>
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
@@ -16,26 +14,8 @@ namespace rb {
 
 namespace {
 
-// Qt's own connection, so that requests come after those with which Qt makes the window. Null without an X server.
-xcb_connection_t* connection() {
-    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
-}
-
 xcb_window_t idOf(const QWidget& window) {
     return static_cast<xcb_window_t>(window.internalWinId());
-}
-
-xcb_atom_t atom(xcb_connection_t* x, const char* name) {
-    const auto cookie = xcb_intern_atom(x, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const XReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(x, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-void setCardinal(QWidget& window, const char* name, std::uint32_t value) {
-    if (xcb_connection_t* x = connection()) {
-        xcb_change_property(x, XCB_PROP_MODE_REPLACE, idOf(window), atom(x, name), XCB_ATOM_CARDINAL, 32, 1, &value);
-    }
 }
 
 xcb_rectangle_t rectangle(int x, int y, int width, int height) {
@@ -77,7 +57,7 @@ std::vector<xcb_rectangle_t> opaqueRectangles(const QImage& picture) {
 } // namespace
 
 void setInputRegion(QWidget& window, const QRect& region) {
-    if (xcb_connection_t* x = connection()) {
+    if (xcb_connection_t* x = qtConnection()) {
         const double scale = window.devicePixelRatioF();
         const QRect pixels = QRectF(QPointF(region.topLeft()) * scale, QSizeF(region.size()) * scale).toAlignedRect();
         const xcb_rectangle_t taken = rectangle(pixels.x(), pixels.y(), pixels.width(), pixels.height());
@@ -87,7 +67,7 @@ void setInputRegion(QWidget& window, const QRect& region) {
 }
 
 void setShape(QWidget& window, const QImage& picture) {
-    if (xcb_connection_t* x = connection()) {
+    if (xcb_connection_t* x = qtConnection()) {
         const auto rectangles = opaqueRectangles(picture);
         xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED, idOf(window), 0,
                              0, static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
@@ -95,7 +75,7 @@ void setShape(QWidget& window, const QImage& picture) {
 }
 
 void removeShape(QWidget& window) {
-    if (xcb_connection_t* x = connection()) {
+    if (xcb_connection_t* x = qtConnection()) {
         xcb_shape_mask(x, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, idOf(window), 0, 0, XCB_PIXMAP_NONE);
     }
 }
@@ -108,14 +88,6 @@ void makeOpaque(QImage& picture, const QRect& pixels) {
             line[x] = qAlpha(line[x]) < 128 ? 0 : qUnpremultiply(line[x]) | 0xFF000000U;
         }
     }
-}
-
-void setWithoutCompositorShadow(QWidget& window) {
-    setCardinal(window, "_COMPTON_SHADOW", 0);
-}
-
-void setOnAllDesktops(QWidget& window) {
-    setCardinal(window, "_NET_WM_DESKTOP", 0xFFFFFFFFU);
 }
 
 } // namespace rb
