@@ -25,8 +25,7 @@ public:
         set(&wide, sizeof wide);
     }
     template <typename T>
-        requires std::is_enum_v<T>
-    Answer(T value)
+    requires std::is_enum_v<T> Answer(T value)
         : Answer(static_cast<long>(value)) {}
     Answer(double value) { set(&value, sizeof value); }
     Answer(CGPoint value) { set(&value, sizeof value); }

@@ -17,7 +17,8 @@ TEST_F(FrameTest, RecordsCallsWithTheirArguments) {
                                "-[NSStatusBarButton setAction:] @selector(clicked:)",
                                "-[NSMenu initWithTitle:] @\"晾衣绳\"", "-[NSStatusItem setMenu:] <NSMenu>"}));
     EXPECT_FALSE(called("-[NSStatusBar statusItemWithLength:] -2"));
-    EXPECT_TRUE(calledTimes(1, "-[NSMenu addItemWithTitle:action:keyEquivalent:] @\"退出\", @selector(clicked:), @\"q\""));
+    EXPECT_TRUE(
+        calledTimes(1, "-[NSMenu addItemWithTitle:action:keyEquivalent:] @\"退出\", @selector(clicked:), @\"q\""));
 }
 
 TEST_F(FrameTest, ReadsStructuresFromRegistersAndStack) {
@@ -97,15 +98,9 @@ TEST_F(FrameTest, TheSystemCallsBack) {
 
 TEST_F(FrameTest, QueuesRunInOrderWhenTheTestLetsThem) {
     __block std::string order;
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, 2 * NSEC_PER_SEC), dispatch_get_main_queue(), ^{
-        order += "c";
-    });
-    dispatch_async(dispatch_get_main_queue(), ^{
-        order += "a";
-    });
-    dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{
-        order += "b";
-    });
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, 2 * NSEC_PER_SEC), dispatch_get_main_queue(), ^{ order += "c"; });
+    dispatch_async(dispatch_get_main_queue(), ^{ order += "a"; });
+    dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{ order += "b"; });
     EXPECT_EQ(order, "");
     runMainQueue();
     EXPECT_EQ(order, "ab");
@@ -160,9 +155,7 @@ void leaveOwnCycle() {
     @autoreleasepool {
         Subject* subject = [Subject new];
         id captured = subject;
-        subject.changed = ^{
-            (void)captured;
-        };
+        subject.changed = ^{ (void)captured; };
     }
     test.finish();
 }

@@ -50,14 +50,13 @@
 
 - (void)watchWake {
     __weak Subject* weak = self;
-    observer_ = [NSWorkspace.sharedWorkspace.notificationCenter
-        addObserverForName:NSWorkspaceDidWakeNotification
-                    object:nil
-                     queue:nil
-                usingBlock:^(NSNotification* notification) {
-                    (void)notification;
-                    ++weak.wakes;
-                }];
+    observer_ = [NSWorkspace.sharedWorkspace.notificationCenter addObserverForName:NSWorkspaceDidWakeNotification
+                                                                            object:nil
+                                                                             queue:nil
+                                                                        usingBlock:^(NSNotification* notification) {
+                                                                            (void)notification;
+                                                                            ++weak.wakes;
+                                                                        }];
 }
 
 - (void)watchMouseWithCycle:(BOOL)cycle {

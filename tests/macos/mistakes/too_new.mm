@@ -1,4 +1,6 @@
 // expect: only available on macOS 14.0 or newer
 #import <AppKit/AppKit.h>
 
-void activate() { [NSApp activate]; }
+void activate() {
+    [NSApp activate];
+}

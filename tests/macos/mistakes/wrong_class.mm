@@ -1,4 +1,6 @@
 // expect: 'NSStatusbar'
 #import <AppKit/AppKit.h>
 
-void make() { (void)[NSStatusbar systemStatusBar]; }
+void make() {
+    (void)[NSStatusbar systemStatusBar];
+}

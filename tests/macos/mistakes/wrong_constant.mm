@@ -1,4 +1,6 @@
 // expect: 'NSWindowStyleMaskNonActivatingPanel'
 #import <AppKit/AppKit.h>
 
-NSWindowStyleMask style() { return NSWindowStyleMaskNonActivatingPanel; }
+NSWindowStyleMask style() {
+    return NSWindowStyleMaskNonActivatingPanel;
+}

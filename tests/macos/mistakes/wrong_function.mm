@@ -1,4 +1,6 @@
 // expect: no matching function for call to 'CGDisplayBounds'
 #import <CoreGraphics/CoreGraphics.h>
 
-CGRect bounds() { return CGDisplayBounds(CGMainDisplayID(), 1); }
+CGRect bounds() {
+    return CGDisplayBounds(CGMainDisplayID(), 1);
+}

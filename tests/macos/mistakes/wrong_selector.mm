@@ -1,4 +1,6 @@
 // expect: 'statusItemOfLength:'
 #import <AppKit/AppKit.h>
 
-void make() { (void)[NSStatusBar.systemStatusBar statusItemOfLength:NSVariableStatusItemLength]; }
+void make() {
+    (void)[NSStatusBar.systemStatusBar statusItemOfLength:NSVariableStatusItemLength];
+}

@@ -32,7 +32,9 @@ NSMutableArray* list(id owner, const char* name) {
 void setParent(id child, const char* name, id parent) {
     setProperty(child, name, parent ? [[RBFakeWeakReference alloc] initWithObject:parent] : nil);
 }
-id parent(id child, const char* name) { return [(RBFakeWeakReference*)property(child, name) object]; }
+id parent(id child, const char* name) {
+    return [(RBFakeWeakReference*)property(child, name) object];
+}
 
 void setFrame(id owner, NSRect frame) {
     setPropertyBytes(owner, "frame", &frame, sizeof frame);
@@ -40,7 +42,9 @@ void setFrame(id owner, NSRect frame) {
     setPropertyBytes(owner, "bounds", &bounds, sizeof bounds);
 }
 
-void setInteger(id owner, const char* name, long value) { setPropertyBytes(owner, name, &value, sizeof value); }
+void setInteger(id owner, const char* name, long value) {
+    setPropertyBytes(owner, name, &value, sizeof value);
+}
 
 } // namespace
 
@@ -492,10 +496,10 @@ NSApplication* NSApp;
     [list(self, "observers") addObject:observer];
 }
 - (void)addObserver:(id)receiver
-           selector:(SEL)selector
-               name:(NSString*)name
-             object:(NSString*)object
- suspensionBehavior:(NSUInteger)behaviour {
+              selector:(SEL)selector
+                  name:(NSString*)name
+                object:(NSString*)object
+    suspensionBehavior:(NSUInteger)behaviour {
     [self addObserver:receiver selector:selector name:name object:object];
 }
 - (id<NSObject>)addObserverForName:(NSString*)name

@@ -32,7 +32,8 @@ std::string describeValue(id object) {
     if ([object isKindOfClass:NSString.class])
         return "@\"" + utf8(object) + "\"";
     if ([object isKindOfClass:NSNumber.class])
-        return std::strcmp([object objCType], "c") == 0 ? ([object boolValue] ? "@YES" : "@NO") : "@" + utf8([object description]);
+        return std::strcmp([object objCType], "c") == 0 ? ([object boolValue] ? "@YES" : "@NO")
+                                                        : "@" + utf8([object description]);
     if ([object isKindOfClass:NSValue.class])
         return "@" + utf8([object description]);
     if ([object isKindOfClass:NSURL.class])
@@ -66,30 +67,50 @@ void NSLog(NSString* format, ...) {
     rb::fake::recordFunction("NSLog", "@\"" + formatted(format, arguments) + "\"");
     va_end(arguments);
 }
-NSString* NSStringFromClass(Class cls) { return string(class_getName(cls)); }
-NSString* NSStringFromSelector(SEL selector) { return string(sel_getName(selector)); }
-Class NSClassFromString(NSString* name) { return objc_getClass(name.UTF8String); }
-SEL NSSelectorFromString(NSString* name) { return sel_registerName(name.UTF8String); }
-NSString* NSHomeDirectory(void) { return @"/Users/test"; }
+NSString* NSStringFromClass(Class cls) {
+    return string(class_getName(cls));
+}
+NSString* NSStringFromSelector(SEL selector) {
+    return string(sel_getName(selector));
+}
+Class NSClassFromString(NSString* name) {
+    return objc_getClass(name.UTF8String);
+}
+SEL NSSelectorFromString(NSString* name) {
+    return sel_registerName(name.UTF8String);
+}
+NSString* NSHomeDirectory(void) {
+    return @"/Users/test";
+}
 
 // Toll-free bridging: a CoreFoundation object is the Foundation object.
 CFTypeRef CFRetain(CFTypeRef object) {
     return rb::objc::retain((rb::objc::Object*)const_cast<void*>(object));
 }
-void CFRelease(CFTypeRef object) { rb::objc::release((rb::objc::Object*)const_cast<void*>(object)); }
+void CFRelease(CFTypeRef object) {
+    rb::objc::release((rb::objc::Object*)const_cast<void*>(object));
+}
 CFTypeRef CFAutorelease(CFTypeRef object) {
     return rb::objc::autorelease((rb::objc::Object*)const_cast<void*>(object));
 }
-id CFBridgingRelease(CFTypeRef object) { return (__bridge_transfer id) const_cast<void*>(object); }
-CFTypeRef CFBridgingRetain(id object) { return (__bridge_retained CFTypeRef)object; }
-CFIndex CFArrayGetCount(CFArrayRef array) { return (CFIndex)((__bridge NSArray*)array).count; }
+id CFBridgingRelease(CFTypeRef object) {
+    return (__bridge_transfer id) const_cast<void*>(object);
+}
+CFTypeRef CFBridgingRetain(id object) {
+    return (__bridge_retained CFTypeRef)object;
+}
+CFIndex CFArrayGetCount(CFArrayRef array) {
+    return (CFIndex)((__bridge NSArray*)array).count;
+}
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
     return (__bridge const void*)((__bridge NSArray*)array)[(NSUInteger)index];
 }
 void CFArrayAppendValue(CFMutableArrayRef array, const void* value) {
     [(__bridge NSMutableArray*)array addObject:(__bridge id) const_cast<void*>(value)];
 }
-CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) { return (CFIndex)((__bridge NSDictionary*)dictionary).count; }
+CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
+    return (CFIndex)((__bridge NSDictionary*)dictionary).count;
+}
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
     return (__bridge const void*)((__bridge NSDictionary*)dictionary)[(__bridge id) const_cast<void*>(key)];
 }
@@ -100,7 +121,9 @@ void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, co
 Boolean CFEqual(CFTypeRef one, CFTypeRef other) {
     return [(__bridge id) const_cast<void*>(one) isEqual:(__bridge id) const_cast<void*>(other)] ? 1 : 0;
 }
-CFIndex CFStringGetLength(CFStringRef text) { return (CFIndex)((__bridge NSString*)text).length; }
+CFIndex CFStringGetLength(CFStringRef text) {
+    return (CFIndex)((__bridge NSString*)text).length;
+}
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* text, CFStringEncoding) {
     return (__bridge_retained CFStringRef)string(text);
 }
@@ -111,7 +134,9 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
 const UInt8* CFDataGetBytePtr(CFDataRef data) {
     return static_cast<const UInt8*>(((__bridge NSData*)data).bytes);
 }
-CFIndex CFDataGetLength(CFDataRef data) { return (CFIndex)((__bridge NSData*)data).length; }
+CFIndex CFDataGetLength(CFDataRef data) {
+    return (CFIndex)((__bridge NSData*)data).length;
+}
 CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
     return (__bridge_retained CFDataRef)[NSData dataWithBytes:bytes length:(NSUInteger)length];
 }

@@ -9,8 +9,12 @@
 // written; any other method falls back to the generic fake and is recorded.
 namespace rb::fake {
 
-inline std::string utf8(NSString* text) { return text ? text.UTF8String : ""; }
-inline NSString* string(const std::string& text) { return [[NSString alloc] initWithUTF8String:text.c_str()]; }
+inline std::string utf8(NSString* text) {
+    return text ? text.UTF8String : "";
+}
+inline NSString* string(const std::string& text) {
+    return [[NSString alloc] initWithUTF8String:text.c_str()];
+}
 
 // printf with %@ for objects.
 std::string formatted(NSString* format, va_list arguments);

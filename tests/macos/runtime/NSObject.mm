@@ -7,12 +7,16 @@
 using namespace rb::fake;
 
 namespace {
-rb::objc::Class* runtimeClass(Class cls) { return (rb::objc::Class*)(__bridge void*)cls; }
+rb::objc::Class* runtimeClass(Class cls) {
+    return (rb::objc::Class*)(__bridge void*)cls;
+}
 } // namespace
 
 @implementation NSObject
-+ (void)load {}
-+ (void)initialize {}
++ (void)load {
+}
++ (void)initialize {
+}
 + (instancetype)alloc {
     return (__bridge_transfer id)(void*)rb::objc::allocate(runtimeClass(self));
 }
@@ -25,7 +29,8 @@ rb::objc::Class* runtimeClass(Class cls) { return (rb::objc::Class*)(__bridge vo
 - (instancetype)init {
     return self;
 }
-- (void)dealloc {}
+- (void)dealloc {
+}
 + (Class)class {
     return self;
 }
@@ -85,8 +90,7 @@ rb::objc::Class* runtimeClass(Class cls) { return (rb::objc::Class*)(__bridge vo
     return YES;
 }
 - (id)performSelector:(SEL)selector withObject:(id)object {
-    const auto found = rb::objc::find(runtimeClass(object_getClass(self)),
-                                      reinterpret_cast<const char*>(selector));
+    const auto found = rb::objc::find(runtimeClass(object_getClass(self)), reinterpret_cast<const char*>(selector));
     if (found.implementation)
         reinterpret_cast<void (*)(id, SEL, id)>(found.implementation)(self, selector, object);
     return nil;

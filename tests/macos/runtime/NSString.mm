@@ -199,7 +199,8 @@ std::string formatted(NSString* format, va_list arguments) {
 - (NSString*)stringByReplacingOccurrencesOfString:(NSString*)wanted withString:(NSString*)replacement {
     std::string text = utf8(self);
     const std::string from = utf8(wanted), to = utf8(replacement);
-    for (std::size_t at = text.find(from); at != std::string::npos && !from.empty(); at = text.find(from, at + to.size()))
+    for (std::size_t at = text.find(from); at != std::string::npos && !from.empty();
+         at = text.find(from, at + to.size()))
         text.replace(at, from.size(), to);
     return string(text);
 }

@@ -98,8 +98,12 @@ Recorder& recorder() {
     return *instance;
 }
 
-objc::Object* raw(id object) { return (__bridge objc::Object*)object; }
-id asId(const void* object) { return (__bridge id) const_cast<void*>(object); }
+objc::Object* raw(id object) {
+    return (__bridge objc::Object*)object;
+}
+id asId(const void* object) {
+    return (__bridge id) const_cast<void*>(object);
+}
 
 bool isSystemClass(const objc::Class* cls) {
     return recorder().systemClasses.count(cls->name()) || std::strncmp(cls->name(), "RBFake", 6) == 0;
@@ -120,7 +124,7 @@ bool returnsOwned(const std::string& selector) {
 // Values such as strings and arrays work for real and make no entries.
 bool isValueClass(const objc::Class* start) {
     static const std::unordered_set<std::string> values = {
-        "NSString", "NSNumber", "NSValue", "NSArray", "NSDictionary", "NSSet", "NSData", "NSURL",
+        "NSString", "NSNumber", "NSValue", "NSArray", "NSDictionary",       "NSSet",          "NSData",    "NSURL",
         "NSNull",   "NSError",  "NSDate",  "NSLock",  "NSAttributedString", "NSNotification", "NSIndexSet"};
     for (const objc::Class* cls = start; cls; cls = cls->super)
         if (values.count(cls->name()))
@@ -130,10 +134,27 @@ bool isValueClass(const objc::Class* start) {
 
 // What every object can do says nothing about the system.
 bool isPlumbing(const std::string& selector) {
-    static const std::unordered_set<std::string> plumbing = {
-        "alloc", "dealloc", "class", "self", "superclass", "hash", "isEqual:", "description", "debugDescription",
-        "respondsToSelector:", "isKindOfClass:", "isMemberOfClass:", "conformsToProtocol:", "copy", "mutableCopy",
-        "allocWithZone:", "new", "copyWithZone:", "initialize", "load", "methodSignatureForSelector:"};
+    static const std::unordered_set<std::string> plumbing = {"alloc",
+                                                             "dealloc",
+                                                             "class",
+                                                             "self",
+                                                             "superclass",
+                                                             "hash",
+                                                             "isEqual:",
+                                                             "description",
+                                                             "debugDescription",
+                                                             "respondsToSelector:",
+                                                             "isKindOfClass:",
+                                                             "isMemberOfClass:",
+                                                             "conformsToProtocol:",
+                                                             "copy",
+                                                             "mutableCopy",
+                                                             "allocWithZone:",
+                                                             "new",
+                                                             "copyWithZone:",
+                                                             "initialize",
+                                                             "load",
+                                                             "methodSignatureForSelector:"};
     return plumbing.count(selector) != 0;
 }
 
@@ -221,18 +242,25 @@ id make(const char* className) {
 
 // The object that stands for a CoreFoundation value; those with a Foundation twin are that.
 id makeCore(const std::string& type) {
-    static const std::map<std::string, const char*> twins = {
-        {"CFString", "NSString"},         {"CFMutableString", "NSMutableString"},
-        {"CFArray", "NSArray"},           {"CFMutableArray", "NSMutableArray"},
-        {"CFDictionary", "NSDictionary"}, {"CFMutableDictionary", "NSMutableDictionary"},
-        {"CFNumber", "NSNumber"},         {"CFBoolean", "NSNumber"},
-        {"CFData", "NSData"},             {"CFMutableData", "NSMutableData"},
-        {"CFURL", "NSURL"},               {"CFError", "NSError"}};
+    static const std::map<std::string, const char*> twins = {{"CFString", "NSString"},
+                                                             {"CFMutableString", "NSMutableString"},
+                                                             {"CFArray", "NSArray"},
+                                                             {"CFMutableArray", "NSMutableArray"},
+                                                             {"CFDictionary", "NSDictionary"},
+                                                             {"CFMutableDictionary", "NSMutableDictionary"},
+                                                             {"CFNumber", "NSNumber"},
+                                                             {"CFBoolean", "NSNumber"},
+                                                             {"CFData", "NSData"},
+                                                             {"CFMutableData", "NSMutableData"},
+                                                             {"CFURL", "NSURL"},
+                                                             {"CFError", "NSError"}};
     const auto twin = twins.find(type);
     return twin != twins.end() ? make(twin->second) : makeCoreObject(type);
 }
 
-id makeFor(const TypeCode& type) { return type.kind == '&' ? makeCore(type.detail) : make(type.detail.c_str()); }
+id makeFor(const TypeCode& type) {
+    return type.kind == '&' ? makeCore(type.detail) : make(type.detail.c_str());
+}
 
 bool hasBlock(const std::vector<Value>& values) {
     return std::any_of(values.begin(), values.end(), [](const Value& value) { return value.type.kind == '?'; });
@@ -401,7 +429,9 @@ bool messageSent(objc::Frame& frame, objc::Object* receiver, objc::Class* start,
     return true;
 }
 
-__attribute__((constructor(102))) void install() { objc::setMessageFilter(messageSent); }
+__attribute__((constructor(102))) void install() {
+    objc::setMessageFilter(messageSent);
+}
 
 bool endsWith(const std::string& text, const std::string& ending) {
     return text.size() >= ending.size() && text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
@@ -476,7 +506,9 @@ long integerProperty(id receiver, const std::string& name) {
     return value;
 }
 
-void onReset(std::function<void()> work) { recorder().resets.push_back(std::move(work)); }
+void onReset(std::function<void()> work) {
+    recorder().resets.push_back(std::move(work));
+}
 
 void recordFunction(const std::string& name, const std::string& arguments) {
     auto call = makeCall(name, nil, {});
@@ -485,14 +517,30 @@ void recordFunction(const std::string& name, const std::string& arguments) {
     recorder().calls.push_back(call);
 }
 
-const std::string& Call::name() const { return data_->name; }
-const std::string& Call::text() const { return data_->text; }
-id Call::receiver() const { return data_->receiver.object; }
-std::size_t Call::count() const { return data_->values.size(); }
-id Call::object(std::size_t index) const { return data_->objects.at(index).object; }
-long Call::integer(std::size_t index) const { return data_->values.at(index).integer(); }
-double Call::real(std::size_t index) const { return data_->values.at(index).real(); }
-id Call::blockObject(std::size_t index) const { return data_->blocks.at(index); }
+const std::string& Call::name() const {
+    return data_->name;
+}
+const std::string& Call::text() const {
+    return data_->text;
+}
+id Call::receiver() const {
+    return data_->receiver.object;
+}
+std::size_t Call::count() const {
+    return data_->values.size();
+}
+id Call::object(std::size_t index) const {
+    return data_->objects.at(index).object;
+}
+long Call::integer(std::size_t index) const {
+    return data_->values.at(index).integer();
+}
+double Call::real(std::size_t index) const {
+    return data_->values.at(index).real();
+}
+id Call::blockObject(std::size_t index) const {
+    return data_->blocks.at(index);
+}
 std::string Call::string(std::size_t index) const {
     NSString* text = object(index);
     return text ? text.UTF8String : "";
@@ -501,7 +549,9 @@ void Call::copyBytes(std::size_t index, void* to, std::size_t size) const {
     const auto& bytes = data_->values.at(index).bytes;
     std::memcpy(to, bytes.data(), std::min(size, bytes.size()));
 }
-void Call::answer(Answer answer) { data_->answer = std::make_unique<Answer>(std::move(answer)); }
+void Call::answer(Answer answer) {
+    data_->answer = std::make_unique<Answer>(std::move(answer));
+}
 
 std::vector<Call> calls() {
     std::vector<Call> result;
@@ -542,13 +592,21 @@ bool Call::fits(const std::string& pattern) const {
     return data_->isNamed(name) && (name == pattern || pattern == name + " " + data_->arguments);
 }
 
-void forgetCalls() { recorder().calls.clear(); }
-void answer(const std::string& name, Answer answer) { recorder().answers.insert_or_assign(name, std::move(answer)); }
+void forgetCalls() {
+    recorder().calls.clear();
+}
+void answer(const std::string& name, Answer answer) {
+    recorder().answers.insert_or_assign(name, std::move(answer));
+}
 void answer(id receiver, const std::string& selector, Answer answer) {
     recorder().receiverAnswers[raw(receiver)].insert_or_assign(selector, std::move(answer));
 }
-void answerOnce(const std::string& name, Answer answer) { recorder().onceAnswers[name].push_back(std::move(answer)); }
-void onCall(const std::string& name, std::function<void(Call&)> hook) { recorder().hooks[name] = std::move(hook); }
+void answerOnce(const std::string& name, Answer answer) {
+    recorder().onceAnswers[name].push_back(std::move(answer));
+}
+void onCall(const std::string& name, std::function<void(Call&)> hook) {
+    recorder().hooks[name] = std::move(hook);
+}
 
 void press(id control) {
     const SEL action = [control action];
@@ -565,7 +623,9 @@ void press(id control) {
     reinterpret_cast<void (*)(id, SEL, id)>(method.implementation)(target, action, control);
 }
 
-std::map<std::string, long> liveObjects() { return objc::liveInstances(); }
+std::map<std::string, long> liveObjects() {
+    return objc::liveInstances();
+}
 
 std::map<std::string, long> liveProductObjects() {
     std::map<std::string, long> product;
@@ -600,4 +660,6 @@ void reset() {
 
 } // namespace rb::fake
 
-void fake_function_called(rb::objc::Frame* frame, const FunctionRow* row) { rb::fake::functionCalled(*frame, *row); }
+void fake_function_called(rb::objc::Frame* frame, const FunctionRow* row) {
+    rb::fake::functionCalled(*frame, *row);
+}

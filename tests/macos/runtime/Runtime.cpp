@@ -155,7 +155,9 @@ void destroy(Object* object) {
 
 } // namespace
 
-Selector selector(const char* name) { return state->selectors.insert(name).first->c_str(); }
+Selector selector(const char* name) {
+    return state->selectors.insert(name).first->c_str();
+}
 
 Class* classNamed(const char* name) {
     const auto found = state->classes.find(name);
@@ -179,8 +181,12 @@ bool isBlock(const Object* object) {
     return isa && (isa == _NSConcreteStackBlock || isa == _NSConcreteGlobalBlock || isa == _NSConcreteMallocBlock);
 }
 
-bool isClass(const Object* object) { return state->known.count(reinterpret_cast<const Class*>(object)) != 0; }
-bool isAlive(const Object* object) { return state->counts.count(object) != 0; }
+bool isClass(const Object* object) {
+    return state->known.count(reinterpret_cast<const Class*>(object)) != 0;
+}
+bool isAlive(const Object* object) {
+    return state->counts.count(object) != 0;
+}
 
 Object* allocate(Class* cls) {
     auto* object = static_cast<Object*>(std::calloc(1, cls->data->size));
@@ -229,7 +235,9 @@ std::map<std::string, long> liveInstances() {
     return live;
 }
 
-void onFree(std::function<void(Object*)> observer) { state->freeObservers.push_back(std::move(observer)); }
+void onFree(std::function<void(Object*)> observer) {
+    state->freeObservers.push_back(std::move(observer));
+}
 
 void storeWeak(Object** slot, Object* object) {
     if (*slot)
@@ -242,9 +250,13 @@ void storeWeak(Object** slot, Object* object) {
         state->weak[object].insert(slot);
 }
 
-void destroyWeak(Object** slot) { storeWeak(slot, nullptr); }
+void destroyWeak(Object** slot) {
+    storeWeak(slot, nullptr);
+}
 
-void setMessageFilter(MessageFilter filter) { state->filter = filter; }
+void setMessageFilter(MessageFilter filter) {
+    state->filter = filter;
+}
 
 namespace {
 
@@ -321,18 +333,40 @@ using rb::objc::Class;
 using rb::objc::Object;
 using rb::objc::Selector;
 extern "C" {
-void* objc_runtime_dispatch(rb::objc::Frame* frame, std::uint64_t flags) { return rb::objc::dispatch(*frame, flags); }
+void* objc_runtime_dispatch(rb::objc::Frame* frame, std::uint64_t flags) {
+    return rb::objc::dispatch(*frame, flags);
+}
 
-Object* objc_retain(Object* object) { return rb::objc::retain(object); }
-Object* objc_retainBlock(Object* object) { return rb::objc::retain(object); }
-void objc_release(Object* object) { rb::objc::release(object); }
-Object* objc_autorelease(Object* object) { return rb::objc::autorelease(object); }
-Object* objc_autoreleaseReturnValue(Object* object) { return rb::objc::autorelease(object); }
-Object* objc_retainAutorelease(Object* object) { return rb::objc::autorelease(rb::objc::retain(object)); }
-Object* objc_retainAutoreleaseReturnValue(Object* object) { return objc_retainAutorelease(object); }
-Object* objc_retainAutoreleasedReturnValue(Object* object) { return rb::objc::retain(object); }
-Object* objc_claimAutoreleasedReturnValue(Object* object) { return rb::objc::retain(object); }
-Object* objc_unsafeClaimAutoreleasedReturnValue(Object* object) { return object; }
+Object* objc_retain(Object* object) {
+    return rb::objc::retain(object);
+}
+Object* objc_retainBlock(Object* object) {
+    return rb::objc::retain(object);
+}
+void objc_release(Object* object) {
+    rb::objc::release(object);
+}
+Object* objc_autorelease(Object* object) {
+    return rb::objc::autorelease(object);
+}
+Object* objc_autoreleaseReturnValue(Object* object) {
+    return rb::objc::autorelease(object);
+}
+Object* objc_retainAutorelease(Object* object) {
+    return rb::objc::autorelease(rb::objc::retain(object));
+}
+Object* objc_retainAutoreleaseReturnValue(Object* object) {
+    return objc_retainAutorelease(object);
+}
+Object* objc_retainAutoreleasedReturnValue(Object* object) {
+    return rb::objc::retain(object);
+}
+Object* objc_claimAutoreleasedReturnValue(Object* object) {
+    return rb::objc::retain(object);
+}
+Object* objc_unsafeClaimAutoreleasedReturnValue(Object* object) {
+    return object;
+}
 void* objc_autoreleasePoolPush() {
     auto& pools = rb::objc::state->pools;
     pools.emplace_back();
@@ -365,22 +399,44 @@ Object* objc_initWeak(Object** slot, Object* object) {
     *slot = nullptr;
     return objc_storeWeak(slot, object);
 }
-void objc_destroyWeak(Object** slot) { rb::objc::destroyWeak(slot); }
-Object* objc_loadWeakRetained(Object** slot) { return rb::objc::retain(*slot); }
-Object* objc_loadWeak(Object** slot) { return objc_retainAutorelease(*slot); }
-void objc_copyWeak(Object** to, Object** from) { objc_initWeak(to, *from); }
+void objc_destroyWeak(Object** slot) {
+    rb::objc::destroyWeak(slot);
+}
+Object* objc_loadWeakRetained(Object** slot) {
+    return rb::objc::retain(*slot);
+}
+Object* objc_loadWeak(Object** slot) {
+    return objc_retainAutorelease(*slot);
+}
+void objc_copyWeak(Object** to, Object** from) {
+    objc_initWeak(to, *from);
+}
 void objc_moveWeak(Object** to, Object** from) {
     objc_initWeak(to, *from);
     objc_destroyWeak(from);
 }
 
-Object* objc_alloc(Class* cls) { return rb::objc::allocate(cls); }
-Object* objc_allocWithZone(Class* cls) { return rb::objc::allocate(cls); }
-Object* objc_alloc_init(Class* cls) { return rb::objc::initialized(cls, 0); }
-Object* objc_alloc_init_recorded(Class* cls) { return rb::objc::initialized(cls, rb::objc::Recorded); }
-Object* objc_opt_new(Class* cls) { return rb::objc::initialized(cls, 0); }
-Object* objc_opt_new_recorded(Class* cls) { return rb::objc::initialized(cls, rb::objc::Recorded); }
-Object* objc_opt_self(Object* object) { return object; }
+Object* objc_alloc(Class* cls) {
+    return rb::objc::allocate(cls);
+}
+Object* objc_allocWithZone(Class* cls) {
+    return rb::objc::allocate(cls);
+}
+Object* objc_alloc_init(Class* cls) {
+    return rb::objc::initialized(cls, 0);
+}
+Object* objc_alloc_init_recorded(Class* cls) {
+    return rb::objc::initialized(cls, rb::objc::Recorded);
+}
+Object* objc_opt_new(Class* cls) {
+    return rb::objc::initialized(cls, 0);
+}
+Object* objc_opt_new_recorded(Class* cls) {
+    return rb::objc::initialized(cls, rb::objc::Recorded);
+}
+Object* objc_opt_self(Object* object) {
+    return object;
+}
 Class* objc_opt_class(Object* object) {
     if (!object)
         return nullptr;
@@ -427,13 +483,21 @@ void objc_enumerationMutation(Object*) {
     std::fputs("a collection was changed while it was enumerated\n", stderr);
     std::abort();
 }
-int objc_sync_enter(Object*) { return 0; }
-int objc_sync_exit(Object*) { return 0; }
+int objc_sync_enter(Object*) {
+    return 0;
+}
+int objc_sync_exit(Object*) {
+    return 0;
+}
 
 void* __cxa_begin_catch(void*) noexcept;
 void __cxa_end_catch();
-void* objc_begin_catch(void* exception) { return __cxa_begin_catch(exception); }
-void objc_end_catch() { __cxa_end_catch(); }
+void* objc_begin_catch(void* exception) {
+    return __cxa_begin_catch(exception);
+}
+void objc_end_catch() {
+    __cxa_end_catch();
+}
 // Nothing here throws NSExceptions, but handlers for them refer to their type.
 void* rb_objc_no_exception_type[3] asm("OBJC_EHTYPE_$_NSException");
 void* rb_objc_no_id_type[3] asm("OBJC_EHTYPE_id");
@@ -441,16 +505,34 @@ void* rb_objc_no_id_type[3] asm("OBJC_EHTYPE_id");
     std::fprintf(stderr, "an Objective-C exception was thrown: %s\n", exception ? exception->isa->name() : "nil");
     std::abort();
 }
-[[noreturn]] void objc_terminate() { std::abort(); }
+[[noreturn]] void objc_terminate() {
+    std::abort();
+}
 
-Class* object_getClass(Object* object) { return object ? object->isa : nullptr; }
-const char* class_getName(Class* cls) { return cls ? cls->name() : "nil"; }
-const char* object_getClassName(Object* object) { return class_getName(object_getClass(object)); }
-Class* class_getSuperclass(Class* cls) { return cls ? cls->super : nullptr; }
-Class* objc_getClass(const char* name) { return rb::objc::classNamed(name); }
-Class* objc_lookUpClass(const char* name) { return rb::objc::classNamed(name); }
-Selector sel_registerName(const char* name) { return rb::objc::selector(name); }
-const char* sel_getName(Selector name) { return name; }
+Class* object_getClass(Object* object) {
+    return object ? object->isa : nullptr;
+}
+const char* class_getName(Class* cls) {
+    return cls ? cls->name() : "nil";
+}
+const char* object_getClassName(Object* object) {
+    return class_getName(object_getClass(object));
+}
+Class* class_getSuperclass(Class* cls) {
+    return cls ? cls->super : nullptr;
+}
+Class* objc_getClass(const char* name) {
+    return rb::objc::classNamed(name);
+}
+Class* objc_lookUpClass(const char* name) {
+    return rb::objc::classNamed(name);
+}
+Selector sel_registerName(const char* name) {
+    return rb::objc::selector(name);
+}
+const char* sel_getName(Selector name) {
+    return name;
+}
 bool class_respondsToSelector(Class* cls, Selector name) {
     return rb::objc::find(cls, name).implementation != nullptr;
 }

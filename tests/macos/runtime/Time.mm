@@ -42,9 +42,9 @@ long schedule(double delay, double interval, std::function<void()> work) {
 
 void cancel(long identifier) {
     auto& tasks = clock().tasks;
-    tasks.erase(std::remove_if(tasks.begin(), tasks.end(),
-                               [&](const Task& task) { return task.identifier == identifier; }),
-                tasks.end());
+    tasks.erase(
+        std::remove_if(tasks.begin(), tasks.end(), [&](const Task& task) { return task.identifier == identifier; }),
+        tasks.end());
 }
 
 // Runs the earliest task due by `limit`. Returns whether there was one.
@@ -70,7 +70,9 @@ bool runNext(double limit) {
 }
 
 // Blocks of the caller live on its stack until they are copied.
-dispatch_block_t keep(dispatch_block_t block) { return [block copy]; }
+dispatch_block_t keep(dispatch_block_t block) {
+    return [block copy];
+}
 
 // A loop that posts to itself for ever is a fault of the code under test, not a reason to hang.
 void runUntil(double limit) {
@@ -91,7 +93,9 @@ __attribute__((constructor(103))) void install() {
 
 } // namespace
 
-double now() { return clock().now; }
+double now() {
+    return clock().now;
+}
 
 void advance(double seconds) {
     const double until = clock().now + seconds;
@@ -99,7 +103,9 @@ void advance(double seconds) {
     clock().now = until;
 }
 
-void runMainQueue() { runUntil(clock().now); }
+void runMainQueue() {
+    runUntil(clock().now);
+}
 
 } // namespace rb::fake
 
@@ -147,12 +153,16 @@ RBFakeDispatchObject* namedQueue(const char* name) {
     return queue;
 }
 
-double seconds(dispatch_time_t when) { return static_cast<double>(when) / 1e9; }
+double seconds(dispatch_time_t when) {
+    return static_cast<double>(when) / 1e9;
+}
 } // namespace
 
 extern "C" {
 
-dispatch_queue_t dispatch_get_main_queue(void) { return namedQueue("main"); }
+dispatch_queue_t dispatch_get_main_queue(void) {
+    return namedQueue("main");
+}
 dispatch_queue_t dispatch_get_global_queue(intptr_t quality, uintptr_t) {
     return namedQueue(("global " + std::to_string(quality)).c_str());
 }
@@ -168,7 +178,9 @@ void dispatch_async(dispatch_queue_t, dispatch_block_t block) {
 void dispatch_async_f(dispatch_queue_t, void* context, dispatch_function_t work) {
     schedule(0, 0, [context, work] { work(context); });
 }
-void dispatch_sync(dispatch_queue_t, dispatch_block_t block) { block(); }
+void dispatch_sync(dispatch_queue_t, dispatch_block_t block) {
+    block();
+}
 void dispatch_after(dispatch_time_t when, dispatch_queue_t, dispatch_block_t block) {
     schedule(seconds(when) - rb::fake::now(), 0, [kept = keep(block)] { kept(); });
 }
@@ -212,21 +224,33 @@ void dispatch_source_cancel(dispatch_source_t source) {
         schedule(0, 0, [handler] { handler(); });
     source->cancelHandler_ = nil;
 }
-long dispatch_source_testcancel(dispatch_source_t source) { return source->cancelled_; }
-uintptr_t dispatch_source_get_data(dispatch_source_t source) { return source->data_; }
-uintptr_t dispatch_source_get_handle(dispatch_source_t source) { return source->handle_; }
+long dispatch_source_testcancel(dispatch_source_t source) {
+    return source->cancelled_;
+}
+uintptr_t dispatch_source_get_data(dispatch_source_t source) {
+    return source->data_;
+}
+uintptr_t dispatch_source_get_handle(dispatch_source_t source) {
+    return source->handle_;
+}
 void dispatch_resume(dispatch_object_t object) {
     object->resumed_ = YES;
     [object arm];
 }
-void dispatch_activate(dispatch_object_t object) { dispatch_resume(object); }
+void dispatch_activate(dispatch_object_t object) {
+    dispatch_resume(object);
+}
 void dispatch_suspend(dispatch_object_t object) {
     object->resumed_ = NO;
     [object arm];
 }
 
-double CACurrentMediaTime(void) { return rb::fake::now(); }
-CFAbsoluteTime CFAbsoluteTimeGetCurrent(void) { return rb::fake::now(); }
+double CACurrentMediaTime(void) {
+    return rb::fake::now();
+}
+CFAbsoluteTime CFAbsoluteTimeGetCurrent(void) {
+    return rb::fake::now();
+}
 }
 
 // A scheduled timer is owned by the run loop until it is invalidated or, without repeats, has fired; it owns its block

@@ -2,8 +2,8 @@
 #import <AppKit/AppKit.h>
 #import <QuartzCore/QuartzCore.h>
 
-#include "tests/macos/runtime/Foundation.h"
 #include "tests/macos/Fakes.h"
+#include "tests/macos/runtime/Foundation.h"
 #include "tests/macos/runtime/Text.h"
 
 #include <algorithm>

@@ -54,9 +54,10 @@ typedef int dispatch_source_type_t;
 extern "C" {
 dispatch_queue_t _Nonnull dispatch_get_main_queue(void);
 dispatch_queue_t _Nonnull dispatch_get_global_queue(intptr_t quality, uintptr_t flags);
-dispatch_queue_t _Nonnull dispatch_queue_create(const char* _Nullable label, dispatch_queue_attr_t _Nullable attributes);
+dispatch_queue_t _Nonnull dispatch_queue_create(const char* _Nullable label,
+                                                dispatch_queue_attr_t _Nullable attributes);
 dispatch_queue_attr_t _Nullable dispatch_queue_attr_make_with_qos_class(dispatch_queue_attr_t _Nullable attributes,
-                                                                         dispatch_qos_class_t quality, int priority);
+                                                                        dispatch_qos_class_t quality, int priority);
 void dispatch_async(dispatch_queue_t _Nonnull queue, dispatch_block_t _Nonnull block);
 void dispatch_async_f(dispatch_queue_t _Nonnull queue, void* _Nullable context, dispatch_function_t _Nonnull work);
 void dispatch_sync(dispatch_queue_t _Nonnull queue, dispatch_block_t _Nonnull block);

@@ -20,7 +20,8 @@ typedef struct _NSZone NSZone;
 @property(readonly, copy) NSString* _Nonnull description;
 @end
 
-__attribute__((objc_root_class)) @interface NSObject<NSObject> {
+__attribute__((objc_root_class))
+@interface NSObject<NSObject> {
     Class isa;
 }
 + (void)load;
