@@ -78,7 +78,6 @@ LinuxApplication::LinuxApplication(std::vector<std::string> arguments, XConnecti
     catchSignals();
     QCoreApplication::setApplicationName(QStringLiteral("rook-bay"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ROOKBAY_VERSION));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Rook Bay"));
     QGuiApplication::setDesktopFileName(QStringLiteral("rookbay"));
     application_ = std::make_unique<QtApplication>(*this);
     QGuiApplication::setQuitOnLastWindowClosed(false);

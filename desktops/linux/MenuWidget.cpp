@@ -1,9 +1,9 @@
 #include "desktops/linux/MenuWidget.h"
 
-#include "desktops/linux/Compositing.h"
 #include "desktops/linux/KeyEquivalent.h"
 #include "desktops/linux/MenuAction.h"
 #include "desktops/linux/MenuRow.h"
+#include "desktops/linux/QtX11.h"
 #include "desktops/linux/Shadow.h"
 
 #include <QGuiApplication>
@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPaintEvent>
+#include <QScreen>
 
 #include <algorithm>
 #include <utility>
@@ -23,7 +24,11 @@ MenuWidget::MenuWidget(std::shared_ptr<Menu> menu, const Pictures& pictures, Men
     , pictures_(pictures)
     , parentMenu_(parent) {
     setToolTipsVisible(true);
-    connect(this, &QMenu::aboutToShow, this, [this] { prepare(); });
+    connect(this, &QMenu::aboutToShow, this, [this] {
+        if (!std::exchange(prepared_, false)) {
+            prepare();
+        }
+    });
 }
 
 MenuWidget::~MenuWidget() = default;
@@ -45,6 +50,21 @@ QRect MenuWidget::panelRect() const {
 void MenuWidget::openAt(QPoint topLeft) {
     chooseWindowKind();
     popup(topLeft - QPoint(margin(), margin()));
+}
+
+void MenuWidget::openBeside(const QRect& place) {
+    chooseWindowKind();
+    // How high it will be is known only once it is filled.
+    prepare();
+    prepared_ = true;
+    const QSize size = sizeHint() - QSize(2 * margin(), 2 * margin());
+    const QScreen* screen = QGuiApplication::screenAt(place.center());
+    const QRect area = screen ? screen->geometry() : place;
+    constexpr int gap = 3;
+    const bool below = place.bottom() + gap + size.height() <= area.bottom();
+    const int top = below ? place.bottom() + 1 + gap : place.top() - gap - size.height();
+    const int left = std::min(place.left(), area.right() - size.width() - gap);
+    popup(QPoint(std::max(left, area.left()), std::max(top, area.top())) - QPoint(margin(), margin()));
 }
 
 void MenuWidget::prepare() {
@@ -151,9 +171,15 @@ void MenuWidget::mousePressEvent(QMouseEvent* event) {
     }
     if (!panelRect().contains(event->position().toPoint())) {
         // The shadow belongs to what lies behind it: a press there closes everything, as outside of the window.
-        for (MenuWidget* menu = this; menu; menu = menu->parentMenu_) {
-            menu->close();
+        MenuWidget* first = this;
+        while (first->parentMenu_) {
+            first = first->parentMenu_;
         }
+        const QWidget* opener = first->opener_;
+        if (opener && opener->rect().contains(opener->mapFromGlobal(event->globalPosition()).toPoint())) {
+            setAttribute(Qt::WA_NoMouseReplay);
+        }
+        first->close();
         return;
     }
     QMenu::mousePressEvent(event);
@@ -190,7 +216,8 @@ void MenuWidget::paintEvent(QPaintEvent* event) {
 
 void MenuWidget::showEvent(QShowEvent* event) {
     if (margin() > 0) {
-        refuseCompositorShadow(*this);
+        // Compositors that shade every window would add a rectangular one to ours.
+        setCardinals(*this, "_COMPTON_SHADOW", {0});
     }
     QMenu::showEvent(event);
 }

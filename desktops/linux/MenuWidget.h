@@ -35,6 +35,10 @@ public:
 
     // Opens with the visible panel's top left corner at that place (Qt's coordinates), moved as the screen asks.
     void openAt(QPoint topLeft);
+    // Opens below something, or above it where there is no room below, without covering it.
+    void openBeside(const QRect& place);
+    // The widget whose press opens it: another press there only closes it.
+    void setOpener(const QWidget* opener) { opener_ = opener; }
 
     const Columns& columns() const { return columns_; }
     const Pictures& pictures() const { return pictures_; }
@@ -67,9 +71,11 @@ private:
     std::shared_ptr<Menu> menu_;
     const Pictures& pictures_;
     MenuWidget* parentMenu_;
+    const QWidget* opener_ = nullptr;
     std::vector<MenuAction*> rows_;
     Columns columns_;
     std::uint32_t heldModifiers_ = NoModifiers;
+    bool prepared_ = false; // ahead of opening
 };
 
 } // namespace rb

@@ -1,13 +1,7 @@
 #include "desktops/linux/Shadow.h"
 
-#include "desktops/linux/XConnection.h"
-
-#include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
-#include <QWidget>
-
-#include <string_view>
 
 namespace rb {
 
@@ -32,22 +26,6 @@ void paintShadow(QPainter& painter, const QRectF& panel, double radius, int reac
         painter.drawRoundedRect(panel.adjusted(-grow, -grow + drop, grow, grow + drop), radius + grow, radius + grow);
     }
     painter.restore();
-}
-
-void refuseCompositorShadow(QWidget& window) {
-    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11) {
-        return;
-    }
-    xcb_connection_t* connection = x11->connection();
-    constexpr std::string_view name = "_COMPTON_SHADOW";
-    const XReply<xcb_intern_atom_reply_t> atom(
-        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, name.size(), name.data()), nullptr));
-    if (atom) {
-        const std::uint32_t none = 0;
-        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()), atom->atom,
-                            XCB_ATOM_CARDINAL, 32, 1, &none);
-    }
 }
 
 } // namespace rb

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+class QKeyEvent;
+
 namespace rb {
 
 class BoxWidget;

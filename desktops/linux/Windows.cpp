@@ -1,6 +1,7 @@
 #include "desktops/linux/Windows.h"
 
 #include "desktops/linux/Appearance.h"
+#include "desktops/linux/QtX11.h"
 #include "desktops/linux/Window.h"
 #include "desktops/linux/XConnection.h"
 
@@ -37,6 +38,7 @@ void LinuxWindows::activate(QWidget& window) {
     // Qt's way first, which also works without a window manager; then with the server's present time, without which
     // window managers keep a program that wasn't just used in the background.
     window.activateWindow();
+    flushQt();
     connection_.activate(static_cast<xcb_window_t>(window.winId()));
 }
 

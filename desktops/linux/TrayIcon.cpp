@@ -1,0 +1,130 @@
+#include "desktops/linux/TrayIcon.h"
+
+#include "desktops/linux/Appearance.h"
+#include "desktops/linux/MenuWidget.h"
+#include "desktops/linux/QtX11.h"
+#include "desktops/linux/ToolTip.h"
+#include "desktops/linux/XConnection.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+
+#include <algorithm>
+#include <string>
+
+namespace rb {
+
+namespace {
+
+constexpr int usualSize = 22; // until the tray gives another
+constexpr double symbolShare = 0.8; // of the square; symbols' squares are larger than their point size
+constexpr std::uint32_t requestDock = 0;
+
+} // namespace
+
+TrayIcon::TrayIcon(LinuxStatusItem& item, XConnection& connection, xcb_window_t tray, const Pictures& pictures,
+                   const LinuxAppearance& appearance)
+    : QWidget(nullptr, Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint | Qt::WindowDoesNotAcceptFocus)
+    , item_(item)
+    , connection_(connection)
+    , pictures_(pictures)
+    , appearance_(appearance) {
+    setAttribute(Qt::WA_AlwaysShowToolTips);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    // The tray's panel shines through: as the window's own background, or blended by the tray where it can.
+    setAttribute(Qt::WA_TranslucentBackground);
+    setWindowTitle(QStringLiteral("Rook Bay"));
+    resize(usualSize, usualSize);
+    toolTipChanged();
+    qApp->installNativeEventFilter(this);
+    dock(tray);
+}
+
+TrayIcon::~TrayIcon() {
+    qApp->removeNativeEventFilter(this);
+}
+
+bool TrayIcon::nativeEventFilter(const QByteArray& /*type*/, void* message, qintptr* /*result*/) {
+    const auto* event = static_cast<const xcb_generic_event_t*>(message);
+    if ((event->response_type & 0x7F) == XCB_REPARENT_NOTIFY) {
+        const auto* moved = reinterpret_cast<const xcb_reparent_notify_event_t*>(event);
+        if (moved->window == internalWinId()) {
+            // Shown before the tray has it, the window would flash up in the screen's corner.
+            setVisible(moved->parent != connection_.root());
+        }
+    }
+    return false;
+}
+
+void TrayIcon::dock(xcb_window_t tray) {
+    const auto window = static_cast<xcb_window_t>(winId());
+    xcb_connection_t* x = qtConnection();
+    if (!x) {
+        return;
+    }
+    // Protocol version 0, "please map me".
+    const std::uint32_t info[] = {0, 1};
+    xcb_change_property(x, XCB_PROP_MODE_REPLACE, window, internAtom("_XEMBED_INFO"), internAtom("_XEMBED_INFO"), 32, 2,
+                        info);
+    xcb_client_message_event_t request{};
+    request.response_type = XCB_CLIENT_MESSAGE;
+    request.format = 32;
+    request.window = tray;
+    request.type = internAtom("_NET_SYSTEM_TRAY_OPCODE");
+    request.data.data32[0] = connection_.serverTime();
+    request.data.data32[1] = requestDock;
+    request.data.data32[2] = window;
+    xcb_send_event(x, 0, tray, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&request));
+    xcb_flush(x);
+    connection_.deliverQueuedEvents();
+}
+
+void TrayIcon::toolTipChanged() {
+    setToolTip(plainToolTip(item_.toolTip()));
+}
+
+void TrayIcon::menuChanged() {
+    menu_.reset();
+}
+
+void TrayIcon::showEvent(QShowEvent* event) {
+    darkBehind_.reset();
+    QWidget::showEvent(event);
+}
+
+QColor TrayIcon::foreground() {
+    if (!darkBehind_) {
+        // The panel's colour is nobody's setting: look at the pixel beside the icon.
+        const QPoint beside = mapToGlobal(QPoint(-1, height() / 2));
+        QScreen* where = screen();
+        const QImage pixel =
+            where->grabWindow(0, beside.x() - where->geometry().left(), beside.y() - where->geometry().top(), 1, 1)
+                .toImage();
+        darkBehind_ = !pixel.isNull() && pixel.pixelColor(0, 0).lightnessF() < 0.55F;
+    }
+    return *darkBehind_ ? QColor(255, 255, 255, 230) : QColor(0, 0, 0, 210);
+}
+
+void TrayIcon::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(rect(), Qt::transparent);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    const double side = std::min(width(), height());
+    pictures_.draw(painter, item_.image(), rect(), side * symbolShare, foreground());
+}
+
+void TrayIcon::mousePressEvent(QMouseEvent* /*event*/) {
+    if (!item_.menu()) {
+        return;
+    }
+    if (!menu_) {
+        menu_ = std::make_unique<MenuWidget>(item_.menu(), pictures_);
+        menu_->setOpener(this);
+    }
+    menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
+}
+
+} // namespace rb

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "desktops/linux/StatusBar.h"
+
+#include <QAbstractNativeEventFilter>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+#include <xcb/xcb.h>
+
+namespace rb {
+
+class MenuWidget;
+
+// An item in an XEmbed tray: a small window that the tray takes into its own.
+class TrayIcon final : public QWidget, public StatusItemPresenter, private QAbstractNativeEventFilter {
+public:
+    TrayIcon(LinuxStatusItem& item, XConnection& connection, xcb_window_t tray, const Pictures& pictures,
+             const LinuxAppearance& appearance);
+    ~TrayIcon() override;
+    TrayIcon(const TrayIcon&) = delete;
+    TrayIcon& operator=(const TrayIcon&) = delete;
+
+    void imageChanged() override { update(); }
+    void toolTipChanged() override;
+    void menuChanged() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
+    void dock(xcb_window_t tray);
+    QColor foreground();
+
+    LinuxStatusItem& item_;
+    XConnection& connection_;
+    const Pictures& pictures_;
+    const LinuxAppearance& appearance_;
+    std::optional<bool> darkBehind_; // once looked at
+    std::unique_ptr<MenuWidget> menu_;
+};
+
+} // namespace rb
