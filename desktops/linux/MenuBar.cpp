@@ -34,12 +34,14 @@ Qt::WindowFlags flagsFor(XConnection& connection) {
 MenuBar::MenuBar(XConnection& connection, const LinuxAppearance& appearance)
     : QWidget(nullptr, flagsFor(connection))
     , appearance_(appearance) {
-    setAttribute(Qt::WA_X11NetWmWindowTypeDock);
+    setWindowClass(*this, "rookbay-menubar");
+    setAttribute(Qt::WA_X11NetWmWindowTypeDock); // without effect on a window that doesn't exist yet
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_AlwaysShowToolTips);
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QStringLiteral("Rook Bay"));
+    setCardinals(*this, "_COMPTON_SHADOW", {0}); // a hairline ends it
     placeOnScreen();
     connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, [this] { placeOnScreen(); });
     show();

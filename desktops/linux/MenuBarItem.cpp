@@ -17,7 +17,6 @@ namespace {
 
 constexpr double symbolSize = 17.6; // 22 points wide
 constexpr int side = 7; // left and right of the picture
-constexpr int gapBelowBar = 3;
 constexpr double highlightRadius = 5;
 
 } // namespace
@@ -94,7 +93,7 @@ void MenuBarItem::openMenu() {
             QMetaObject::invokeMethod(this, qOverload<>(&QWidget::update), Qt::QueuedConnection);
         });
     }
-    menu_->openAt(mapToGlobal(QPoint(0, MenuBar::thickness + gapBelowBar)));
+    menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
     update();
 }
 

@@ -47,11 +47,6 @@ QRect MenuWidget::panelRect() const {
     return rect().adjusted(margin(), margin(), -margin(), -margin());
 }
 
-void MenuWidget::openAt(QPoint topLeft) {
-    chooseWindowKind();
-    popup(topLeft - QPoint(margin(), margin()));
-}
-
 void MenuWidget::openBeside(const QRect& place) {
     chooseWindowKind();
     // How high it will be is known only once it is filled.
@@ -64,11 +59,14 @@ void MenuWidget::openBeside(const QRect& place) {
     const bool below = place.bottom() + gap + size.height() <= area.bottom();
     const int top = below ? place.bottom() + 1 + gap : place.top() - gap - size.height();
     const int left = std::min(place.left(), area.right() - size.width() - gap);
-    popup(QPoint(std::max(left, area.left()), std::max(top, area.top())) - QPoint(margin(), margin()));
+    place_ = QPoint(std::max(left, area.left()), std::max(top, area.top())) - QPoint(margin(), margin());
+    setAttribute(Qt::WA_NoMouseReplay, false);
+    popup(*place_);
 }
 
 void MenuWidget::prepare() {
     chooseWindowKind();
+    setWindowClass(*this, "rookbay-menu");
     heldModifiers_ = modifierFlags(QGuiApplication::keyboardModifiers());
     if (const auto needsUpdate = menu_->needsUpdate) {
         needsUpdate(*menu_);
@@ -215,6 +213,10 @@ void MenuWidget::paintEvent(QPaintEvent* event) {
 }
 
 void MenuWidget::showEvent(QShowEvent* event) {
+    if (place_) {
+        // Qt keeps the whole window within the work area, but a shadow may lie on a bar or off the screen.
+        move(*std::exchange(place_, std::nullopt));
+    }
     if (margin() > 0) {
         // Compositors that shade every window would add a rectangular one to ours.
         setCardinals(*this, "_COMPTON_SHADOW", {0});

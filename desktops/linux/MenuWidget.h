@@ -5,6 +5,7 @@
 #include <QMenu>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace rb {
@@ -33,8 +34,6 @@ public:
     MenuWidget(const MenuWidget&) = delete;
     MenuWidget& operator=(const MenuWidget&) = delete;
 
-    // Opens with the visible panel's top left corner at that place (Qt's coordinates), moved as the screen asks.
-    void openAt(QPoint topLeft);
     // Opens below something, or above it where there is no room below, without covering it.
     void openBeside(const QRect& place);
     // The widget whose press opens it: another press there only closes it.
@@ -76,6 +75,7 @@ private:
     Columns columns_;
     std::uint32_t heldModifiers_ = NoModifiers;
     bool prepared_ = false; // ahead of opening
+    std::optional<QPoint> place_; // where to open instead of where Qt would
 };
 
 } // namespace rb

@@ -33,8 +33,8 @@ TrayIcon::TrayIcon(LinuxStatusItem& item, XConnection& connection, xcb_window_t 
     , appearance_(appearance) {
     setAttribute(Qt::WA_AlwaysShowToolTips);
     setAttribute(Qt::WA_QuitOnClose, false);
-    // The tray's panel shines through: as the window's own background, or blended by the tray where it can.
-    setAttribute(Qt::WA_TranslucentBackground);
+    // A tray takes windows with an alpha channel only when it says so; on others the panel's look is painted.
+    setAttribute(Qt::WA_TranslucentBackground, traysVisualHasAlpha(tray));
     setWindowTitle(QStringLiteral("Rook Bay"));
     resize(usualSize, usualSize);
     toolTipChanged();
@@ -89,31 +89,54 @@ void TrayIcon::menuChanged() {
     menu_.reset();
 }
 
+bool TrayIcon::traysVisualHasAlpha(xcb_window_t tray) const {
+    const auto visual = connection_.cardinals(tray, connection_.atom("_NET_SYSTEM_TRAY_VISUAL"));
+    if (visual.empty()) {
+        return false;
+    }
+    const xcb_setup_t* setup = xcb_get_setup(connection_.get());
+    for (auto screens = xcb_setup_roots_iterator(setup); screens.rem > 0; xcb_screen_next(&screens)) {
+        for (auto depths = xcb_screen_allowed_depths_iterator(screens.data); depths.rem > 0; xcb_depth_next(&depths)) {
+            const xcb_visualtype_t* visuals = xcb_depth_visuals(depths.data);
+            for (int i = 0; i < xcb_depth_visuals_length(depths.data); ++i) {
+                if (visuals[i].visual_id == visual.front()) {
+                    return depths.data->depth == 32;
+                }
+            }
+        }
+    }
+    return false;
+}
+
 void TrayIcon::showEvent(QShowEvent* event) {
-    darkBehind_.reset();
+    beside_ = {};
     QWidget::showEvent(event);
 }
 
-QColor TrayIcon::foreground() {
-    if (!darkBehind_) {
-        // The panel's colour is nobody's setting: look at the pixel beside the icon.
-        const QPoint beside = mapToGlobal(QPoint(-1, height() / 2));
-        QScreen* where = screen();
-        const QImage pixel =
-            where->grabWindow(0, beside.x() - where->geometry().left(), beside.y() - where->geometry().top(), 1, 1)
-                .toImage();
-        darkBehind_ = !pixel.isNull() && pixel.pixelColor(0, 0).lightnessF() < 0.55F;
+void TrayIcon::lookBeside() {
+    if (!beside_.isNull() && beside_.height() >= height()) {
+        return;
     }
-    return *darkBehind_ ? QColor(255, 255, 255, 230) : QColor(0, 0, 0, 210);
+    // The panel's colour is nobody's setting, so its pixels tell.
+    const QPoint corner = mapToGlobal(QPoint(-1, 0)) - screen()->geometry().topLeft();
+    beside_ = screen()->grabWindow(0, corner.x(), corner.y(), 1, height());
+    const QImage column = beside_.toImage();
+    darkBehind_ = !column.isNull() && column.pixelColor(0, column.height() / 2).lightnessF() < 0.55F;
 }
 
 void TrayIcon::paintEvent(QPaintEvent* /*event*/) {
+    lookBeside();
     QPainter painter(this);
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.fillRect(rect(), Qt::transparent);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    if (testAttribute(Qt::WA_TranslucentBackground)) {
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(rect(), Qt::transparent);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    } else {
+        painter.drawPixmap(rect(), beside_);
+    }
+    const QColor foreground = darkBehind_ ? QColor(255, 255, 255, 230) : QColor(0, 0, 0, 210);
     const double side = std::min(width(), height());
-    pictures_.draw(painter, item_.image(), rect(), side * symbolShare, foreground());
+    pictures_.draw(painter, item_.image(), rect(), side * symbolShare, foreground);
 }
 
 void TrayIcon::mousePressEvent(QMouseEvent* /*event*/) {

@@ -3,10 +3,10 @@
 #include "desktops/linux/StatusBar.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QPixmap>
 #include <QWidget>
 
 #include <memory>
-#include <optional>
 #include <xcb/xcb.h>
 
 namespace rb {
@@ -34,13 +34,15 @@ protected:
 private:
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
     void dock(xcb_window_t tray);
-    QColor foreground();
+    bool traysVisualHasAlpha(xcb_window_t tray) const;
+    void lookBeside();
 
     LinuxStatusItem& item_;
     XConnection& connection_;
     const Pictures& pictures_;
     const LinuxAppearance& appearance_;
-    std::optional<bool> darkBehind_; // once looked at
+    QPixmap beside_; // the column of the panel's pixels left of the icon, once looked at
+    bool darkBehind_ = false;
     std::unique_ptr<MenuWidget> menu_;
 };
 
