@@ -94,7 +94,7 @@ void LinuxPanel::createWindow() {
         flags |= Qt::WindowStaysOnTopHint | Qt::X11BypassWindowManagerHint;
     }
     window_ = std::make_unique<Window>(*this, flags);
-    window_->winId();
+    setWindowClass(*window_, "rookbay-panel");
     setCardinals(*window_, "_COMPTON_SHADOW", {0}); // a compositor would draw one around the whole strip
     if ((spec_.collectionBehavior & CanJoinAllSpaces) != 0) {
         setCardinals(*window_, "_NET_WM_DESKTOP", {0xFFFFFFFFU});

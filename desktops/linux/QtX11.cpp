@@ -4,6 +4,8 @@
 
 #include <QGuiApplication>
 
+#include <string>
+
 namespace rb {
 
 xcb_connection_t* qtConnection() {
@@ -38,6 +40,17 @@ void setCardinals(const QWidget& window, std::string_view property, const std::v
     if (xcb_connection_t* x = qtConnection()) {
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()), internAtom(property),
                             XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(values.size()), values.data());
+    }
+}
+
+void setWindowClass(const QWidget& window, std::string_view name) {
+    if (xcb_connection_t* x = qtConnection()) {
+        // Instance and class, each with its end.
+        std::string text(name);
+        text += '\0';
+        text += text;
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()), XCB_ATOM_WM_CLASS,
+                            XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(text.size()), text.data());
     }
 }
 

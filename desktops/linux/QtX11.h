@@ -19,6 +19,10 @@ xcb_atom_t internAtom(std::string_view name);
 // A CARDINAL property of one of our windows, which is created if it wasn't yet.
 void setCardinals(const QWidget& window, std::string_view property, const std::vector<std::uint32_t>& values);
 
+// The window's name among windows (WM_CLASS), for rules of window managers and compositors. Before it is shown; it is
+// created if it wasn't yet.
+void setWindowClass(const QWidget& window, std::string_view name);
+
 // Sends what Qt has asked for so far, before another connection speaks about the same windows.
 void flushQt();
 

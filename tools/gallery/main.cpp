@@ -2,8 +2,12 @@
 
 #include "app/Toasts.h"
 #include "desktops/linux/Desktop.h"
+#include "desktops/linux/Log.h"
+#include "desktops/linux/SingleInstance.h"
 #include "platform/Application.h"
 #include "platform/RunLoop.h"
+
+#include <utility>
 
 namespace {
 
@@ -38,8 +42,15 @@ private:
 
 } // namespace
 
-int main(int argc, char** argv) {
-    rb::LinuxDesktop linuxDesktop(argc, argv);
-    Gallery gallery(linuxDesktop.desktop());
-    return linuxDesktop.desktop().application.run(gallery);
+int main() {
+    rb::LinuxLog log;
+    rb::SingleInstance instance(log); // never claimed: it runs beside the program
+    auto connection = rb::XConnection::open();
+    if (!connection) {
+        log.write("the gallery needs an X server");
+        return 1;
+    }
+    const rb::LinuxDesktop linuxDesktop({}, std::move(connection), instance, log);
+    Gallery gallery(linuxDesktop.services());
+    return linuxDesktop.services().application.run(gallery);
 }
