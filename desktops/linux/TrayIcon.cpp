@@ -113,13 +113,28 @@ void TrayIcon::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
 }
 
+// Qt doesn't follow where the tray moves its own window.
+QPoint TrayIcon::cornerOnScreen() const {
+    xcb_connection_t* x = connection_.get();
+    const auto window = static_cast<xcb_window_t>(internalWinId());
+    const XReply<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
+        x, xcb_translate_coordinates(x, window, connection_.root(), 0, 0), nullptr));
+    connection_.deliverQueuedEvents();
+    if (!place) {
+        return mapToGlobal(QPoint(0, 0));
+    }
+    // Pixels count from the screen's own corner, points too.
+    const QPoint origin = screen()->geometry().topLeft();
+    return origin + (QPoint(place->dst_x, place->dst_y) - origin) / devicePixelRatio();
+}
+
 void TrayIcon::lookBeside() {
     if (!beside_.isNull() && beside_.height() >= height()) {
         return;
     }
     // The panel's colour is nobody's setting, so its pixels tell.
-    const QPoint corner = mapToGlobal(QPoint(-1, 0)) - screen()->geometry().topLeft();
-    beside_ = screen()->grabWindow(0, corner.x(), corner.y(), 1, height());
+    const QPoint corner = cornerOnScreen() - screen()->geometry().topLeft();
+    beside_ = screen()->grabWindow(0, corner.x() - 1, corner.y(), 1, height());
     const QImage column = beside_.toImage();
     darkBehind_ = !column.isNull() && column.pixelColor(0, column.height() / 2).lightnessF() < 0.55F;
 }
@@ -147,7 +162,7 @@ void TrayIcon::mousePressEvent(QMouseEvent* /*event*/) {
         menu_ = std::make_unique<MenuWidget>(item_.menu(), pictures_);
         menu_->setOpener(this);
     }
-    menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
+    menu_->openBeside(QRect(cornerOnScreen(), size()));
 }
 
 } // namespace rb

@@ -35,6 +35,7 @@ private:
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
     void dock(xcb_window_t tray);
     bool traysVisualHasAlpha(xcb_window_t tray) const;
+    QPoint cornerOnScreen() const;
     void lookBeside();
 
     LinuxStatusItem& item_;
