@@ -108,7 +108,7 @@ private:
 // All calls so far, or those of a name; `forgetCalls` starts the record anew and lets go of recorded blocks.
 std::vector<Call> calls();
 std::vector<Call> calls(const std::string& name);
-Call lastCall(const std::string& name); // fails the test and aborts when there is none
+Call lastCall(const std::string& name); // throws, and so fails the test, when there is none
 std::vector<std::string> log();
 void forgetCalls();
 

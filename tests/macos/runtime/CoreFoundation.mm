@@ -64,7 +64,8 @@ extern "C" {
 void NSLog(NSString* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    rb::fake::recordFunction("NSLog", "@\"" + formatted(format, arguments) + "\"");
+    NSString* text = string(formatted(format, arguments));
+    recordFunction("NSLog", {text});
     va_end(arguments);
 }
 NSString* NSStringFromClass(Class cls) {
@@ -72,9 +73,6 @@ NSString* NSStringFromClass(Class cls) {
 }
 NSString* NSStringFromSelector(SEL selector) {
     return string(sel_getName(selector));
-}
-Class NSClassFromString(NSString* name) {
-    return objc_getClass(name.UTF8String);
 }
 SEL NSSelectorFromString(NSString* name) {
     return sel_registerName(name.UTF8String);

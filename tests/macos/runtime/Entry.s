@@ -3,9 +3,14 @@
 # results that C++ left in the frame.
 .text
 
+# The unwind directives let a C++ exception of a hook pass through to the test.
 .macro SAVE
+  .cfi_startproc
   push %rbp
+  .cfi_def_cfa_offset 16
+  .cfi_offset %rbp, -16
   mov %rsp, %rbp
+  .cfi_def_cfa_register %rbp
   sub $240, %rsp
   movaps %xmm0, (%rsp)
   movaps %xmm1, 16(%rsp)
@@ -65,6 +70,7 @@
   jmp *%r11
 1:
   RETURN_RESULTS
+  .cfi_endproc
 .endm
 
 SEND objc_msgSend, 0
@@ -84,6 +90,7 @@ fake_function_entry:
   mov 128(%rsp), %rsi
   call fake_function_called
   RETURN_RESULTS
+  .cfi_endproc
 
 # The Objective-C personality routine: exceptions are C++ exceptions here.
 .globl __objc_personality_v0

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <stdexcept>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -510,11 +511,15 @@ void onReset(std::function<void()> work) {
     recorder().resets.push_back(std::move(work));
 }
 
-void recordFunction(const std::string& name, const std::string& arguments) {
-    auto call = makeCall(name, nil, {});
-    call->arguments = arguments;
-    call->text = name + " " + arguments;
-    recorder().calls.push_back(call);
+void recordFunction(const std::string& name, const std::vector<Recorded>& arguments) {
+    std::vector<Value> values;
+    for (const Recorded& argument : arguments) {
+        Value value{{argument.isObject() ? '@' : 'q', {}, {}, false}, std::vector<unsigned char>(sizeof(long))};
+        const long integer = argument.integer();
+        std::memcpy(value.bytes.data(), &integer, sizeof integer);
+        values.push_back(std::move(value));
+    }
+    recorder().calls.push_back(makeCall(name, nil, std::move(values)));
 }
 
 const std::string& Call::name() const {
@@ -571,10 +576,10 @@ std::vector<Call> calls(const std::string& name) {
 Call lastCall(const std::string& name) {
     const std::vector<Call> found = calls(name);
     if (found.empty()) {
-        std::fprintf(stderr, "%s was never called; these were:\n", name.c_str());
-        for (const std::string& text : log())
-            std::fprintf(stderr, "  %s\n", text.c_str());
-        std::abort();
+        std::string text = name + " was never called; these were:";
+        for (const std::string& line : log())
+            text += "\n    " + line;
+        throw std::logic_error(text);
     }
     return found.back();
 }
@@ -610,16 +615,13 @@ void onCall(const std::string& name, std::function<void(Call&)> hook) {
 
 void press(id control) {
     const SEL action = [control action];
-    if (!action) {
-        std::fprintf(stderr, "the pressed %s has no action\n", describeObject(raw(control)).c_str());
-        std::abort();
-    }
     id target = [control target];
+    const std::string who = describeObject(raw(control));
+    if (!action || !target)
+        throw std::logic_error("the pressed " + who + " has no " + (action ? "target" : "action"));
     const objc::Found method = objc::find(raw(target)->isa, reinterpret_cast<objc::Selector>(action));
-    if (!method.implementation) {
-        std::fprintf(stderr, "%s doesn't implement its action\n", describeObject(raw(target)).c_str());
-        std::abort();
-    }
+    if (!method.implementation)
+        throw std::logic_error(describeObject(raw(target)) + " doesn't implement the action of " + who);
     reinterpret_cast<void (*)(id, SEL, id)>(method.implementation)(target, action, control);
 }
 

@@ -163,7 +163,8 @@ extern "C" {
 dispatch_queue_t dispatch_get_main_queue(void) {
     return namedQueue("main");
 }
-dispatch_queue_t dispatch_get_global_queue(intptr_t quality, uintptr_t) {
+dispatch_queue_t dispatch_get_global_queue(intptr_t quality, uintptr_t flags) {
+    rb::fake::recordFunction("dispatch_get_global_queue", {quality, flags});
     return namedQueue(("global " + std::to_string(quality)).c_str());
 }
 dispatch_queue_t dispatch_queue_create(const char*, dispatch_queue_attr_t) {
@@ -197,7 +198,9 @@ dispatch_time_t dispatch_time(dispatch_time_t when, int64_t nanoseconds) {
 dispatch_time_t dispatch_walltime(const struct timespec*, int64_t nanoseconds) {
     return dispatch_time(DISPATCH_TIME_NOW, nanoseconds);
 }
-dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t handle, uintptr_t, dispatch_queue_t) {
+dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t handle, uintptr_t mask,
+                                         dispatch_queue_t queue) {
+    rb::fake::recordFunction("dispatch_source_create", {type, handle, mask, (id)queue});
     RBFakeDispatchObject* source = [[RBFakeDispatchObject alloc] init];
     source->type_ = type;
     source->handle_ = handle;

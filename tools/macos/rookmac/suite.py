@@ -50,11 +50,8 @@ class SuiteFile(NinjaFile):
                 continue
             self.compiled.add(output)
             language = [*OBJECTIVE_C, "-fobjc-runtime=macosx-13.0"] if path.suffix == ".mm" else []
-            if path.suffix == ".s":
-                flags, compiler = [], "clang-19"
-            else:
-                flags, compiler = [*language, *self.flags(), *extra], "clang++-19"
-            self.build([output], rule, [path], compiler=compiler, flags=quote(flags), arch="for the suite", short=short)
+            flags = quote([*language, *self.flags(), *extra])
+            self.build([output], rule, [path], compiler="clang++-19", flags=flags, arch="for the suite", short=short)
         return outputs
 
     def write(self, path):
@@ -72,7 +69,8 @@ class SuiteFile(NinjaFile):
         self.build([self.out / "fakes.o"], "assemble", [data])
         runtime = sorted(RUNTIME.glob("*.cpp")) + sorted(RUNTIME.glob("*.mm"))
         fakes = [self.out / "fakes.o", *self.compile_all("compile", runtime, FAKE_FLAGS)]
-        fakes += self.compile_all("compile", [RUNTIME / "Entry.s"], [])
+        self.build([self.out / "entry.o"], "assemble", [RUNTIME / "Entry.s"])
+        fakes.append(self.out / "entry.o")
         constants = "-Wl,--defsym=__CFConstantStringClassReference='OBJC_CLASS_$$_RBFakeConstantString'"
         libraries = f"-lgtest -lgtest_main -lBlocksRuntime -lpthread {constants}"
         for name, (recorded, tests) in PROGRAMS.items():
