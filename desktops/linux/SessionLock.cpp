@@ -17,6 +17,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <csignal>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -31,6 +32,11 @@ constexpr const char* lockCommandKey = "LinuxLockCommand";
 constexpr double soon = 5;
 // Services answer when the screen is locked, which takes a moment; one that takes longer than this hangs.
 constexpr int busTimeout = 3000; // milliseconds
+
+// Somebody ended the locker and meant it; another one would only be in the way.
+bool wasStopped(const ChildExit& end) {
+    return !end.exited && (end.code == SIGTERM || end.code == SIGINT || end.code == SIGHUP || end.code == SIGKILL);
+}
 
 std::set<std::string> programsOnPath() {
     std::set<std::string> found;
@@ -174,7 +180,7 @@ void LinuxSessionLock::tryProgram(const std::vector<std::string>& words, const s
         if (end.isSuccess()) {
             return;
         }
-        if (runLoop_.now() - started > soon) {
+        if (runLoop_.now() - started > soon || wasStopped(end)) {
             log_.write(name + " ended with " + end.text());
         } else if (lockersRunning_ > 0) {
             log_.write(name + " ended with " + end.text() + "; an earlier locker still runs");

@@ -64,7 +64,7 @@ TEST_F(SessionLockTest, TheUsersOwnCommandComesFirstAndAlone) {
 
 TEST_F(SessionLockTest, EachFailureIsToldAndTheNextIsTried) {
     locker("i3lock", "exit 1");
-    locker("xsecurelock", "kill -9 $$");
+    locker("xsecurelock", "kill -SEGV $$");
     locker("slock", "exit 0");
     locker("xlock", "exit 0");
     defaults_.command = "/nonexistent/locker";
@@ -72,7 +72,17 @@ TEST_F(SessionLockTest, EachFailureIsToldAndTheNextIsTried) {
     EXPECT_TRUE(until([&] { return calls() == "i3lock -n -c 000000\nxsecurelock \nslock \n"; })) << calls();
     EXPECT_FALSE(until([&] { return calls().find("xlock") != std::string::npos; }, 100));
     EXPECT_THAT(log_.lines(), ElementsAre(HasSubstr("/nonexistent/locker"), HasSubstr("i3lock: exit code 1"),
-                                          HasSubstr("xsecurelock: signal 9")));
+                                          HasSubstr("xsecurelock: signal 11")));
+}
+
+TEST_F(SessionLockTest, ALockerThatSomebodyStopsIsNotReplaced) {
+    locker("mylock", "kill -TERM $$");
+    locker("i3lock", "exit 0");
+    defaults_.command = "mylock";
+    lock_.startScreenSaver();
+    EXPECT_TRUE(until([&] { return !log_.lines().empty(); }));
+    EXPECT_THAT(log_.lines(), ElementsAre("mylock ended with signal 15"));
+    EXPECT_FALSE(until([&] { return calls().find("i3lock") != std::string::npos; }, 100));
 }
 
 TEST_F(SessionLockTest, NothingThatLocksIsToldWithTheRemedy) {
