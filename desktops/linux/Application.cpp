@@ -128,7 +128,8 @@ int LinuxApplication::run(ApplicationDelegate& delegate) {
 
 void LinuxApplication::terminate() {
     tellWillTerminate();
-    QCoreApplication::quit();
+    // Not quit(), which asks every window first and stays when one (an alert) doesn't want to close.
+    QCoreApplication::exit(0);
 }
 
 void LinuxApplication::tellWillTerminate() {

@@ -143,8 +143,9 @@ SingleInstance::Outcome SingleInstance::claimOnBus(const std::vector<std::string
         const QString error = reply.errorName();
         if (error != QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") &&
             error != QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner")) {
-            return fail("Rook Bay 已在运行，但没有回应（" + reply.errorMessage().toStdString() +
-                        "）。请结束它后再启动。");
+            const bool silent = error == QLatin1String("org.freedesktop.DBus.Error.NoReply");
+            return fail("Rook Bay 已在运行，但" + (silent ? "没有回应" : "拒绝了请求：" + error.toStdString()) +
+                        "。请结束它后再启动。");
         }
     }
     return fail("Rook Bay 已在运行，但无法联系到它。");
