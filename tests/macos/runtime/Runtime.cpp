@@ -358,11 +358,18 @@ Object* objc_retainAutorelease(Object* object) {
 Object* objc_retainAutoreleaseReturnValue(Object* object) {
     return objc_retainAutorelease(object);
 }
+// As the system's runtime does: a result that was autoreleased just now is handed over, so it doesn't live longer
+// than its new owner wants.
 Object* objc_retainAutoreleasedReturnValue(Object* object) {
-    return rb::objc::retain(object);
+    auto& pools = rb::objc::state->pools;
+    if (!object || pools.empty() || pools.back().empty() || pools.back().back() != object) {
+        return rb::objc::retain(object);
+    }
+    pools.back().pop_back();
+    return object;
 }
 Object* objc_claimAutoreleasedReturnValue(Object* object) {
-    return rb::objc::retain(object);
+    return objc_retainAutoreleasedReturnValue(object);
 }
 Object* objc_unsafeClaimAutoreleasedReturnValue(Object* object) {
     return object;
