@@ -55,7 +55,10 @@ std::string dataFolder() {
 }
 
 std::string runtimeFolder() {
-    return absoluteFolder("XDG_RUNTIME_DIR");
+    const std::string folder = absoluteFolder("XDG_RUNTIME_DIR");
+    struct stat status {};
+    // Some ways into another account leave the variable pointing to a folder that isn't there.
+    return !folder.empty() && stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) ? folder : "";
 }
 
 std::error_code makePrivateFolder(const std::string& path) {

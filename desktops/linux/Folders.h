@@ -9,7 +9,7 @@ namespace rb {
 // not exist yet.
 std::string configFolder(); // $XDG_CONFIG_HOME/rook-bay
 std::string dataFolder();   // $XDG_DATA_HOME/rook-bay
-// $XDG_RUNTIME_DIR, or empty where the session has none.
+// $XDG_RUNTIME_DIR, or empty where the session has no such folder.
 std::string runtimeFolder();
 
 // Makes the folder and what is missing above it, for the user alone. An existing folder is left as it is.

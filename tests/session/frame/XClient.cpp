@@ -269,10 +269,14 @@ void XClient::requestClose(xcb_window_t window) const {
     sync();
 }
 
-bool XClient::grabKey(std::uint32_t keysym, std::uint16_t modifiers) const {
-    const auto cookie = xcb_grab_key_checked(connection_, 0, root(), modifiers, existingKeycode(keysym),
-                                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+bool XClient::grabKeycode(std::uint8_t keycode, std::uint16_t modifiers) const {
+    const auto cookie =
+        xcb_grab_key_checked(connection_, 0, root(), modifiers, keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     return !ownReply(xcb_request_check(connection_, cookie));
+}
+
+bool XClient::grabKey(std::uint32_t keysym, std::uint16_t modifiers) const {
+    return grabKeycode(existingKeycode(keysym), modifiers);
 }
 
 void XClient::ungrabKey(std::uint32_t keysym, std::uint16_t modifiers) const {
@@ -280,15 +284,19 @@ void XClient::ungrabKey(std::uint32_t keysym, std::uint16_t modifiers) const {
     sync();
 }
 
-bool XClient::isKeyHeld(std::uint32_t keysym, std::uint16_t modifiers) const {
+bool XClient::isKeycodeHeld(std::uint8_t keycode, std::uint16_t modifiers) const {
     xcb_grab_server(connection_);
-    const bool free = grabKey(keysym, modifiers);
+    const bool free = grabKeycode(keycode, modifiers);
     if (free) {
-        xcb_ungrab_key(connection_, existingKeycode(keysym), root(), modifiers);
+        xcb_ungrab_key(connection_, keycode, root(), modifiers);
     }
     xcb_ungrab_server(connection_);
     sync();
     return !free;
+}
+
+bool XClient::isKeyHeld(std::uint32_t keysym, std::uint16_t modifiers) const {
+    return isKeycodeHeld(existingKeycode(keysym), modifiers);
 }
 
 } // namespace rb

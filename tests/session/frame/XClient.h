@@ -88,9 +88,11 @@ public:
     // Whether someone else holds it. The server is grabbed meanwhile, so that asking never takes the key away from a
     // program that is just about to grab it.
     bool isKeyHeld(std::uint32_t keysym, std::uint16_t modifiers = 0) const;
+    bool isKeycodeHeld(std::uint8_t keycode, std::uint16_t modifiers = 0) const;
     std::uint8_t keycode(std::uint32_t keysym) const; // 0 when no key has it
 
 private:
+    bool grabKeycode(std::uint8_t keycode, std::uint16_t modifiers) const;
     std::uint8_t existingKeycode(std::uint32_t keysym) const;
     void collect(xcb_window_t window, std::vector<WindowFacts>& found) const;
     void fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) const;

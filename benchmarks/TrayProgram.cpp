@@ -1,5 +1,4 @@
-// Somebody's program with an icon in the tray: the neighbour in tests, and the plainest Qt program of its kind as the
-// yardstick of the benchmarks.
+// The plainest Qt program with an icon in the tray, as the yardstick.
 
 #include <QApplication>
 #include <QMenu>
