@@ -38,7 +38,7 @@ NSFontWeight nsFontWeight(FontWeight weight);
 // Nil for no image and for a symbol that the system doesn't know.
 NSImage* nsImage(const Image& image);
 
-// The caller releases it (CGPathRelease).
+// The caller releases it (CGPathRelease). Null when the system has no memory for one.
 CGPathRef createPath(const Path& path);
 
 } // namespace rb

@@ -113,6 +113,9 @@ NSImage* nsImage(const Image& image) {
 
 CGPathRef createPath(const Path& path) {
     CGMutablePathRef native = CGPathCreateMutable();
+    if (native == nullptr) {
+        return nullptr;
+    }
     for (const Path::Segment& segment : path.segments()) {
         switch (segment.verb) {
         case Path::Verb::Move:
