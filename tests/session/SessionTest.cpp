@@ -48,7 +48,7 @@ xcb_window_t SessionTest::startFocusedTerminal() {
         }
         const WindowFacts& facts = found.back();
         x().click(facts.x + facts.width / 2, facts.y + facts.height / 2);
-        return x().focus() == facts.window;
+        return x().hasFocus(facts.window);
     }));
     return x().focus();
 }
@@ -66,12 +66,11 @@ int SessionTest::lockings() const {
 }
 
 xcb_window_t SessionTest::openMenu() {
-    const auto bars = x().viewableOfClass(menuBarClass);
-    if (bars.empty()) {
+    if (!waitUntil([this] { return !x().viewableOfClass(menuBarClass).empty(); })) {
         return 0;
     }
     // The item is the rightmost thing in the bar.
-    const WindowFacts& bar = bars.front();
+    const WindowFacts bar = x().viewableOfClass(menuBarClass).front();
     x().click(bar.x + bar.width - 18, bar.y + bar.height / 2);
     if (!waitUntil([&] { return !x().viewableOfClass(menuClass).empty(); })) {
         return 0;

@@ -170,6 +170,17 @@ xcb_window_t XClient::focus() const {
     return reply ? reply->focus : 0;
 }
 
+bool XClient::hasFocus(xcb_window_t window) const {
+    for (xcb_window_t inner = focus(); inner > 1 && inner != root();) { // 0 and 1 stand for nobody and the root
+        if (inner == window) {
+            return true;
+        }
+        const auto tree = ownReply(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, inner), nullptr));
+        inner = tree ? tree->parent : 0;
+    }
+    return false;
+}
+
 std::uint16_t XClient::modifierState() const {
     const auto reply = ownReply(xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root()), nullptr));
     return reply ? reply->mask : 0;

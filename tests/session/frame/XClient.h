@@ -63,6 +63,8 @@ public:
     std::string text(xcb_window_t window, const std::string& property) const;
     xcb_window_t selectionOwner(const std::string& selection) const;
     xcb_window_t focus() const;
+    // Whether the keyboard belongs to the window or to one inside it.
+    bool hasFocus(xcb_window_t window) const;
     // Pressed modifiers and buttons as the server sees them.
     std::uint16_t modifierState() const;
     // The child of the root window that takes the pointer's events where it is now; 0 for the root itself.
