@@ -101,8 +101,8 @@ QSizeF BoxWidget::contentSize(double availableWidth) const {
 }
 
 void BoxWidget::layOut() {
-    const QRectF inner = QRectF(rect()).adjusted(box_.insets.left, box_.insets.top, -box_.insets.right,
-                                                 -box_.insets.bottom);
+    const QRectF inner =
+        QRectF(rect()).adjusted(box_.insets.left, box_.insets.top, -box_.insets.right, -box_.insets.bottom);
     if (child_) {
         QRectF place = inner;
         if (box_.placement == BoxContentPlacement::Center) {

@@ -50,7 +50,8 @@ GtkSettings GtkSettings::parse(const QString& settingsIni) {
         const QString key = line.left(equals).trimmed();
         const QString value = line.mid(equals + 1).trimmed();
         if (key == QStringLiteral("gtk-application-prefer-dark-theme")) {
-            const bool dark = value == QStringLiteral("1") || value.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0;
+            const bool dark =
+                value == QStringLiteral("1") || value.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0;
             settings.prefersDark = settings.prefersDark.value_or(false) || dark;
         } else if (key == QStringLiteral("gtk-theme-name")) {
             settings.prefersDark = settings.prefersDark.value_or(false) || isDarkThemeName(value);

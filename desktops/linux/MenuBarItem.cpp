@@ -16,7 +16,7 @@ namespace rb {
 namespace {
 
 constexpr double symbolSize = 17.6; // 22 points wide
-constexpr int side = 7; // left and right of the picture
+constexpr int side = 7;             // left and right of the picture
 constexpr double highlightRadius = 5;
 
 } // namespace
@@ -89,9 +89,8 @@ void MenuBarItem::openMenu() {
     if (!menu_) {
         menu_ = std::make_unique<MenuWidget>(item_.menu(), pictures_);
         menu_->setOpener(this);
-        connect(menu_.get(), &QMenu::aboutToHide, this, [this] {
-            QMetaObject::invokeMethod(this, qOverload<>(&QWidget::update), Qt::QueuedConnection);
-        });
+        connect(menu_.get(), &QMenu::aboutToHide, this,
+                [this] { QMetaObject::invokeMethod(this, qOverload<>(&QWidget::update), Qt::QueuedConnection); });
     }
     menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
     update();

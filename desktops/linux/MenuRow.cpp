@@ -89,7 +89,8 @@ QSize MenuRow::sizeOf(const MenuItem& item, const QFont& font) const {
     } else if (!key.isEmpty()) {
         trailing = keyGap + metrics.horizontalAdvance(key);
     }
-    const int contents = std::max(item.subtitle.empty() ? 0 : height, pictureOf(item, action_.menuWidget().pictures()).height());
+    const int contents =
+        std::max(item.subtitle.empty() ? 0 : height, pictureOf(item, action_.menuWidget().pictures()).height());
     return {textLeft(item) + width + trailing + side, std::max(rowHeight, contents + 2 * breath)};
 }
 

@@ -9,8 +9,8 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QScreen>
 
 #include <algorithm>
@@ -155,8 +155,9 @@ MenuWidget* MenuWidget::beneath(const QMouseEvent& event) const {
 namespace {
 
 QMouseEvent seenFrom(const QWidget& widget, const QMouseEvent& event) {
-    return {event.type(),   widget.mapFromGlobal(event.globalPosition()), event.globalPosition(), event.button(),
-            event.buttons(), event.modifiers()};
+    return {event.type(),           widget.mapFromGlobal(event.globalPosition()),
+            event.globalPosition(), event.button(),
+            event.buttons(),        event.modifiers()};
 }
 
 } // namespace

@@ -74,7 +74,7 @@ private:
     std::vector<MenuAction*> rows_;
     Columns columns_;
     std::uint32_t heldModifiers_ = NoModifiers;
-    bool prepared_ = false; // ahead of opening
+    bool prepared_ = false;       // ahead of opening
     std::optional<QPoint> place_; // where to open instead of where Qt would
 };
 

@@ -88,10 +88,9 @@ NotifierItem::NotifierItem(LinuxStatusItem& item, unsigned number, const Picture
 NotifierItem::~NotifierItem() {
     export_.reset();
     bus_.unregisterObject(itemPath);
-    QDBusMessage release = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                          QStringLiteral("/org/freedesktop/DBus"),
-                                                          QStringLiteral("org.freedesktop.DBus"),
-                                                          QStringLiteral("ReleaseName"));
+    QDBusMessage release =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ReleaseName"));
     release << name_;
     bus_.send(release);
     if (number_ != 1) {
@@ -102,10 +101,9 @@ NotifierItem::~NotifierItem() {
 void NotifierItem::registerWithWatcher() {
     // Both in one go: the bus answers in order, so nothing needs to be waited for.
     constexpr uint doNotQueue = 4;
-    QDBusMessage own = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                      QStringLiteral("/org/freedesktop/DBus"),
-                                                      QStringLiteral("org.freedesktop.DBus"),
-                                                      QStringLiteral("RequestName"));
+    QDBusMessage own =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
     own << name_ << doNotQueue;
     bus_.send(own);
     QDBusMessage call = QDBusMessage::createMethodCall(watcherService, QStringLiteral("/StatusNotifierWatcher"),
@@ -167,7 +165,8 @@ QVariant NotifierItem::property(const QString& name) const {
     }
     if (name == QLatin1String("ToolTip")) {
         // Hosts read markup in it.
-        return QVariant::fromValue(NotifierToolTip{{}, {}, QString::fromStdString(item_.toolTip()).toHtmlEscaped(), {}});
+        return QVariant::fromValue(
+            NotifierToolTip{{}, {}, QString::fromStdString(item_.toolTip()).toHtmlEscaped(), {}});
     }
     if (name == QLatin1String("ItemIsMenu")) {
         return true;

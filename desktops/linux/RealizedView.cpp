@@ -1,8 +1,8 @@
+#include "desktops/linux/RealizedView.h"
 #include "desktops/linux/BoxWidget.h"
 #include "desktops/linux/ButtonWidget.h"
 #include "desktops/linux/ImageWidget.h"
 #include "desktops/linux/LabelWidget.h"
-#include "desktops/linux/RealizedView.h"
 #include "desktops/linux/StackWidget.h"
 #include "desktops/linux/ToolTip.h"
 

@@ -18,7 +18,7 @@ namespace rb {
 
 namespace {
 
-constexpr int usualSize = 22; // until the tray gives another
+constexpr int usualSize = 22;       // until the tray gives another
 constexpr double symbolShare = 0.8; // of the square; symbols' squares are larger than their point size
 constexpr std::uint32_t requestDock = 0;
 
@@ -117,8 +117,8 @@ void TrayIcon::showEvent(QShowEvent* event) {
 QPoint TrayIcon::cornerOnScreen() const {
     xcb_connection_t* x = connection_.get();
     const auto window = static_cast<xcb_window_t>(internalWinId());
-    const XReply<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
-        x, xcb_translate_coordinates(x, window, connection_.root(), 0, 0), nullptr));
+    const XReply<xcb_translate_coordinates_reply_t> place(
+        xcb_translate_coordinates_reply(x, xcb_translate_coordinates(x, window, connection_.root(), 0, 0), nullptr));
     connection_.deliverQueuedEvents();
     if (!place) {
         return mapToGlobal(QPoint(0, 0));

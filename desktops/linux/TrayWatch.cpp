@@ -80,16 +80,15 @@ void TrayWatch::watchNotifiers() {
     hostRegistered_ = std::make_unique<BusSignal>(
         BusSignal::Source{watcherService, watcherPath, watcherService, QStringLiteral("StatusNotifierHostRegistered")},
         ask);
-    hostUnregistered_ = std::make_unique<BusSignal>(
-        BusSignal::Source{watcherService, watcherPath, watcherService, QStringLiteral("StatusNotifierHostUnregistered")},
-        ask);
+    hostUnregistered_ = std::make_unique<BusSignal>(BusSignal::Source{watcherService, watcherPath, watcherService,
+                                                                      QStringLiteral("StatusNotifierHostUnregistered")},
+                                                    ask);
     askForHost();
 }
 
 void TrayWatch::askForHost() {
-    QDBusMessage question =
-        QDBusMessage::createMethodCall(watcherService, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                       QStringLiteral("Get"));
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        watcherService, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
     // Only a watcher that already runs counts; asking must not start one.
     question.setAutoStartService(false);

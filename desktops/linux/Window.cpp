@@ -12,8 +12,8 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QPainter>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QPointer>
 #include <QScreen>
 
@@ -35,8 +35,8 @@ void visit(RealizedView* view, const std::function<void(RealizedView&)>& visitor
 
 Qt::WindowFlags flagsOf(const WindowSpec& spec) {
     // A window of fixed size is a dialog: tiling window managers let it float, others leave out the zoom button.
-    Qt::WindowFlags flags = (spec.resizable ? Qt::Window : Qt::Dialog) | Qt::CustomizeWindowHint |
-                            Qt::WindowTitleHint | Qt::WindowSystemMenuHint;
+    Qt::WindowFlags flags = (spec.resizable ? Qt::Window : Qt::Dialog) | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                            Qt::WindowSystemMenuHint;
     flags.setFlag(Qt::WindowCloseButtonHint, spec.closable);
     flags.setFlag(Qt::WindowMinimizeButtonHint, spec.miniaturizable);
     flags.setFlag(Qt::WindowMaximizeButtonHint, spec.resizable);

@@ -11,8 +11,7 @@
 
 namespace rb {
 
-LinuxWindows::LinuxWindows(XConnection& connection, LayerTicker& ticker, Symbols& symbols,
-                           LinuxAppearance& appearance)
+LinuxWindows::LinuxWindows(XConnection& connection, LayerTicker& ticker, Symbols& symbols, LinuxAppearance& appearance)
     : connection_(connection)
     , ticker_(ticker)
     , pictures_(symbols)

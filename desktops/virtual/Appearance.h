@@ -1,7 +1,7 @@
 #pragma once
 
-#include "desktops/virtual/Observers.h"
 #include "platform/Appearance.h"
+#include "platform/Observers.h"
 
 namespace rb {
 

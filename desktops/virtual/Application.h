@@ -1,8 +1,8 @@
 #pragma once
 
 #include "desktops/virtual/Journal.h"
-#include "desktops/virtual/Observers.h"
 #include "platform/Application.h"
+#include "platform/Observers.h"
 
 #include <functional>
 #include <map>

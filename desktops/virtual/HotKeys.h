@@ -1,8 +1,8 @@
 #pragma once
 
 #include "desktops/virtual/Journal.h"
-#include "desktops/virtual/Observers.h"
 #include "platform/HotKeys.h"
+#include "platform/Observers.h"
 
 #include <map>
 #include <memory>

@@ -1,5 +1,5 @@
+#include <QApplication>
 #include <QFontInfo>
-#include <QGuiApplication>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -7,9 +7,9 @@
 // Pictures need fonts but no screen, and the same font everywhere.
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
+    QApplication application(argc, argv);
     const QString family = QStringLiteral("WenQuanYi Micro Hei");
-    QGuiApplication::setFont(QFont(family));
+    QApplication::setFont(QFont(family));
     if (!QFontInfo(QFont(family)).family().startsWith(family)) {
         std::fprintf(stderr, "the font %s (fonts-wqy-microhei) is missing\n", qPrintable(family));
         return 1;
