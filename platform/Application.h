@@ -15,6 +15,8 @@ public:
     virtual void applicationDidFinishLaunching() = 0;
     // The user opened the program again while it runs. True lets the system do its usual thing too.
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
+    // The user asked to open these files with the program; absolute paths.
+    virtual void applicationOpenFiles(const std::vector<std::string>& paths) = 0;
     // Last call before the process ends in order, also on a termination signal.
     virtual void applicationWillTerminate() = 0;
     virtual bool acceptsPreviewPanelControl() = 0;

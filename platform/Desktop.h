@@ -5,15 +5,21 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class EventMonitors;
+class Files;
 class HotKeys;
+class LayerRenderer;
 class Log;
 class Panels;
 class Pointer;
+class RandomSource;
 class RunLoop;
 class Screens;
 class SessionLock;
+class Sounds;
 class StatusBar;
 class TextMeter;
+class Thumbnails;
 class Updates;
 class UserDefaults;
 class Windows;
@@ -34,6 +40,12 @@ struct Desktop {
     Appearance& appearance;
     TextMeter& textMeter;
     Updates& updates;
+    EventMonitors& eventMonitors;
+    Files& files;
+    LayerRenderer& layerRenderer;
+    RandomSource& random;
+    Sounds& sounds;
+    Thumbnails& thumbnails;
     Log& log;
 };
 

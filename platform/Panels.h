@@ -17,7 +17,12 @@ enum CollectionBehavior : std::uint32_t {
 };
 
 // Stacking among the system's windows, in the system's values: larger is higher.
+inline constexpr int FloatingWindowLevel = 3;
+inline constexpr int FlightWindowLevel = 4; // one above the line
 inline constexpr int StatusWindowLevel = 25;
+
+// Shown in all spaces, left alone by window cycling and by the overview of windows, also beside full-screen programs.
+inline constexpr std::uint32_t EverywhereBehavior = CanJoinAllSpaces | Stationary | IgnoresCycle | FullScreenAuxiliary;
 
 // A borderless, transparent panel that never takes the focus.
 struct PanelSpec {
@@ -39,6 +44,8 @@ public:
     virtual void orderFrontRegardless() = 0;
     virtual void orderOut() = 0;
     virtual bool isVisible() const = 0;
+    // Clicks go through to what lies beneath.
+    virtual void setIgnoresMouseEvents(bool ignores) = 0;
     // The content: its layer fills the panel (bounds at the origin, size of the frame) and may be given a look
     // and sublayers. Coordinates from the panel's bottom left.
     virtual const std::shared_ptr<Layer>& rootLayer() = 0;

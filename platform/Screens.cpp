@@ -11,4 +11,13 @@ std::optional<Screen> RBScreenAt(const Screens& screens, Point point) {
     return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
+Rect RBMenuBarBand(const Screen& screen, double statusBarThickness) {
+    const double top = screen.frame.maxY();
+    double height = top - screen.visibleFrame.maxY();
+    if (height < 1) {
+        height = std::max(screen.safeAreaTop, statusBarThickness);
+    }
+    return {screen.frame.x, top - height, screen.frame.width, height};
+}
+
 } // namespace rb

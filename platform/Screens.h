@@ -29,11 +29,17 @@ public:
     virtual std::vector<Screen> all() const = 0;
     // The screen with the keyboard focus, else the first; nothing without screens.
     virtual std::optional<Screen> main() const = 0;
+    // A program fills that screen by itself, without a menu bar; false where the system doesn't tell.
+    virtual bool showsFullScreenSpace(std::uint32_t id) const = 0;
     // Screens came, went, moved or changed their visible frame; the list is already current.
     virtual Handle onChange(std::function<void()> changed) = 0;
 };
 
 // The screen whose frame contains a pointer location, or nothing.
 std::optional<Screen> RBScreenAt(const Screens& screens, Point point);
+
+// The band of the menu bar along a screen's top, in screen coordinates. Where the bar is hidden it is as high as a
+// bar would be.
+Rect RBMenuBarBand(const Screen& screen, double statusBarThickness);
 
 } // namespace rb

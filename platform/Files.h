@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+namespace rb {
+
+// What the system knows of a file at a path. Links are followed; all false for a path that leads nowhere.
+struct FileFacts {
+    bool exists = false;
+    bool isDirectory = false;
+    bool isPackage = false; // a directory that the system shows as one file
+    bool isImage = false;   // its content type is a picture
+};
+
+// Files by absolute path, UTF-8. Main thread only.
+class Files {
+public:
+    virtual ~Files() = default;
+    virtual FileFacts facts(const std::string& path) const = 0;
+    virtual std::string homeDirectory() const = 0;
+};
+
+// The path with a leading tilde expanded and ".", ".." and doubled slashes resolved by name; links are not followed.
+// Empty for an empty path.
+std::string standardizedPath(const std::string& path, const std::string& homeDirectory);
+// What stands after the last slash.
+std::string lastPathComponent(const std::string& path);
+
+} // namespace rb

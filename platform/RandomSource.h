@@ -1,0 +1,16 @@
+#pragma once
+
+namespace rb {
+
+// Chance. Main thread only.
+class RandomSource {
+public:
+    virtual ~RandomSource() = default;
+    // Uniform among the 10,001 whole numbers 0…10000.
+    virtual int upTo10000() = 0;
+
+    // Uniform among 10,001 values from low to high.
+    double between(double low, double high) { return low + (high - low) * upTo10000() / 10000.0; }
+};
+
+} // namespace rb

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "motion/Image.h"
+#include "platform/Handle.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace rb {
+
+// Pictures of files. Main thread only.
+class Thumbnails {
+public:
+    virtual ~Thumbnails() = default;
+
+    // A picture file decoded with its orientation applied, at most `maxPixelSize` on its longer side. Null when it
+    // can't be opened or read.
+    virtual std::shared_ptr<const Bitmap> imageThumb(const std::string& path, int maxPixelSize) = 0;
+    // The icon that the system shows for the file; also for a path that leads nowhere.
+    virtual Image iconForFile(const std::string& path) = 0;
+    // A rendering of a document's first page within `size` points at `scale` pixels per point. Asked of the system in
+    // the background; the answer comes on the main thread, and only when a real rendering was made.
+    virtual Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
+                                            std::function<void(std::shared_ptr<const Bitmap>)> answer) = 0;
+};
+
+} // namespace rb
