@@ -29,6 +29,12 @@ VirtualDesktop::VirtualDesktop()
                  .appearance = appearance_,
                  .textMeter = textMeter_,
                  .updates = updates_,
+                 .eventMonitors = eventMonitors_,
+                 .files = files_,
+                 .layerRenderer = layerRenderer_,
+                 .random = random_,
+                 .sounds = sounds_,
+                 .thumbnails = thumbnails_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

@@ -3,18 +3,24 @@
 #include "desktops/virtual/Alerts.h"
 #include "desktops/virtual/Appearance.h"
 #include "desktops/virtual/Application.h"
+#include "desktops/virtual/EventMonitors.h"
+#include "desktops/virtual/Files.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
 #include "desktops/virtual/Keyboard.h"
+#include "desktops/virtual/LayerRenderer.h"
 #include "desktops/virtual/Layers.h"
 #include "desktops/virtual/Log.h"
 #include "desktops/virtual/Panels.h"
 #include "desktops/virtual/Pointer.h"
+#include "desktops/virtual/RandomSource.h"
 #include "desktops/virtual/RunLoop.h"
 #include "desktops/virtual/Screens.h"
 #include "desktops/virtual/SessionLock.h"
+#include "desktops/virtual/Sounds.h"
 #include "desktops/virtual/StatusBar.h"
 #include "desktops/virtual/TextMeter.h"
+#include "desktops/virtual/Thumbnails.h"
 #include "desktops/virtual/Updates.h"
 #include "desktops/virtual/UserDefaults.h"
 #include "desktops/virtual/Windows.h"
@@ -52,6 +58,12 @@ public:
     VirtualAppearance& appearance() { return appearance_; }
     VirtualTextMeter& textMeter() { return textMeter_; }
     VirtualUpdates& updates() { return updates_; }
+    VirtualEventMonitors& eventMonitors() { return eventMonitors_; }
+    VirtualFiles& files() { return files_; }
+    VirtualLayerRenderer& layerRenderer() { return layerRenderer_; }
+    VirtualRandomSource& random() { return random_; }
+    VirtualSounds& sounds() { return sounds_; }
+    VirtualThumbnails& thumbnails() { return thumbnails_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -79,6 +91,12 @@ private:
     VirtualAppearance appearance_;
     VirtualTextMeter textMeter_;
     VirtualUpdates updates_{runLoop_, journal_};
+    VirtualEventMonitors eventMonitors_;
+    VirtualFiles files_;
+    VirtualLayerRenderer layerRenderer_;
+    VirtualRandomSource random_;
+    VirtualSounds sounds_;
+    VirtualThumbnails thumbnails_{files_};
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
     VirtualWindows windows_;

@@ -45,6 +45,11 @@ bool VirtualPanel::isVisible() const {
     return std::find(panels_.ordered_.begin(), panels_.ordered_.end(), this) != panels_.ordered_.end();
 }
 
+void VirtualPanel::setIgnoresMouseEvents(bool ignores) {
+    panels_.loop_.requireMainThread("Panel::setIgnoresMouseEvents");
+    spec_.ignoresMouseEvents = ignores;
+}
+
 double VirtualPanel::backingScaleFactor() const {
     const auto screen = RBScreenAt(panels_.screens_, {spec_.frame.midX(), spec_.frame.midY()});
     return screen ? screen->backingScaleFactor : 1;

@@ -22,10 +22,11 @@ public:
     void orderFrontRegardless() override;
     void orderOut() override;
     bool isVisible() const override;
+    void setIgnoresMouseEvents(bool ignores) override;
     const std::shared_ptr<Layer>& rootLayer() override { return root_; }
     double backingScaleFactor() const override;
 
-    // With the present frame.
+    // With the present frame and flags.
     const PanelSpec& spec() const { return spec_; }
 
 private:

@@ -9,16 +9,19 @@ namespace rb {
 class VirtualPointer final : public Pointer {
 public:
     Point location() const override { return location_; }
+    unsigned pressedButtons() const override { return pressedButtons_; }
 
     // Screen coordinates. What lies under the pointer notices at once.
     void moveTo(Point location) {
         location_ = location;
         moved_.notify();
     }
+    void setPressedButtons(unsigned buttons) { pressedButtons_ = buttons; }
     Handle onMove(std::function<void()> moved) { return moved_.add(std::move(moved)); }
 
 private:
     Point location_{720, 450};
+    unsigned pressedButtons_ = 0;
     Observers<> moved_;
 };
 

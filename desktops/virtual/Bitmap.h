@@ -1,0 +1,25 @@
+#pragma once
+
+#include "motion/Image.h"
+
+#include <string>
+#include <utility>
+
+namespace rb {
+
+// A picture without pixels: what it shows and how large it is.
+class VirtualBitmap final : public Bitmap {
+public:
+    VirtualBitmap(std::string content, Size pixelSize)
+        : content_(std::move(content))
+        , pixelSize_(pixelSize) {}
+
+    Size pixelSize() const override { return pixelSize_; }
+    const std::string& content() const { return content_; }
+
+private:
+    std::string content_;
+    Size pixelSize_;
+};
+
+} // namespace rb

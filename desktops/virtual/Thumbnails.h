@@ -1,0 +1,41 @@
+#pragma once
+
+#include "desktops/virtual/Bitmap.h"
+#include "platform/Thumbnails.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace rb {
+
+class VirtualFiles;
+
+// Pictures of the files in memory. Renderings of documents arrive when the test lets them.
+class VirtualThumbnails final : public Thumbnails {
+public:
+    explicit VirtualThumbnails(const VirtualFiles& files)
+        : files_(files) {}
+
+    std::shared_ptr<const Bitmap> imageThumb(const std::string& path, int maxPixelSize) override;
+    Image iconForFile(const std::string& path) override;
+    Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
+                                    std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
+
+    // Paths of the renderings asked for and neither answered nor dropped.
+    std::vector<std::string> pending() const;
+    void answer(const std::string& path);
+
+private:
+    struct Request {
+        std::string path;
+        std::function<void(std::shared_ptr<const Bitmap>)> answer;
+    };
+    using Requests = std::map<unsigned long, Request>; // by number, so a spent handle finds nothing
+
+    const VirtualFiles& files_;
+    std::shared_ptr<Requests> requests_ = std::make_shared<Requests>();
+    unsigned long next_ = 0;
+};
+
+} // namespace rb
