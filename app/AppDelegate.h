@@ -30,6 +30,8 @@ public:
     void applicationDidFinishLaunching() override;
     // Opens the Screens and connections window.
     bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
+    // Files opened with the program hang on the line.
+    void applicationOpenFiles(const std::vector<std::string>& paths) override { clothesline_->hangFiles(paths); }
     void applicationWillTerminate() override;
     // The preview panel is driven by the clothesline.
     bool acceptsPreviewPanelControl() override { return true; }

@@ -8,4 +8,12 @@ inline constexpr const char* HotKeyCode = "HotKeyCode";           // integer, vi
 inline constexpr const char* HotKeyModifiers = "HotKeyModifiers"; // integer, or of HotKeyModifiers
 inline constexpr const char* HotKeyDisplay = "HotKeyDisplay";     // text shown to the user
 
+// The clothesline.
+inline constexpr const char* ClotheslinePaths = "ClotheslinePaths"; // array of paths, oldest first
+inline constexpr const char* FileShelfPaths = "FileShelfPaths";     // older name of ClotheslinePaths
+inline constexpr const char* ClotheslineScreenshots = "ClotheslineScreenshots";
+inline constexpr const char* ClotheslineHoverReveal = "ClotheslineHoverReveal";
+inline constexpr const char* ClotheslineDragReveal = "ClotheslineDragReveal";
+inline constexpr const char* ClotheslineSound = "ClotheslineSound";
+
 } // namespace rb::DefaultsKey

@@ -1,26 +1,91 @@
 #pragma once
 
+#include "clothesline/CardFall.h"
+#include "clothesline/CardMotion.h"
+#include "clothesline/LineItems.h"
+#include "clothesline/LinePanel.h"
+#include "clothesline/LineTick.h"
+#include "clothesline/PegItem.h"
 #include "platform/Desktop.h"
 #include "platform/Menu.h"
 #include "platform/PreviewPanel.h"
 
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace rb {
 
-// Placeholder of the clothesline, with the small surface that the spine uses.
+// The clothesline: files and folders hang as cards on a rope under the menu bar. One face for its parts, which keep
+// their own state: the items, the panel, the motion, the fall, the watch over the pointer. Main thread only.
 class RBClothesline {
 public:
-    explicit RBClothesline(const Desktop& /*desktop*/) {}
+    explicit RBClothesline(const Desktop& desktop);
+    RBClothesline(const RBClothesline&) = delete;
+    RBClothesline& operator=(const RBClothesline&) = delete;
+    ~RBClothesline();
 
-    void start() {}
+    void start();
     const std::shared_ptr<Menu>& menu() const { return menu_; }
     void restoreScreenshotSettings() {}
     void beginPreviewPanelControl(PreviewPanel& /*panel*/) {}
     void endPreviewPanelControl(PreviewPanel& /*panel*/) {}
 
+    // Every test of a setting of the clothesline.
+    bool setting(const std::string& key) const;
+    // A sound, if sounds are on.
+    void play(const std::string& name, double volume) const;
+
+    // Items, oldest first.
+    const std::vector<RBPegItemRef>& items() const { return items_.all(); }
+    RBPegItemRef itemForPath(const std::string& path) const { return items_.itemForPath(path); }
+    std::size_t capacity() const;
+    RBPegItemRef hangURL(const std::string& path, LineItems::HangOptions options) { return items_.hang(path, options); }
+    // Hangs files one after another on the line, which comes down to show them.
+    void hangFiles(const std::vector<std::string>& paths);
+    void removeItem(const RBPegItemRef& item, LineItems::RemoveOptions options) { items_.remove(item, options); }
+    void takeDown(const RBPegItemRef& item) { items_.takeDown(item); }
+    void takeDownItems(const std::vector<RBPegItemRef>& items) { items_.takeDownAll(items); }
+    void prune() { items_.prune(); }
+
+    // The line itself.
+    bool revealed() const { return panel_.revealed(); }
+    void setRevealed(bool revealed);
+    void placeOnScreen(const std::optional<Screen>& screen) { panel_.placeOnScreen(screen); }
+    bool pinned() const { return tick_.pinned; }
+    void setPinned(bool pinned) { tick_.pinned = pinned; }
+    void setPeekUntil(double time) { tick_.peekUntil = time; }
+    bool dragActive() const { return false; }
+    bool draggingOut() const { return false; }
+    bool menuShowing() const { return false; }
+    bool quickLookVisible() const { return false; }
+    Rect panelFrame() const { return panel_.frame(); }
+    std::optional<Screen> panelScreen() const { return panel_.screen(); }
+    double width() const { return panel_.width(); }
+    double scale() const { return panel_.scale(); }
+    bool isVisible() const { return panel_.isVisible(); }
+    void setIgnoresMouseEvents(bool ignores) { panel_.setIgnoresMouseEvents(ignores); }
+    void updateHint();
+
+    // Motion and look.
+    void hangLayer(const std::shared_ptr<Layer>& swing) { panel_.slide()->addSublayer(swing); }
+    void layout(CardMotion::LayoutOptions options) { motion_.layout(options); }
+    void arrive(RBPegItem& item) { motion_.arrive(item); }
+    void nudge(RBPegItem& item, double degrees) { motion_.nudge(item, degrees); }
+    void fall(RBPegItem& item);
+    void showPill(const RBPegItemRef& item);
+
 private:
+    const Desktop& desktop_;
     std::shared_ptr<Menu> menu_ = std::make_shared<Menu>("晾衣绳");
+    LineItems items_;
+    CardMotion motion_;
+    CardFall fall_;
+    RBLinePanel panel_;
+    LineTick tick_;
+    DelayedCalls later_;
+    Handle screensWatch_;
 };
 
 } // namespace rb

@@ -1,0 +1,109 @@
+#include "clothesline/Clothesline.h"
+
+#include "app/DefaultsKeys.h"
+#include "clothesline/LineGeometry.h"
+#include "platform/Screens.h"
+#include "platform/Sounds.h"
+#include "platform/UserDefaults.h"
+
+namespace rb {
+
+RBClothesline::RBClothesline(const Desktop& desktop)
+    : desktop_(desktop)
+    , items_(desktop, *this)
+    , motion_(desktop, *this)
+    , fall_(desktop)
+    , panel_(desktop, *this)
+    , tick_(desktop, *this)
+    , later_(desktop.runLoop) {
+    desktop.userDefaults.registerDefaults({{DefaultsKey::ClotheslineScreenshots, true},
+                                           {DefaultsKey::ClotheslineHoverReveal, true},
+                                           {DefaultsKey::ClotheslineDragReveal, true},
+                                           {DefaultsKey::ClotheslineSound, true}});
+}
+
+RBClothesline::~RBClothesline() = default;
+
+void RBClothesline::start() {
+    if (panel_.isBuilt()) {
+        return;
+    }
+    panel_.buildPanel();
+    panel_.placeOnScreen(std::nullopt);
+    items_.restore();
+    tick_.start();
+    screensWatch_ = desktop_.screens.onChange([this] {
+        panel_.screensChanged();
+        tick_.screensChanged();
+    });
+    motion_.scheduleBreeze();
+}
+
+bool RBClothesline::setting(const std::string& key) const {
+    return desktop_.userDefaults.boolForKey(key);
+}
+
+void RBClothesline::play(const std::string& name, double volume) const {
+    if (setting(DefaultsKey::ClotheslineSound)) {
+        desktop_.sounds.play(name, volume);
+    }
+}
+
+std::size_t RBClothesline::capacity() const {
+    return LineGeometry::capacity(width());
+}
+
+void RBClothesline::setRevealed(bool revealed) {
+    if (!revealed && this->revealed()) {
+        tick_.pinned = false;
+        tick_.peekUntil.reset();
+    }
+    panel_.setRevealed(revealed);
+}
+
+void RBClothesline::hangFiles(const std::vector<std::string>& paths) {
+    constexpr double peekTime = 2.5;
+    constexpr double step = 0.08;
+    if (paths.empty()) {
+        return;
+    }
+    if (!revealed()) {
+        placeOnScreen(std::nullopt);
+    }
+    setPeekUntil(desktop_.runLoop.now() + peekTime);
+    setRevealed(true);
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        later_.after(static_cast<double>(i) * step,
+                     [this, path = paths[i], first = i == 0] { hangURL(path, {.quietly = !first, .animated = true}); });
+    }
+}
+
+void RBClothesline::updateHint() {
+    if (!items().empty()) {
+        panel_.showHint({});
+        return;
+    }
+    panel_.showHint(dragActive() ? "松手，挂到晾衣绳上" : "把文件、文件夹或图片拖到屏幕顶部");
+}
+
+void RBClothesline::fall(RBPegItem& item) {
+    const Rect frame = panelFrame();
+    const Point hangs = item.swing->presentation().position;
+    fall_.fall(item, {frame.x + hangs.x, frame.y + hangs.y}, panelScreen(), scale());
+}
+
+void RBClothesline::showPill(const RBPegItemRef& item) {
+    RBAnimateLayerValue(item->pill, KeyPath::Opacity, 1.0, 0.2);
+    Animation drop = Animation::basic(KeyPath::PositionY, 4.0, 0.0, 0.2, RBEaseOut);
+    drop.parts.front().additive = true;
+    item->pill->addAnimation("rb.pill", std::move(drop));
+    const std::uint64_t generation = ++item->pillGeneration;
+    later_.after(1.2, [weak = std::weak_ptr<RBPegItem>(item), generation] {
+        const RBPegItemRef copied = weak.lock();
+        if (copied && copied->pillGeneration == generation) {
+            RBAnimateLayerValue(copied->pill, KeyPath::Opacity, 0.0, 0.25);
+        }
+    });
+}
+
+} // namespace rb
