@@ -1,5 +1,6 @@
 #include "desktops/linux/Application.h"
 
+#include "desktops/linux/CommandLine.h"
 #include "desktops/linux/SingleInstance.h"
 #include "desktops/linux/XConnection.h"
 #include "platform/Log.h"
@@ -110,20 +111,30 @@ LinuxApplication::~LinuxApplication() {
 
 int LinuxApplication::run(ApplicationDelegate& delegate) {
     delegate_ = &delegate;
-    instance_.setReopen([this](const std::vector<std::string>&) {
-        if (!terminated_) {
-            const QWindowList windows = QGuiApplication::topLevelWindows();
-            const bool visible = std::any_of(windows.begin(), windows.end(),
-                                             [](const QWindow* window) { return isOrdinaryWindow(*window); });
-            delegate_->applicationShouldHandleReopen(visible);
+    instance_.setReopen([this](const std::vector<std::string>& arguments) {
+        if (terminated_ || openFiles(arguments)) {
+            return;
         }
+        const QWindowList windows = QGuiApplication::topLevelWindows();
+        const bool visible = std::any_of(windows.begin(), windows.end(),
+                                         [](const QWindow* window) { return isOrdinaryWindow(*window); });
+        delegate_->applicationShouldHandleReopen(visible);
     });
     delegate.applicationDidFinishLaunching();
+    openFiles(arguments_);
     const int code = terminated_ ? 0 : QApplication::exec();
     tellWillTerminate();
     instance_.setReopen([](const std::vector<std::string>&) {});
     delegate_ = nullptr;
     return code;
+}
+
+bool LinuxApplication::openFiles(const std::vector<std::string>& arguments) {
+    if (arguments.empty() || arguments.front() != hangCommand) {
+        return false;
+    }
+    delegate_->applicationOpenFiles({arguments.begin() + 1, arguments.end()});
+    return true;
 }
 
 void LinuxApplication::terminate() {

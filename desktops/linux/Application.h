@@ -43,6 +43,8 @@ public:
 private:
     class QtApplication;
 
+    // Hangs the files of a "hang" command; false when the arguments are none.
+    bool openFiles(const std::vector<std::string>& arguments);
     void catchSignals();
     void tellWillTerminate();
     void readInfo() const;

@@ -16,6 +16,10 @@ struct CommandLine {
     std::string text = {};
 };
 
-CommandLine readCommandLine(const std::vector<std::string>& arguments);
+// The command that hangs files on the line; the files, by absolute path, follow it among the arguments.
+inline constexpr const char* hangCommand = "hang";
+
+// Relative paths count from the working folder.
+CommandLine readCommandLine(const std::vector<std::string>& arguments, const std::string& workingFolder);
 
 } // namespace rb

@@ -83,8 +83,23 @@ void LinuxPanel::place() {
     const int margin = spec_.hasShadow ? shadowMargin : 0;
     const QRect frame = toGlobal(spec_.frame);
     window_->setGeometry(frame.adjusted(-margin, -margin, margin, margin));
-    // The margin is not the panel: what is clicked there lies beneath.
-    setInputRegion(*window_, spec_.ignoresMouseEvents ? QRect() : QRect({margin, margin}, frame.size()));
+    applyInputRegion();
+}
+
+// The margin is not the panel: what is clicked there lies beneath.
+void LinuxPanel::applyInputRegion() {
+    const int margin = spec_.hasShadow ? shadowMargin : 0;
+    setInputRegion(*window_,
+                   spec_.ignoresMouseEvents ? QRect() : QRect({margin, margin}, toGlobal(spec_.frame).size()));
+}
+
+void LinuxPanel::setIgnoresMouseEvents(bool ignores) {
+    if (ignores != spec_.ignoresMouseEvents) {
+        spec_.ignoresMouseEvents = ignores;
+        if (window_) {
+            applyInputRegion();
+        }
+    }
 }
 
 void LinuxPanel::createWindow() {

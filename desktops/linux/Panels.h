@@ -35,6 +35,7 @@ public:
     void orderFrontRegardless() override;
     void orderOut() override;
     bool isVisible() const override { return surface_.isShown(); }
+    void setIgnoresMouseEvents(bool ignores) override;
     const std::shared_ptr<Layer>& rootLayer() override { return surface_.root(); }
     double backingScaleFactor() const override;
 
@@ -45,6 +46,7 @@ private:
     void createWindow();
     void layOut();
     void place();
+    void applyInputRegion();
     void repaint(const QRegion& region);
     void paint(const QRegion& region);
     void paintContent(QPainter& painter, const QRectF& area);

@@ -105,6 +105,20 @@ std::optional<Screen> LinuxScreens::main() const {
     return screens.front();
 }
 
+bool LinuxScreens::showsFullScreenSpace(std::uint32_t id) const {
+    const auto active = connection_.cardinals(connection_.root(), connection_.atom("_NET_ACTIVE_WINDOW"));
+    if (active.empty() || active.front() == XCB_WINDOW_NONE) {
+        return false;
+    }
+    const auto states = connection_.cardinals(active.front(), connection_.atom("_NET_WM_STATE"));
+    if (std::find(states.begin(), states.end(), connection_.atom("_NET_WM_STATE_FULLSCREEN")) == states.end()) {
+        return false;
+    }
+    // The active window is the one that makes a screen the main one.
+    const auto screen = main();
+    return screen && screen->id == id;
+}
+
 Handle LinuxScreens::onChange(std::function<void()> changed) {
     if (!watching_) {
         watching_ = true;

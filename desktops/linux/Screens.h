@@ -33,6 +33,7 @@ public:
 
     std::vector<Screen> all() const override;
     std::optional<Screen> main() const override;
+    bool showsFullScreenSpace(std::uint32_t id) const override;
     Handle onChange(std::function<void()> changed) override;
 
     // Rook Bay's own menu bar keeps this height, in points, at the top of the primary screen, also where no window

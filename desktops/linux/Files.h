@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/Files.h"
+
+namespace rb {
+
+// Files by the shared MIME database; this system shows no directory as one file.
+class LinuxFiles final : public Files {
+public:
+    FileFacts facts(const std::string& path) const override;
+    std::string homeDirectory() const override;
+};
+
+} // namespace rb

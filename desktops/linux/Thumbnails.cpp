@@ -1,0 +1,261 @@
+#include "desktops/linux/Thumbnails.h"
+
+#include "desktops/linux/Bitmap.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QIcon>
+#include <QImageReader>
+#include <QMimeDatabase>
+#include <QPainter>
+#include <QPainterPath>
+#include <QProcess>
+#include <QSaveFile>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryFile>
+#include <QTimer>
+#include <QUrl>
+
+#include <optional>
+#include <utility>
+
+namespace rb {
+
+namespace {
+
+constexpr int iconPixels = 128;
+constexpr int thumbnailerTimeLimit = 15000; // milliseconds; a stuck thumbnailer must not stay
+
+QDir thumbnailFolder(const QString& size) {
+    return {QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + QStringLiteral("/thumbnails/") +
+            size};
+}
+
+// The name of a file's thumbnail in the shared cache.
+QString thumbnailName(const QString& path) {
+    const QByteArray uri = QUrl::fromLocalFile(path).toEncoded(QUrl::FullyEncoded);
+    return QString::fromLatin1(QCryptographicHash::hash(uri, QCryptographicHash::Md5).toHex()) + QStringLiteral(".png");
+}
+
+QString modificationTime(const QString& path) {
+    return QString::number(QFileInfo(path).lastModified().toSecsSinceEpoch());
+}
+
+// A picture of the shared cache that was made of the file as it is now.
+std::optional<QString> cachedThumbnail(const QString& path) {
+    for (const char* size : {"normal", "large", "x-large"}) {
+        const QString cached = thumbnailFolder(QString::fromLatin1(size)).filePath(thumbnailName(path));
+        if (!QFileInfo::exists(cached)) {
+            continue;
+        }
+        const QImageReader reader(cached, "png");
+        if (reader.text(QStringLiteral("Thumb::MTime")) == modificationTime(path)) {
+            return cached;
+        }
+    }
+    return std::nullopt;
+}
+
+// Keeps a new rendering for every program: private, written whole.
+void shareThumbnail(const QString& path, QImage picture) {
+    const QDir folder = thumbnailFolder(QStringLiteral("normal"));
+    if (!folder.mkpath(QStringLiteral("."))) {
+        return;
+    }
+    picture.setText(QStringLiteral("Thumb::URI"),
+                    QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded(QUrl::FullyEncoded)));
+    picture.setText(QStringLiteral("Thumb::MTime"), modificationTime(path));
+    QSaveFile file(folder.filePath(thumbnailName(path)));
+    if (file.open(QIODevice::WriteOnly)) {
+        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        if (picture.save(&file, "png")) {
+            file.commit();
+        }
+    }
+}
+
+// The command line template of the program that renders this kind of file.
+std::optional<QString> thumbnailerFor(const QString& path) {
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(path);
+    for (const QString& data : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
+        const QDir folder(data + QStringLiteral("/thumbnailers"));
+        for (const QString& name : folder.entryList({QStringLiteral("*.thumbnailer")}, QDir::Files)) {
+            QSettings entry(folder.filePath(name), QSettings::IniFormat);
+            entry.beginGroup(QStringLiteral("Thumbnailer Entry"));
+            const QStringList types =
+                entry.value(QStringLiteral("MimeType")).toString().split(QLatin1Char(';'), Qt::SkipEmptyParts);
+            const QString program = entry.value(QStringLiteral("TryExec")).toString();
+            const bool installed = program.isEmpty() || !QStandardPaths::findExecutable(program).isEmpty();
+            if (types.contains(type.name()) && installed) {
+                return entry.value(QStringLiteral("Exec")).toString();
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+// A sheet of paper or a folder, where the session has no icon theme.
+QImage plainIcon(bool isFolder) {
+    QImage image(iconPixels, iconPixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath outline;
+    if (isFolder) {
+        outline.addRoundedRect(10, 26, 50, 30, 8, 8);
+        outline.addRoundedRect(10, 36, 108, 72, 10, 10);
+        painter.fillPath(outline.simplified(), QColor(0x62, 0xA8, 0xE5));
+        QPainterPath front;
+        front.addRoundedRect(10, 46, 108, 62, 10, 10);
+        painter.fillPath(front, QColor(0x7F, 0xBE, 0xF2));
+        return image;
+    }
+    constexpr double corner = 26;
+    outline.moveTo(30, 10);
+    outline.lineTo(98 - corner, 10);
+    outline.lineTo(98, 10 + corner);
+    outline.lineTo(98, 118);
+    outline.lineTo(30, 118);
+    outline.closeSubpath();
+    painter.fillPath(outline, QColor(0xFA, 0xFA, 0xFA));
+    QPainterPath fold;
+    fold.moveTo(98 - corner, 10);
+    fold.lineTo(98 - corner, 10 + corner);
+    fold.lineTo(98, 10 + corner);
+    fold.closeSubpath();
+    painter.fillPath(fold, QColor(0xD5, 0xD8, 0xDC));
+    painter.setPen(QPen(QColor(0, 0, 0, 60), 1.5));
+    painter.drawPath(outline);
+    return image;
+}
+
+} // namespace
+
+struct LinuxThumbnails::Request {
+    QString path;
+    int pixels = 0;
+    Answer answer;
+    std::unique_ptr<QProcess> process;
+    std::unique_ptr<QTemporaryFile> output;
+    QTimer limit;
+};
+
+LinuxThumbnails::LinuxThumbnails() = default;
+
+LinuxThumbnails::~LinuxThumbnails() = default;
+
+std::shared_ptr<const Bitmap> LinuxThumbnails::imageThumb(const std::string& path, int maxPixelSize) {
+    QImageReader reader(QString::fromStdString(path));
+    reader.setAutoTransform(true);
+    // Files with a wrong ending are pictures all the same.
+    reader.setDecideFormatFromContent(true);
+    const QSize size = reader.size();
+    if (size.isValid() && std::max(size.width(), size.height()) > maxPixelSize) {
+        reader.setScaledSize(size.scaled(maxPixelSize, maxPixelSize, Qt::KeepAspectRatio).expandedTo({1, 1}));
+    }
+    QImage image = reader.read();
+    if (image.isNull()) {
+        return nullptr;
+    }
+    if (std::max(image.width(), image.height()) > maxPixelSize) {
+        image = image.scaled(maxPixelSize, maxPixelSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
+    return std::make_shared<LinuxBitmap>(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
+}
+
+Image LinuxThumbnails::iconForFile(const std::string& path) {
+    const QFileInfo info(QString::fromStdString(path));
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
+    const QIcon icon = QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName()));
+    const QImage image =
+        icon.isNull() ? plainIcon(info.isDir()) : icon.pixmap(QSize(iconPixels, iconPixels), 1.0).toImage();
+    return std::make_shared<LinuxBitmap>(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
+}
+
+Handle LinuxThumbnails::requestDocumentThumbnail(const std::string& path, Size size, double scale, Answer answer) {
+    const unsigned long number = next_++;
+    auto request = std::make_unique<Request>();
+    request->path = QString::fromStdString(path);
+    request->pixels = static_cast<int>(std::max(size.width, size.height) * scale);
+    request->answer = std::move(answer);
+    // The look into the cache and the search for a program wait for a later turn: hanging a card comes first.
+    QObject::connect(&request->limit, &QTimer::timeout, &request->limit, [this, number] {
+        Request& waiting = *requests_.at(number);
+        if (waiting.process) {
+            requests_.erase(number); // took too long
+            return;
+        }
+        if (const auto cached = cachedThumbnail(waiting.path)) {
+            answerFrom(number, *cached);
+        } else {
+            runThumbnailer(number, waiting.path, waiting.pixels);
+        }
+    });
+    request->limit.setSingleShot(true);
+    request->limit.start(0);
+    requests_.emplace(number, std::move(request));
+    return Handle(lifetime_.guard([this, number] { requests_.erase(number); }));
+}
+
+void LinuxThumbnails::runThumbnailer(unsigned long number, const QString& path, int pixels) {
+    const auto command = thumbnailerFor(path);
+    Request& request = *requests_.at(number);
+    request.output = std::make_unique<QTemporaryFile>();
+    if (!command || !request.output->open()) {
+        requests_.erase(number);
+        return;
+    }
+    QStringList words = QProcess::splitCommand(*command);
+    for (QString& word : words) {
+        word.replace(QStringLiteral("%i"), path);
+        word.replace(QStringLiteral("%u"), QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded()));
+        word.replace(QStringLiteral("%o"), request.output->fileName());
+        word.replace(QStringLiteral("%s"), QString::number(pixels));
+        word.replace(QStringLiteral("%%"), QStringLiteral("%"));
+    }
+    if (words.isEmpty()) {
+        requests_.erase(number);
+        return;
+    }
+    request.process = std::make_unique<QProcess>();
+    QProcess& process = *request.process;
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    const auto done = [this, number](bool succeeded) {
+        // A turn later, since the process is in the middle of telling us.
+        QTimer::singleShot(0, &requests_.at(number)->limit, [this, number, succeeded] {
+            Request& finished = *requests_.at(number);
+            QImage picture;
+            if (succeeded && picture.load(finished.output->fileName())) {
+                shareThumbnail(finished.path, picture);
+            }
+            answerFrom(number, finished.output->fileName());
+        });
+    };
+    QObject::connect(&process, &QProcess::finished, &process, [done](int code, QProcess::ExitStatus status) {
+        done(code == 0 && status == QProcess::NormalExit);
+    });
+    QObject::connect(&process, &QProcess::errorOccurred, &process, [done](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            done(false);
+        }
+    });
+    const QString program = words.takeFirst();
+    process.start(program, words, QIODevice::NotOpen);
+    request.limit.start(thumbnailerTimeLimit);
+}
+
+void LinuxThumbnails::answerFrom(unsigned long number, const QString& picture) {
+    const std::unique_ptr<Request> request = std::move(requests_.at(number));
+    requests_.erase(number);
+    const auto thumb = imageThumb(picture.toStdString(), request->pixels);
+    if (thumb) {
+        request->answer(thumb);
+    }
+}
+
+} // namespace rb

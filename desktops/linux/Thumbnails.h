@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Handle.h"
+#include "platform/Thumbnails.h"
+
+#include <QString>
+
+#include <map>
+#include <memory>
+
+class QProcess;
+
+namespace rb {
+
+// Pictures of files: decoded by Qt's image plugins, icons from the session's icon theme, documents from the shared
+// thumbnail cache or by the thumbnailer programs that are installed. What a thumbnailer makes goes into the shared
+// cache as well.
+class LinuxThumbnails final : public Thumbnails {
+public:
+    LinuxThumbnails();
+    ~LinuxThumbnails() override;
+    LinuxThumbnails(const LinuxThumbnails&) = delete;
+    LinuxThumbnails& operator=(const LinuxThumbnails&) = delete;
+
+    std::shared_ptr<const Bitmap> imageThumb(const std::string& path, int maxPixelSize) override;
+    Image iconForFile(const std::string& path) override;
+    Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
+                                    std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
+
+private:
+    using Answer = std::function<void(std::shared_ptr<const Bitmap>)>;
+    struct Request;
+
+    void answerFrom(unsigned long number, const QString& picture);
+    void runThumbnailer(unsigned long number, const QString& path, int pixels);
+
+    std::map<unsigned long, std::unique_ptr<Request>> requests_;
+    unsigned long next_ = 0;
+    Lifetime lifetime_;
+};
+
+} // namespace rb
