@@ -1,0 +1,31 @@
+#include "desktops/macos/Files.h"
+
+#include "desktops/macos/Bridge.h"
+
+#import <UniformTypeIdentifiers/UniformTypeIdentifiers.h>
+
+namespace rb {
+
+FileFacts MacFiles::facts(const std::string& path) const {
+    NSString* file = nsString(path);
+    FileFacts facts;
+    facts.exists = [NSFileManager.defaultManager fileExistsAtPath:file] != NO;
+    if (!facts.exists) {
+        return facts;
+    }
+    NSURL* url = [NSURL fileURLWithPath:file];
+    id directory = nil;
+    [url getResourceValue:&directory forKey:NSURLIsDirectoryKey error:nil];
+    facts.isDirectory = [directory isKindOfClass:NSNumber.class] && [directory boolValue];
+    facts.isPackage = facts.isDirectory && [NSWorkspace.sharedWorkspace isFilePackageAtPath:file];
+    id type = nil;
+    [url getResourceValue:&type forKey:NSURLContentTypeKey error:nil];
+    facts.isImage = [type isKindOfClass:UTType.class] && [type conformsToType:UTTypeImage];
+    return facts;
+}
+
+std::string MacFiles::homeDirectory() const {
+    return utf8String(NSHomeDirectory());
+}
+
+} // namespace rb

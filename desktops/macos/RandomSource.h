@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/RandomSource.h"
+
+namespace rb {
+
+class MacRandomSource final : public RandomSource {
+public:
+    int upTo10000() override;
+};
+
+} // namespace rb

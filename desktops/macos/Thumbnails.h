@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/Thumbnails.h"
+
+namespace rb {
+
+class MacThumbnails final : public Thumbnails {
+public:
+    std::shared_ptr<const Bitmap> imageThumb(const std::string& path, int maxPixelSize) override;
+    Image iconForFile(const std::string& path) override;
+    Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
+                                    std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
+};
+
+} // namespace rb

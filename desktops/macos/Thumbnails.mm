@@ -1,0 +1,75 @@
+#include "desktops/macos/Thumbnails.h"
+
+#include "desktops/macos/Bitmap.h"
+#include "desktops/macos/Bridge.h"
+
+#import <ImageIO/ImageIO.h>
+#import <QuickLookThumbnailing/QuickLookThumbnailing.h>
+
+#include <utility>
+
+namespace rb {
+
+std::shared_ptr<const Bitmap> MacThumbnails::imageThumb(const std::string& path, int maxPixelSize) {
+    NSURL* url = [NSURL fileURLWithPath:nsString(path)];
+    CGImageSourceRef source = CGImageSourceCreateWithURL((__bridge CFURLRef)url, nullptr);
+    if (source == nullptr) {
+        return nullptr;
+    }
+    NSDictionary* options = @{
+        (__bridge id)kCGImageSourceCreateThumbnailFromImageAlways : @YES,
+        (__bridge id)kCGImageSourceCreateThumbnailWithTransform : @YES,
+        (__bridge id)kCGImageSourceThumbnailMaxPixelSize : @(maxPixelSize)
+    };
+    CGImageRef image = CGImageSourceCreateThumbnailAtIndex(source, 0, (__bridge CFDictionaryRef)options);
+    CFRelease(source);
+    if (image == nullptr) {
+        return nullptr;
+    }
+    auto bitmap = std::make_shared<const MacBitmap>(image);
+    CGImageRelease(image);
+    return bitmap;
+}
+
+Image MacThumbnails::iconForFile(const std::string& path) {
+    NSImage* icon = [NSWorkspace.sharedWorkspace iconForFile:nsString(path)];
+    // Large enough for a card on the sharpest screen.
+    NSRect rect = NSMakeRect(0, 0, 128, 128);
+    CGImageRef image = [icon CGImageForProposedRect:&rect context:nil hints:nil];
+    if (image == nullptr) {
+        return {};
+    }
+    return std::make_shared<const MacBitmap>(image);
+}
+
+Handle MacThumbnails::requestDocumentThumbnail(const std::string& path, Size size, double scale,
+                                               std::function<void(std::shared_ptr<const Bitmap>)> answer) {
+    QLThumbnailGenerationRequest* request = [[QLThumbnailGenerationRequest alloc]
+          initWithFileAtURL:[NSURL fileURLWithPath:nsString(path)]
+                       size:cgSize(size)
+                      scale:scale
+        representationTypes:QLThumbnailGenerationRequestRepresentationTypeThumbnail];
+    // Emptied by the handle: an answer that is already on its way to the main thread then finds nobody.
+    const auto waiting = std::make_shared<std::function<void(std::shared_ptr<const Bitmap>)>>(std::move(answer));
+    [QLThumbnailGenerator.sharedGenerator
+        generateBestRepresentationForRequest:request
+                           completionHandler:^(QLThumbnailRepresentation* representation, NSError*) {
+                               if (representation == nil ||
+                                   representation.type != QLThumbnailRepresentationTypeThumbnail ||
+                                   representation.CGImage == nullptr) {
+                                   return;
+                               }
+                               const auto bitmap = std::make_shared<const MacBitmap>(representation.CGImage);
+                               dispatch_async(dispatch_get_main_queue(), ^{
+                                   if (*waiting) {
+                                       (*waiting)(bitmap);
+                                   }
+                               });
+                           }];
+    return Handle([request, waiting] {
+        *waiting = nullptr;
+        [QLThumbnailGenerator.sharedGenerator cancelRequest:request];
+    });
+}
+
+} // namespace rb
