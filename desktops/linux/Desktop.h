@@ -3,17 +3,23 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/EventMonitors.h"
+#include "desktops/linux/Files.h"
 #include "desktops/linux/HotKeys.h"
 #include "desktops/linux/LayerPainter.h"
+#include "desktops/linux/LayerRenderer.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
 #include "desktops/linux/Screens.h"
 #include "desktops/linux/SessionLock.h"
+#include "desktops/linux/Sounds.h"
 #include "desktops/linux/StatusBar.h"
 #include "desktops/linux/Symbols.h"
 #include "desktops/linux/TextMeter.h"
+#include "desktops/linux/Thumbnails.h"
 #include "desktops/linux/Updates.h"
 #include "desktops/linux/UserDefaults.h"
 #include "desktops/linux/Windows.h"
@@ -65,6 +71,12 @@ private:
     LinuxHotKeys hotKeys_;
     LinuxSessionLock sessionLock_;
     LinuxUpdates updates_;
+    LinuxEventMonitors eventMonitors_;
+    LinuxFiles files_;
+    LinuxLayerRenderer layerRenderer_;
+    LinuxRandomSource random_;
+    LinuxSounds sounds_;
+    LinuxThumbnails thumbnails_;
     Desktop services_;
 };
 

@@ -6,7 +6,9 @@
 #include "desktops/linux/XConnection.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -17,7 +19,8 @@ int main(int count, char** words) {
     constexpr int misuse = 2;
 
     const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
-    const rb::CommandLine line = rb::readCommandLine(arguments);
+    std::error_code unreachable; // then relative paths don't name anything
+    const rb::CommandLine line = rb::readCommandLine(arguments, std::filesystem::current_path(unreachable).string());
     if (line.action == rb::CommandLine::Action::Refuse) {
         std::fputs(line.text.c_str(), stderr);
         return misuse;

@@ -3,15 +3,21 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/EventMonitors.h"
+#include "desktops/macos/Files.h"
 #include "desktops/macos/HotKeys.h"
+#include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
 #include "desktops/macos/Pointer.h"
+#include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
 #include "desktops/macos/Screens.h"
 #include "desktops/macos/SessionLock.h"
+#include "desktops/macos/Sounds.h"
 #include "desktops/macos/StatusBar.h"
 #include "desktops/macos/TextMeter.h"
+#include "desktops/macos/Thumbnails.h"
 #include "desktops/macos/Updates.h"
 #include "desktops/macos/UserDefaults.h"
 #include "desktops/macos/Window.h"
@@ -44,8 +50,15 @@ private:
     MacAppearance appearance_;
     MacTextMeter textMeter_;
     MacUpdates updates_{log_};
-    Desktop desktop_{application_, runLoop_, userDefaults_, statusBar_,  windows_,   panels_,  alerts_, screens_,
-                     pointer_,     hotKeys_, sessionLock_,  appearance_, textMeter_, updates_, log_};
+    MacEventMonitors eventMonitors_;
+    MacFiles files_;
+    MacLayerRenderer layerRenderer_;
+    MacRandomSource random_;
+    MacSounds sounds_;
+    MacThumbnails thumbnails_;
+    Desktop desktop_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
+                     screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
+                     eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log_};
 };
 
 } // namespace rb

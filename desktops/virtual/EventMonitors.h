@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desktops/virtual/Observers.h"
+#include "platform/Observers.h"
 #include "platform/EventMonitors.h"
 
 namespace rb {

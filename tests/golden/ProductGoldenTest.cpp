@@ -38,6 +38,12 @@ struct Stage {
                 .appearance = appearance(),
                 .textMeter = meter,
                 .updates = given.updates,
+                .eventMonitors = given.eventMonitors,
+                .files = given.files,
+                .layerRenderer = given.layerRenderer,
+                .random = given.random,
+                .sounds = given.sounds,
+                .thumbnails = given.thumbnails,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {

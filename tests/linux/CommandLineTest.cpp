@@ -11,13 +11,17 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using Action = CommandLine::Action;
 
+CommandLine read(const std::vector<std::string>& arguments) {
+    return readCommandLine(arguments, "/home/lin");
+}
+
 TEST(CommandLine, KnownArgumentsRunAndOthersAreRefusedByName) {
-    EXPECT_EQ(readCommandLine({}).action, Action::Run);
-    const CommandLine run = readCommandLine({"--connections"});
+    EXPECT_EQ(read({}).action, Action::Run);
+    const CommandLine run = read({"--connections"});
     EXPECT_EQ(run.action, Action::Run);
     EXPECT_THAT(run.arguments, ElementsAre("--connections"));
     for (const std::string argument : {"--conections", "-platform", "", "file.txt", "--connections=1"}) {
-        const CommandLine refused = readCommandLine({"--connections", argument});
+        const CommandLine refused = read({"--connections", argument});
         EXPECT_EQ(refused.action, Action::Refuse) << argument;
         EXPECT_THAT(refused.text, HasSubstr("“" + argument + "”"));
         EXPECT_THAT(refused.text, HasSubstr("--help"));
@@ -25,12 +29,19 @@ TEST(CommandLine, KnownArgumentsRunAndOthersAreRefusedByName) {
 }
 
 TEST(CommandLine, HelpNamesEveryArgument) {
-    const CommandLine help = readCommandLine({"--help"});
+    const CommandLine help = read({"--help"});
     EXPECT_EQ(help.action, Action::Help);
     for (const char* argument : {"--connections", "--help", "--version"}) {
         EXPECT_THAT(help.text, HasSubstr(argument));
     }
-    EXPECT_THAT(readCommandLine({"--version"}).text, HasSubstr(ROOKBAY_VERSION));
+    EXPECT_THAT(read({"--version"}).text, HasSubstr(ROOKBAY_VERSION));
+}
+
+TEST(CommandLine, FilesToHangBecomeAbsolute) {
+    const CommandLine line = read({"hang", "图 1.png", "/tmp/a.txt", "--help"});
+    EXPECT_EQ(line.action, Action::Run);
+    EXPECT_THAT(line.arguments, ElementsAre("hang", "/home/lin/图 1.png", "/tmp/a.txt", "/home/lin/--help"));
+    EXPECT_EQ(read({"hang"}).action, Action::Refuse);
 }
 
 } // namespace

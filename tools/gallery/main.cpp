@@ -29,6 +29,7 @@ public:
         steps_.after(6.6, [this] { desktop_.application.terminate(); });
     }
     bool applicationShouldHandleReopen(bool /*hasVisibleWindows*/) override { return true; }
+    void applicationOpenFiles(const std::vector<std::string>& /*paths*/) override {}
     void applicationWillTerminate() override {}
     bool acceptsPreviewPanelControl() override { return false; }
     void beginPreviewPanelControl(rb::PreviewPanel& /*panel*/) override {}

@@ -30,3 +30,9 @@ endforeach()
 if(all_pictures)
     qt_add_resources(rookbay_linux symbols_prerendered PREFIX /symbols BASE ${prerendered} FILES ${all_pictures})
 endif()
+
+# The sounds, under :/sounds.
+file(GLOB sound_files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/sounds/*.wav ${CMAKE_SOURCE_DIR}/resources/sounds/*.oga)
+if(sound_files)
+    qt_add_resources(rookbay_linux sounds PREFIX /sounds BASE ${CMAKE_SOURCE_DIR}/resources/sounds FILES ${sound_files})
+endif()
