@@ -16,6 +16,13 @@ namespace rb {
 inline constexpr const char* settingsTitle = "Rook Bay 快捷键设置";
 inline constexpr const char* hotKeyRefused = "这个快捷键无法使用";
 
+// What is saved of the lock's key alone; other features save when they start.
+inline PropertyDictionary savedHotKey(VirtualDesktop& desktop) {
+    PropertyDictionary saved = desktop.userDefaults().stored();
+    std::erase_if(saved, [](const auto& entry) { return !entry.first.starts_with("HotKey"); });
+    return saved;
+}
+
 // The product on a virtual desktop. Prepare the desktop, launch, act as the user.
 class AppTest : public testing::Test {
 protected:

@@ -89,7 +89,7 @@ TEST_F(HotKeySettingsTest, SavingTakesTheKeyAndRemembersIt) {
     EXPECT_EQ(window().firstResponder(), "recorder") << "it keeps listening";
     EXPECT_EQ(statusLine(), "当前快捷键：F13") << "nothing yet";
     EXPECT_EQ(desktop_.hotKeys().registered(), only(105, 0));
-    EXPECT_TRUE(desktop_.userDefaults().stored().empty());
+    EXPECT_TRUE(savedHotKey(desktop_).empty());
 
     window().clickButton("保存");
     EXPECT_EQ(desktop_.hotKeys().registered(), only(37, 0x1800));
@@ -97,7 +97,7 @@ TEST_F(HotKeySettingsTest, SavingTakesTheKeyAndRemembersIt) {
     EXPECT_EQ(toolTip(), "Rook Bay：⌃⌥L 锁屏");
     EXPECT_FALSE(window().isVisible());
     const PropertyDictionary saved{{"HotKeyCode", 37}, {"HotKeyModifiers", 0x1800}, {"HotKeyDisplay", "⌃⌥L"}};
-    EXPECT_EQ(desktop_.userDefaults().stored(), saved);
+    EXPECT_EQ(savedHotKey(desktop_), saved);
 
     quit();
     launch();
@@ -113,7 +113,7 @@ TEST_F(HotKeySettingsTest, AKeyHeldElsewhereIsRefusedAndTheOldOneStays) {
     EXPECT_EQ(desktop_.alerts().current()->messageText, hotKeyRefused);
     desktop_.alerts().answerNext(0);
     EXPECT_EQ(desktop_.hotKeys().registered(), only(105, 0));
-    EXPECT_TRUE(desktop_.userDefaults().stored().empty());
+    EXPECT_TRUE(savedHotKey(desktop_).empty());
     EXPECT_EQ(statusLine(), "当前快捷键：F13");
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(recorder().labelText(), "F14") << "as the user left it";
@@ -140,7 +140,7 @@ TEST_F(HotKeySettingsTest, AFailingRollbackIsSilent) {
 TEST_F(HotKeySettingsTest, RestoringAndCancellingChangeNothing) {
     press(37, CommandModifier, "l");
     window().clickButton("保存");
-    const PropertyDictionary saved = desktop_.userDefaults().stored();
+    const PropertyDictionary saved = savedHotKey(desktop_);
 
     desktop_.chooseMenuItem("设置快捷键…");
     EXPECT_EQ(recorder().labelText(), "⌘L");
@@ -152,7 +152,7 @@ TEST_F(HotKeySettingsTest, RestoringAndCancellingChangeNothing) {
     EXPECT_FALSE(window().isVisible());
     EXPECT_EQ(border(), color(SystemColor::ControlAccent)) << "no longer listening";
     EXPECT_EQ(desktop_.hotKeys().registered(), only(37, 0x0100));
-    EXPECT_EQ(desktop_.userDefaults().stored(), saved);
+    EXPECT_EQ(savedHotKey(desktop_), saved);
 
     desktop_.chooseMenuItem("设置快捷键…");
     EXPECT_EQ(recorder().labelText(), "⌘L") << "what was pending is dropped";
@@ -181,7 +181,7 @@ TEST_F(HotKeySettingsTest, TheTitleBarClosesItAndTheMenuKeyOpensItAgain) {
     press(37, CommandModifier, "l");
     window().close();
     EXPECT_FALSE(window().isVisible());
-    EXPECT_TRUE(desktop_.userDefaults().stored().empty());
+    EXPECT_TRUE(savedHotKey(desktop_).empty());
     menus::chooseByKey(desktop_.statusMenu(), ",", CommandModifier);
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(recorder().labelText(), "F13");

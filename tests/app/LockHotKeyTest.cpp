@@ -52,7 +52,7 @@ TEST_F(LockHotKeyTest, TheSavedKeyIsLoadedOrF13) {
         const std::map<VirtualHotKeys::Combination, HotKeyId> registered{
             {{tested.expected.code, tested.expected.modifiers}, {0x524B4259, 1}}};
         EXPECT_EQ(desktop.hotKeys().registered(), registered);
-        EXPECT_EQ(desktop.userDefaults().stored(), tested.stored) << "launching saves nothing";
+        EXPECT_EQ(savedHotKey(desktop), tested.stored) << "launching saves nothing";
         desktop.application().terminate();
     }
 }
