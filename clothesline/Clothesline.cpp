@@ -59,6 +59,9 @@ void RBClothesline::setRevealed(bool revealed) {
         tick_.peekUntil.reset();
     }
     panel_.setRevealed(revealed);
+    if (revealed) {
+        tick_.wake();
+    }
 }
 
 void RBClothesline::hangFiles(const std::vector<std::string>& paths) {

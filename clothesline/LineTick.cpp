@@ -15,6 +15,11 @@ namespace {
 
 constexpr double tickInterval = 1.0 / 30;
 constexpr double tickTolerance = 0.005;
+// How long the pointer is still before the poll rests, and how often it looks nevertheless: what moves the pointer
+// without a hand on the mouse isn't input.
+constexpr double restDelay = 0.5;
+constexpr double restingInterval = 1.25;
+constexpr double restingTolerance = 0.25;
 constexpr double hoverTime = 0.25;
 constexpr double awayTime = 0.5;
 constexpr double hitMargin = 4;
@@ -34,19 +39,33 @@ bool lasted(std::optional<double>& since, double now, double seconds) {
 void LineTick::start() {
     screensChanged();
     constexpr std::uint64_t anyMouseDown = LeftMouseDownMask | RightMouseDownMask;
-    tickTimer_ = desktop_.runLoop.every(tickInterval, tickTolerance, [this] { tick(); });
     globalMonitor_ = desktop_.eventMonitors.addGlobalMonitor(anyMouseDown, [this] { mouseWentDown(); });
     localMonitor_ = desktop_.eventMonitors.addLocalMonitor(anyMouseDown, [this] { mouseWentDown(); });
+    poll();
 }
 
 void LineTick::stop() {
     tickTimer_.reset();
+    nextInput_.reset();
     globalMonitor_.reset();
     localMonitor_.reset();
 }
 
+void LineTick::poll() {
+    nextInput_.reset();
+    stillSince_ = desktop_.runLoop.now();
+    tickTimer_ = desktop_.runLoop.every(tickInterval, tickTolerance, [this] { tick(); });
+}
+
+void LineTick::wake() {
+    if (nextInput_) {
+        poll();
+    }
+}
+
 void LineTick::screensChanged() {
     screens_ = desktop_.screens.all();
+    wake();
 }
 
 const Screen* LineTick::screenAt(Point pointer) const {
@@ -83,6 +102,34 @@ void LineTick::tick() {
         tickRevealed(pointer);
     } else {
         tickHidden(screen, inBand);
+    }
+    restWhenNothingCanChange(pointer, inBand);
+}
+
+// Away from the menu bar, or in it after a click, a hidden line waits for the pointer or a button alone.
+void LineTick::restWhenNothingCanChange(Point pointer, bool inBand) {
+    const double now = desktop_.runLoop.now();
+    const bool moved = pointer != lastPointer_;
+    const bool pending = line_.revealed() || line_.dragActive() || hotSince_ || (inBand && !suppressed_);
+    lastPointer_ = pointer;
+    if (moved || pending) {
+        stillSince_ = now;
+        wake();
+        return;
+    }
+    if (nextInput_ || now - stillSince_ < restDelay) {
+        return;
+    }
+    stillSince_ = now;
+    nextInput_ = desktop_.eventMonitors.onNextInput([this] {
+        poll();
+        tick();
+    });
+    // A second look, now that nothing can be missed any more.
+    if (nextInput_ && desktop_.pointer.location() == pointer && desktop_.pointer.pressedButtons() == 0) {
+        tickTimer_ = desktop_.runLoop.every(restingInterval, restingTolerance, [this] { tick(); });
+    } else {
+        nextInput_.reset();
     }
 }
 
@@ -130,8 +177,8 @@ void LineTick::tickRevealed(Point pointer) {
 }
 
 void LineTick::tickHidden(const Screen* screen, bool inBand) {
-    const bool leftDown = (desktop_.pointer.pressedButtons() & leftButton) != 0;
-    if (!inBand || suppressed_ || leftDown || !line_.setting(DefaultsKey::ClotheslineHoverReveal) ||
+    const auto leftDown = [this] { return (desktop_.pointer.pressedButtons() & leftButton) != 0; };
+    if (!inBand || suppressed_ || leftDown() || !line_.setting(DefaultsKey::ClotheslineHoverReveal) ||
         desktop_.screens.showsFullScreenSpace(screen->id)) {
         hotSince_.reset();
         return;

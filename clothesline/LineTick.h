@@ -14,7 +14,8 @@ namespace rb {
 class RBClothesline;
 
 // Watches the pointer 30 times a second and decides when the line drops, which card is hovered, and when the line goes
-// away again. Times are those of the run loop's monotonic clock.
+// away again. While nothing that it looks at can change, the poll rests until the user's next input, on systems that
+// tell of it. Times are those of the run loop's monotonic clock.
 class LineTick {
 public:
     LineTick(const Desktop& desktop, RBClothesline& line)
@@ -27,6 +28,8 @@ public:
     // The poll looks at its own copy of the screens, so that it allocates nothing.
     void screensChanged();
     void mouseWentDown();
+    // The line was revealed: there is something to watch.
+    void wake();
 
     // Opened from the menu: stays until the pointer has been inside once and left.
     bool pinned = false;
@@ -34,6 +37,8 @@ public:
     std::optional<double> peekUntil;
 
 private:
+    void poll();
+    void restWhenNothingCanChange(Point pointer, bool inBand);
     void tickRevealed(Point pointer);
     void tickHidden(const Screen* screen, bool inBand);
     // The screen whose frame contains the pointer, or null.
@@ -47,7 +52,10 @@ private:
     std::vector<Screen> screens_;
     std::optional<double> hotSince_;
     std::optional<double> awaySince_;
+    Point lastPointer_;
+    double stillSince_ = 0;
     Handle tickTimer_;
+    Handle nextInput_; // while the poll rests
     Handle globalMonitor_;
     Handle localMonitor_;
 };

@@ -21,6 +21,9 @@ public:
     virtual ~EventMonitors() = default;
     virtual Handle addGlobalMonitor(std::uint64_t mask, std::function<void()> happened) = 0;
     virtual Handle addLocalMonitor(std::uint64_t mask, std::function<void()> happened) = 0;
+    // Once, when the user next moves the pointer or presses or releases a button, wherever. Programs that move the
+    // pointer need not be noticed. Empty on a system that doesn't tell, where one has to look again and again.
+    virtual Handle onNextInput(std::function<void()> /*happened*/) { return {}; }
 };
 
 } // namespace rb

@@ -10,7 +10,7 @@
 namespace rb {
 
 // Mouse events anywhere as the raw events of the X input extension, which arrive also while another program drags or
-// holds the pointer. Only the kinds that a monitor asks for are selected, so nothing wakes the program for the others.
+// holds the pointer. Only the kinds that somebody asks for are selected, so nothing wakes the program for the others.
 class LinuxEventMonitors final : public EventMonitors {
 public:
     explicit LinuxEventMonitors(XConnection& connection)
@@ -20,6 +20,7 @@ public:
 
     Handle addGlobalMonitor(std::uint64_t mask, std::function<void()> happened) override;
     Handle addLocalMonitor(std::uint64_t mask, std::function<void()> happened) override;
+    Handle onNextInput(std::function<void()> happened) override;
 
 private:
     struct Monitor {
@@ -29,11 +30,14 @@ private:
     };
 
     Handle add(Monitor monitor);
-    void selectEvents();
+    // False when the server has no such events.
+    bool selectEvents();
+    void tellOfInput();
     void handle(const xcb_generic_event_t& event);
 
     XConnection& connection_;
     std::map<std::uint64_t, Monitor> monitors_;
+    std::map<std::uint64_t, std::function<void()>> awaitingInput_;
     std::uint64_t next_ = 0;
     std::uint8_t inputOpcode_ = 0;
     Lifetime lifetime_;

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "desktops/linux/XConnection.h"
 #include "platform/Pointer.h"
 
 namespace rb {
-
-class XConnection;
 
 // Asks the X server each time, so the answer is right during other programs' drags too.
 class LinuxPointer final : public Pointer {
@@ -16,6 +15,8 @@ public:
     unsigned pressedButtons() const override;
 
 private:
+    XReply<xcb_query_pointer_reply_t> query() const;
+
     XConnection& connection_;
 };
 

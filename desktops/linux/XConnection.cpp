@@ -119,7 +119,12 @@ void XConnection::startListening() {
 }
 
 void XConnection::deliverQueuedEvents() {
-    if (notifier_) {
+    if (!notifier_) {
+        return;
+    }
+    // Only what the library has read already; the notifier tells of the rest.
+    if (XReply<xcb_generic_event_t> event{xcb_poll_for_queued_event(connection_)}) {
+        setAside_.push_back(std::move(event));
         QMetaObject::invokeMethod(
             notifier_.get(), [this] { deliver(); }, Qt::QueuedConnection);
     }

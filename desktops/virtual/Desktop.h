@@ -91,7 +91,7 @@ private:
     VirtualAppearance appearance_;
     VirtualTextMeter textMeter_;
     VirtualUpdates updates_{runLoop_, journal_};
-    VirtualEventMonitors eventMonitors_;
+    VirtualEventMonitors eventMonitors_{pointer_};
     VirtualFiles files_;
     VirtualLayerRenderer layerRenderer_;
     VirtualRandomSource random_;

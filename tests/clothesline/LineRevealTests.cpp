@@ -1,5 +1,7 @@
 #include "tests/clothesline/LineFixture.h"
 
+#include <algorithm>
+
 namespace rb {
 namespace {
 
@@ -7,13 +9,18 @@ constexpr Point inBand{700, 980};
 constexpr Point inLine{700, 800};
 constexpr Point farAway{700, 300};
 
-class LineReveal : public LineTest {
+// Every rule holds on a system where the poll can rest and on one where it can't.
+class LineReveal : public LineTest, public testing::WithParamInterface<bool> {
 protected:
-    LineReveal() { line->start(); }
+    LineReveal() {
+        desktop.eventMonitors().setTellsInput(GetParam());
+        line->start();
+        desktop.advance(3);
+    }
     VirtualPanel& panel() { return *desktop.panels().visible().front(); }
 };
 
-TEST_F(LineReveal, RestingInTheMenuBarDropsTheLine) {
+TEST_P(LineReveal, RestingInTheMenuBarDropsTheLine) {
     desktop.pointer().moveTo(inBand);
     desktop.advance(0.2);
     desktop.pointer().moveTo(farAway);
@@ -30,7 +37,7 @@ TEST_F(LineReveal, RestingInTheMenuBarDropsTheLine) {
     EXPECT_NEAR(slideOffset(), 0, 1e-9);
 }
 
-TEST_F(LineReveal, NothingDropsItThatSaysNo) {
+TEST_P(LineReveal, NothingDropsItThatSaysNo) {
     desktop.pointer().moveTo(inBand);
     desktop.pointer().setPressedButtons(1);
     desktop.advance(1);
@@ -48,7 +55,7 @@ TEST_F(LineReveal, NothingDropsItThatSaysNo) {
     EXPECT_TRUE(line->revealed());
 }
 
-TEST_F(LineReveal, AClickInTheMenuBarClosesItUntilThePointerHasLeftTheBar) {
+TEST_P(LineReveal, AClickInTheMenuBarClosesItUntilThePointerHasLeftTheBar) {
     desktop.pointer().moveTo(inBand);
     desktop.advance(0.5);
     ASSERT_TRUE(line->revealed());
@@ -67,7 +74,7 @@ TEST_F(LineReveal, AClickInTheMenuBarClosesItUntilThePointerHasLeftTheBar) {
     EXPECT_TRUE(line->revealed());
 }
 
-TEST_F(LineReveal, ItGoesAwayHalfASecondAfterThePointerLeft) {
+TEST_P(LineReveal, ItGoesAwayHalfASecondAfterThePointerLeft) {
     desktop.pointer().moveTo(inBand);
     desktop.advance(1);
     desktop.pointer().moveTo(farAway);
@@ -83,7 +90,7 @@ TEST_F(LineReveal, ItGoesAwayHalfASecondAfterThePointerLeft) {
     EXPECT_TRUE(desktop.panels().visible().empty());
 }
 
-TEST_F(LineReveal, PinnedItWaitsForAVisitAndPeekingItWaitsForItsTime) {
+TEST_P(LineReveal, PinnedItWaitsForAVisitAndPeekingItWaitsForItsTime) {
     reveal();
     desktop.advance(10);
     EXPECT_TRUE(line->revealed());
@@ -101,7 +108,7 @@ TEST_F(LineReveal, PinnedItWaitsForAVisitAndPeekingItWaitsForItsTime) {
     EXPECT_FALSE(line->revealed());
 }
 
-TEST_F(LineReveal, ARetractStartsFromWhereTheLineIsAndOnlyTheLastOneTakesItOff) {
+TEST_P(LineReveal, ARetractStartsFromWhereTheLineIsAndOnlyTheLastOneTakesItOff) {
     reveal();
     line->setRevealed(false);
     desktop.advance(0.1);
@@ -117,7 +124,7 @@ TEST_F(LineReveal, ARetractStartsFromWhereTheLineIsAndOnlyTheLastOneTakesItOff) 
     EXPECT_EQ(desktop.panels().visible().size(), 1U) << "the first retract's end must not hide it";
 }
 
-TEST_F(LineReveal, ClicksGoThroughEverywhereButOnCards) {
+TEST_P(LineReveal, ClicksGoThroughEverywhereButOnCards) {
     const auto hung = hang(1);
     reveal();
     EXPECT_TRUE(panel().spec().ignoresMouseEvents);
@@ -135,7 +142,7 @@ TEST_F(LineReveal, ClicksGoThroughEverywhereButOnCards) {
     EXPECT_TRUE(panel().spec().ignoresMouseEvents);
 }
 
-TEST_F(LineReveal, ItFollowsThePointersScreenWhenHiddenAndStaysWhenShown) {
+TEST_P(LineReveal, ItFollowsThePointersScreenWhenHiddenAndStaysWhenShown) {
     const Screen left{.id = 1, .frame = {0, 0, 1512, 982}, .visibleFrame = {0, 0, 1512, 944}};
     const Screen right{.id = 2, .frame = {1512, 0, 1000, 800}, .visibleFrame = {1512, 0, 1000, 800}};
     desktop.pointer().moveTo({2000, 795});
@@ -153,7 +160,7 @@ TEST_F(LineReveal, ItFollowsThePointersScreenWhenHiddenAndStaysWhenShown) {
     EXPECT_EQ(line->panelFrame(), (Rect{0, 734, 1512, 210}));
 }
 
-TEST_F(LineReveal, AnEmptyLineSaysWhatItIsFor) {
+TEST_P(LineReveal, AnEmptyLineSaysWhatItIsFor) {
     desktop.pointer().moveTo(inBand);
     desktop.advance(1);
     const auto slide = panel().rootLayer()->sublayers().back();
@@ -166,11 +173,77 @@ TEST_F(LineReveal, AnEmptyLineSaysWhatItIsFor) {
     EXPECT_EQ(hint->superlayer(), nullptr);
 }
 
-TEST_F(LineReveal, ThePollRestsOnNothingWhileTheLineIsHidden) {
-    desktop.advance(1);
+TEST_P(LineReveal, NothingChangesWhileTheLineIsHidden) {
     const auto changes = desktop.layers().changes();
     desktop.advance(6);
     EXPECT_EQ(desktop.layers().changes(), changes);
+}
+
+INSTANTIATE_TEST_SUITE_P(Poll, LineReveal, testing::Bool(),
+                         [](const auto& rests) { return rests.param ? "Rests" : "GoesOn"; });
+
+class LinePoll : public LineTest {
+protected:
+    LinePoll() { line->start(); }
+    // How often the poll looks, a second.
+    double rate() {
+        double fastest = 0;
+        for (const auto& timer : desktop.runLoop().pendingTimers()) {
+            fastest = std::max(fastest, 1 / timer.interval.value_or(1000));
+        }
+        return fastest;
+    }
+    bool rests() { return rate() < 1.5; }
+};
+
+TEST_F(LinePoll, RestsWhenThePointerIsStillAndWakesAtTheFirstInput) {
+    desktop.advance(0.3);
+    EXPECT_NEAR(rate(), 30, 1e-9);
+    desktop.advance(0.5);
+    EXPECT_TRUE(rests());
+    desktop.pointer().moveTo({800, 400});
+    EXPECT_NEAR(rate(), 30, 1e-9);
+    desktop.advance(0.7);
+    EXPECT_TRUE(rests());
+    desktop.pointer().setPressedButtons(1);
+    desktop.advance(5);
+    EXPECT_NEAR(rate(), 30, 1e-9) << "a held button may become a drag";
+    desktop.pointer().setPressedButtons(0);
+    desktop.advance(1.1);
+    EXPECT_TRUE(rests());
+}
+
+TEST_F(LinePoll, GoesOnWhileTheLineIsDownOrMayComeDown) {
+    desktop.advance(2);
+    line->hangFiles({"/nowhere"}); // not the user's hand
+    EXPECT_NEAR(rate(), 30, 1e-9);
+    desktop.advance(2.4);
+    EXPECT_NEAR(rate(), 30, 1e-9);
+    desktop.advance(2);
+    EXPECT_FALSE(line->revealed());
+    EXPECT_TRUE(rests());
+
+    desktop.userDefaults().setObject("ClotheslineHoverReveal", false);
+    desktop.pointer().moveTo(inBand);
+    desktop.advance(2);
+    EXPECT_NEAR(rate(), 30, 1e-9) << "whatever kept the line up may end without the user's hand";
+    desktop.eventMonitors().happenElsewhere(LeftMouseDownMask);
+    desktop.advance(2);
+    EXPECT_TRUE(rests()) << "after a click only the pointer matters";
+}
+
+TEST_F(LinePoll, FindsAPointerThatAProgramMovedAndScreensThatChanged) {
+    desktop.advance(2);
+    desktop.pointer().warpTo(inBand);
+    desktop.advance(1.4);
+    EXPECT_TRUE(line->revealed());
+    line->setRevealed(false);
+    desktop.pointer().moveTo(farAway);
+    desktop.advance(2);
+    ASSERT_TRUE(rests());
+    desktop.screens().set({{.id = 1, .frame = {0, 0, 1512, 310}, .visibleFrame = {0, 0, 1512, 280}}});
+    desktop.advance(0.32);
+    EXPECT_TRUE(line->revealed()) << "the menu bar came to the pointer";
 }
 
 } // namespace
