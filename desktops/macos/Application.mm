@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 // Forwards what AppKit, the preview panel and termination signals tell the program.
 @interface RBMacApplicationDelegate : NSObject <NSApplicationDelegate>
@@ -18,12 +19,33 @@
 @end
 
 @implementation RBMacApplicationDelegate {
+    bool _launched;
+    std::vector<std::string> _pathsBeforeLaunch;
     NSMutableArray<dispatch_source_t>* _signalSources;
     std::unique_ptr<rb::MacPreviewPanel> _previewPanel; // from begin to end of the control
 }
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
     self.target->applicationDidFinishLaunching();
+    _launched = true;
+    if (!_pathsBeforeLaunch.empty()) {
+        self.target->applicationOpenFiles(std::exchange(_pathsBeforeLaunch, {}));
+    }
+}
+
+// Files that the program is started with come before the launch is finished.
+- (void)application:(NSApplication*)application openURLs:(NSArray<NSURL*>*)urls {
+    std::vector<std::string> paths;
+    for (NSURL* url in urls) {
+        if (url.fileURL) {
+            paths.push_back(rb::utf8String(url.path));
+        }
+    }
+    if (_launched) {
+        self.target->applicationOpenFiles(paths);
+    } else {
+        _pathsBeforeLaunch.insert(_pathsBeforeLaunch.end(), paths.begin(), paths.end());
+    }
 }
 
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows {

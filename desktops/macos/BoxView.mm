@@ -7,6 +7,7 @@
 @implementation RBMacBoxView {
     rb::BoxView _box;
     RBMacLayerView* _background;
+    NSTrackingArea* _tracking; // the system may have tracking areas of its own here
 }
 
 - (instancetype)initWithFrame:(NSRect)frame {
@@ -84,14 +85,16 @@
 
 - (void)updateTrackingAreas {
     [super updateTrackingAreas];
-    for (NSTrackingArea* area in self.trackingAreas) {
-        [self removeTrackingArea:area];
+    if (_tracking != nil) {
+        [self removeTrackingArea:_tracking];
+        _tracking = nil;
     }
     if (_box.mouseEntered || _box.mouseExited) {
         const NSTrackingAreaOptions options =
             NSTrackingMouseEnteredAndExited | NSTrackingActiveInActiveApp | NSTrackingInVisibleRect;
         // In the visible rectangle: the given one doesn't count.
-        [self addTrackingArea:[[NSTrackingArea alloc] initWithRect:NSZeroRect options:options owner:self userInfo:nil]];
+        _tracking = [[NSTrackingArea alloc] initWithRect:NSZeroRect options:options owner:self userInfo:nil];
+        [self addTrackingArea:_tracking];
     }
 }
 

@@ -9,40 +9,36 @@ namespace rb {
 
 namespace {
 
-// EventMask has the system's own bits.
-NSEventMask eventMask(std::uint64_t mask) {
-    return static_cast<NSEventMask>(mask);
+using Happened = std::shared_ptr<const std::function<void()>>;
+
+// Nil when the system refused to monitor.
+Handle removal(id monitor) {
+    if (monitor == nil) {
+        return {};
+    }
+    return Handle([monitor] { [NSEvent removeMonitor:monitor]; });
 }
 
 } // namespace
 
+// The masks have the system's own bits.
 Handle MacEventMonitors::addGlobalMonitor(std::uint64_t mask, std::function<void()> happened) {
-    const auto shared = std::make_shared<const std::function<void()>>(std::move(happened));
-    id monitor = [NSEvent addGlobalMonitorForEventsMatchingMask:eventMask(mask)
-                                                        handler:^(NSEvent*) {
-                                                            const auto kept = shared; // it may drop its handle
-                                                            (*kept)();
-                                                        }];
-    return Handle([monitor] {
-        if (monitor != nil) {
-            [NSEvent removeMonitor:monitor];
-        }
-    });
+    const Happened shared = std::make_shared<const std::function<void()>>(std::move(happened));
+    return removal([NSEvent addGlobalMonitorForEventsMatchingMask:static_cast<NSEventMask>(mask)
+                                                          handler:^(NSEvent*) {
+                                                              const Happened kept = shared; // it may drop its handle
+                                                              (*kept)();
+                                                          }]);
 }
 
 Handle MacEventMonitors::addLocalMonitor(std::uint64_t mask, std::function<void()> happened) {
-    const auto shared = std::make_shared<const std::function<void()>>(std::move(happened));
-    id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:eventMask(mask)
-                                                       handler:^NSEvent*(NSEvent* event) {
-                                                           const auto kept = shared;
-                                                           (*kept)();
-                                                           return event;
-                                                       }];
-    return Handle([monitor] {
-        if (monitor != nil) {
-            [NSEvent removeMonitor:monitor];
-        }
-    });
+    const Happened shared = std::make_shared<const std::function<void()>>(std::move(happened));
+    return removal([NSEvent addLocalMonitorForEventsMatchingMask:static_cast<NSEventMask>(mask)
+                                                         handler:^NSEvent*(NSEvent* event) {
+                                                             const Happened kept = shared;
+                                                             (*kept)();
+                                                             return event;
+                                                         }]);
 }
 
 } // namespace rb

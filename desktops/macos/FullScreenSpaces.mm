@@ -9,22 +9,6 @@ namespace rb {
 
 namespace {
 
-using MainConnection = int (*)();
-using CopyDisplaySpaces = CFArrayRef (*)(int connection);
-
-struct WindowServer {
-    MainConnection mainConnection;
-    CopyDisplaySpaces copyDisplaySpaces;
-};
-
-// Looked up by name once.
-const WindowServer& windowServer() {
-    static const WindowServer functions{
-        reinterpret_cast<MainConnection>(dlsym(RTLD_DEFAULT, "CGSMainConnectionID")),
-        reinterpret_cast<CopyDisplaySpaces>(dlsym(RTLD_DEFAULT, "CGSCopyManagedDisplaySpaces"))};
-    return functions;
-}
-
 NSString* uuidOf(std::uint32_t displayId) {
     CFUUIDRef uuid = CGDisplayCreateUUIDFromDisplayID(displayId);
     if (uuid == nullptr) {
@@ -56,7 +40,17 @@ NSDictionary* entryOf(std::uint32_t displayId, NSArray* displays) {
 
 } // namespace
 
-bool displayShowsFullScreenSpace(std::uint32_t displayId) {
+const FullScreenSpaces::WindowServer& FullScreenSpaces::windowServer() const {
+    if (!windowServer_) {
+        windowServer_ = {
+            reinterpret_cast<MainConnection>(dlsym(RTLD_DEFAULT, "CGSMainConnectionID")),
+            reinterpret_cast<CopyDisplaySpaces>(dlsym(RTLD_DEFAULT, "CGSCopyManagedDisplaySpaces")),
+        };
+    }
+    return *windowServer_;
+}
+
+bool FullScreenSpaces::isShownOn(std::uint32_t displayId) const {
     constexpr int fullScreenType = 4;
     const WindowServer& server = windowServer();
     if (server.mainConnection == nullptr || server.copyDisplaySpaces == nullptr) {

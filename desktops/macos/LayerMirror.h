@@ -28,7 +28,8 @@ public:
     LayerMirror(const LayerMirror&) = delete;
     LayerMirror& operator=(const LayerMirror&) = delete;
 
-    // Sits in the layer of a view. Complete from the beginning.
+    // Into the layer of a view; complete from the beginning. Destruction takes it out again.
+    void show(CALayer* container);
     CALayer* nativeRoot() const { return nativeRoot_; }
     // Carries over what changed; for those who can't wait for the end of the turn.
     void flush();
@@ -43,6 +44,7 @@ public:
 
 private:
     struct Mirrored {
+        std::weak_ptr<Layer> layer; // another one may come to lie at the address of one that died
         CALayer* native = nil;
         std::shared_ptr<AnimationEnds> ends = std::make_shared<AnimationEnds>();
         unsigned long seen = 0; // the flush that saw it last

@@ -92,10 +92,16 @@ LayerMirror::LayerMirror(std::shared_ptr<Layer> root)
 }
 
 LayerMirror::~LayerMirror() {
+    const QuietTransaction transaction;
     root_->setHost(nullptr);
     flushRequests_.mirror = nullptr;
     nativeRoot_.delegate = nil;
     [nativeRoot_ removeFromSuperlayer];
+}
+
+void LayerMirror::show(CALayer* container) {
+    const QuietTransaction transaction;
+    [container addSublayer:nativeRoot_];
 }
 
 double LayerMirror::mediaTime() const {
@@ -141,6 +147,10 @@ void LayerMirror::flush() {
 CALayer* LayerMirror::carryOver(const std::shared_ptr<Layer>& layer) {
     const LayerModel& model = layer->model();
     Mirrored& mirrored = mirrored_[layer.get()];
+    if (mirrored.layer.lock() != layer) {
+        mirrored = {};
+        mirrored.layer = layer;
+    }
     mirrored.seen = flushes_;
     const bool isNew = mirrored.native == nil || ![mirrored.native isMemberOfClass:nativeClass(model.content)];
     if (isNew) {
@@ -157,7 +167,11 @@ CALayer* LayerMirror::carryOver(const std::shared_ptr<Layer>& layer) {
 
     NSMutableArray<CALayer*>* sublayers = [NSMutableArray array];
     for (const auto& sublayer : layer->sublayers()) {
-        [sublayers addObject:carryOver(sublayer)];
+        CALayer* native = carryOver(sublayer);
+        if (native.superlayer != mirrored.native) {
+            [native removeFromSuperlayer]; // only layers that hang nowhere else can be set as sublayers
+        }
+        [sublayers addObject:native];
     }
     if (sublayers.count + mirrored.native.sublayers.count > 0 &&
         ![sublayers isEqualToArray:mirrored.native.sublayers]) {

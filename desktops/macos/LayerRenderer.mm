@@ -12,6 +12,8 @@ namespace {
 CALayer* nativeCopy(const Layer& layer) {
     CALayer* native = [nativeClass(layer.model().content) layer];
     setProperties(native, layer.model());
+    // Texts and shapes draw their contents when they are shown, and this copy never is.
+    [native displayIfNeeded];
     if (layer.mask()) {
         native.mask = nativeCopy(*layer.mask());
     }
@@ -24,7 +26,8 @@ CALayer* nativeCopy(const Layer& layer) {
 } // namespace
 
 std::shared_ptr<const Bitmap> MacLayerRenderer::render(const Layer& layer, double scale) {
-    const Size size = layer.model().bounds.size();
+    const Rect bounds = layer.model().bounds;
+    const Size size = bounds.size();
     const auto width = static_cast<size_t>(std::ceil(std::fmax(0, size.width * scale)));
     const auto height = static_cast<size_t>(std::ceil(std::fmax(0, size.height * scale)));
     if (width == 0 || height == 0) {
@@ -38,6 +41,7 @@ std::shared_ptr<const Bitmap> MacLayerRenderer::render(const Layer& layer, doubl
         return nullptr;
     }
     CGContextScaleCTM(context, scale, scale);
+    CGContextTranslateCTM(context, -bounds.x, -bounds.y);
     // Rendering draws in the layer's own coordinates: its position, transform and opacity take no part.
     [nativeCopy(layer) renderInContext:context];
     CGImageRef image = CGBitmapContextCreateImage(context);

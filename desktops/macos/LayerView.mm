@@ -24,7 +24,7 @@
     if (_shown) {
         [self fitLayer];
         _mirror = std::make_unique<rb::LayerMirror>(_shown);
-        [self.layer addSublayer:_mirror->nativeRoot()];
+        _mirror->show(self.layer);
     }
 }
 

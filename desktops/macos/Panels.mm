@@ -35,6 +35,7 @@ public:
     void orderFrontRegardless() override;
     void orderOut() override;
     bool isVisible() const override { return panel_.visible != NO; }
+    void setIgnoresMouseEvents(bool ignores) override;
     const std::shared_ptr<Layer>& rootLayer() override { return rootLayer_; }
     double backingScaleFactor() const override { return panel_.backingScaleFactor; }
 
@@ -68,6 +69,13 @@ MacPanel::MacPanel(const PanelSpec& spec)
 void MacPanel::setFrame(const Rect& frame) {
     rootLayer_->change().setFrame({0, 0, frame.width, frame.height});
     [panel_ setFrame:cgRect(frame) display:NO];
+}
+
+void MacPanel::setIgnoresMouseEvents(bool ignores) {
+    // Asked many times a second; the window server needs to hear of changes only.
+    if ((panel_.ignoresMouseEvents != NO) != ignores) {
+        panel_.ignoresMouseEvents = ignores ? YES : NO;
+    }
 }
 
 void MacPanel::orderFrontRegardless() {

@@ -7,6 +7,7 @@ namespace rb {
 class MacPointer final : public Pointer {
 public:
     Point location() const override;
+    unsigned pressedButtons() const override;
 };
 
 } // namespace rb

@@ -8,4 +8,8 @@ Point MacPointer::location() const {
     return pointFrom(NSEvent.mouseLocation);
 }
 
+unsigned MacPointer::pressedButtons() const {
+    return static_cast<unsigned>(NSEvent.pressedMouseButtons);
+}
+
 } // namespace rb

@@ -2,11 +2,18 @@
 
 #include "platform/Sounds.h"
 
+@class RBMacSoundsPlaying;
+
 namespace rb {
 
+// NSSound with the system's own sounds.
 class MacSounds final : public Sounds {
 public:
+    MacSounds();
     void play(const std::string& name, double volume) override;
+
+private:
+    RBMacSoundsPlaying* playing_;
 };
 
 } // namespace rb

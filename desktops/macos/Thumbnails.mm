@@ -61,8 +61,9 @@ Handle MacThumbnails::requestDocumentThumbnail(const std::string& path, Size siz
                                }
                                const auto bitmap = std::make_shared<const MacBitmap>(representation.CGImage);
                                dispatch_async(dispatch_get_main_queue(), ^{
-                                   if (*waiting) {
-                                       (*waiting)(bitmap);
+                                   const auto tell = *waiting; // it may drop the handle
+                                   if (tell) {
+                                       tell(bitmap);
                                    }
                                });
                            }];

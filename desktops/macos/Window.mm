@@ -23,8 +23,9 @@
 }
 
 - (void)windowWillClose:(NSNotification*)notification {
-    if (_willClose) {
-        _willClose();
+    const auto willClose = _willClose; // it may destroy the window
+    if (willClose) {
+        willClose();
     }
 }
 

@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -90,9 +91,10 @@ Recorder& recorder() {
         for (const char* const* name = fake_class_names; *name; ++name)
             made->systemClasses.insert(*name);
         made->systemClasses.insert("NSObject");
+        // Taken out before they are destroyed: their objects may be freed then, which comes back here.
         objc::onFree([made](objc::Object* object) {
-            made->properties.erase(object);
-            made->receiverAnswers.erase(object);
+            const auto properties = made->properties.extract(object);
+            const auto answers = made->receiverAnswers.extract(object);
         });
         return made;
     }();
@@ -169,18 +171,15 @@ const MethodRow* rowFor(const objc::Class* start, bool isMeta, const char* selec
     return nullptr;
 }
 
-// setFrame: and frame, setVisible: and isVisible share one property.
+// setFrame: and frame, setVisible: and isVisible, setZPosition: and zPosition, setURL: and URL share one property.
 std::string propertyName(std::string selector) {
-    std::size_t prefix = 0;
     if (selector.rfind("set", 0) == 0 && selector.back() == ':' && selector.size() > 4) {
-        prefix = 3;
         selector.pop_back();
+        selector.erase(0, 3);
     } else if (selector.rfind("is", 0) == 0 && selector.size() > 2 && std::isupper(selector[2])) {
-        prefix = 2;
+        selector.erase(0, 2);
     }
-    selector.erase(0, prefix);
-    if (prefix && !(selector.size() > 1 && std::isupper(selector[1])))
-        selector[0] = static_cast<char>(std::tolower(selector[0]));
+    selector[0] = static_cast<char>(std::tolower(selector[0]));
     return selector;
 }
 
@@ -267,18 +266,22 @@ bool hasBlock(const std::vector<Value>& values) {
     return std::any_of(values.begin(), values.end(), [](const Value& value) { return value.type.kind == '?'; });
 }
 
+// The old value goes last: what is freed with it may store properties in turn.
+void replaceProperty(id receiver, const std::string& name, Stored stored) {
+    std::swap(recorder().properties[raw(receiver)][name], stored);
+}
+
 void storeProperty(id receiver, const std::string& name, const Value& value) {
-    Stored& stored = recorder().properties[raw(receiver)][name];
-    stored = {};
+    Stored stored;
     if (!value.type.isObject() && value.type.kind != '?') {
         stored.bytes = value.bytes;
-        return;
-    }
-    stored.isWeak = isUnretainedProperty(name);
-    if (stored.isWeak)
+    } else if (isUnretainedProperty(name)) {
+        stored.isWeak = true;
         stored.weak.object = asId(value.object());
-    else
+    } else {
         stored.strong = asId(value.object());
+    }
+    replaceProperty(receiver, name, std::move(stored));
 }
 
 // A property's value, made on first use where the facts say that it is never nil.
@@ -476,16 +479,16 @@ std::string describeObject(objc::Object* object) {
 }
 
 void setProperty(id receiver, const std::string& name, id value) {
-    Stored& stored = recorder().properties[raw(receiver)][name];
-    stored = {};
+    Stored stored;
     stored.strong = value;
+    replaceProperty(receiver, name, std::move(stored));
 }
 
 void setPropertyBytes(id receiver, const std::string& name, const void* bytes, std::size_t size) {
-    Stored& stored = recorder().properties[raw(receiver)][name];
-    stored = {};
+    Stored stored;
     stored.bytes.assign(static_cast<const unsigned char*>(bytes), static_cast<const unsigned char*>(bytes) + size);
     stored.bytes.resize((size + 7) / 8 * 8);
+    replaceProperty(receiver, name, std::move(stored));
 }
 
 id property(id receiver, const std::string& name) {
@@ -598,19 +601,22 @@ bool Call::fits(const std::string& pattern) const {
 }
 
 void forgetCalls() {
-    recorder().calls.clear();
+    const auto forgotten = std::exchange(recorder().calls, {});
 }
 void answer(const std::string& name, Answer answer) {
-    recorder().answers.insert_or_assign(name, std::move(answer));
+    const auto replaced = recorder().answers.extract(name);
+    recorder().answers.emplace(name, std::move(answer));
 }
 void answer(id receiver, const std::string& selector, Answer answer) {
-    recorder().receiverAnswers[raw(receiver)].insert_or_assign(selector, std::move(answer));
+    auto& answers = recorder().receiverAnswers[raw(receiver)];
+    const auto replaced = answers.extract(selector);
+    answers.emplace(selector, std::move(answer));
 }
 void answerOnce(const std::string& name, Answer answer) {
     recorder().onceAnswers[name].push_back(std::move(answer));
 }
 void onCall(const std::string& name, std::function<void(Call&)> hook) {
-    recorder().hooks[name] = std::move(hook);
+    std::swap(recorder().hooks[name], hook);
 }
 
 void press(id control) {
@@ -644,19 +650,20 @@ long live(const std::string& className) {
 }
 
 void reset() {
+    // Letting go of objects may send messages that are recorded, make others or erase their answers; hence everything is
+    // moved out first.
     Recorder& state = recorder();
-    state.hooks.clear();
-    state.answers.clear();
-    state.onceAnswers.clear();
-    state.receiverAnswers.clear();
+    {
+        const auto hooks = std::exchange(state.hooks, {});
+        const auto answers = std::exchange(state.answers, {});
+        const auto onceAnswers = std::exchange(state.onceAnswers, {});
+        const auto receiverAnswers = std::exchange(state.receiverAnswers, {});
+    }
     for (const auto& work : state.resets)
         work();
-    // Letting go of objects may send messages that are recorded or make others; hence moved out first.
     while (!state.calls.empty() || !state.shared.empty()) {
-        const auto calls = std::move(state.calls);
-        const auto shared = std::move(state.shared);
-        state.calls.clear();
-        state.shared.clear();
+        const auto calls = std::exchange(state.calls, {});
+        const auto shared = std::exchange(state.shared, {});
     }
 }
 

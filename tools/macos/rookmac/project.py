@@ -11,12 +11,12 @@ PRODUCT = "app clothesline screenshots clipboard menubar displays motion platfor
 DESKTOP = ROOT / "desktops/macos"
 PACKAGING = ROOT / "packaging/macos"
 
-FRAMEWORKS = """AppKit Foundation CoreFoundation CoreGraphics CoreText QuartzCore Carbon CoreServices IOKit ImageIO Quartz
+FRAMEWORKS = """AppKit Foundation CoreFoundation CoreGraphics CoreText ColorSync QuartzCore Carbon CoreServices IOKit ImageIO Quartz
     QuickLookThumbnailing UniformTypeIdentifiers ServiceManagement""".split()
 
 # Designated initialisers leave out what keeps its default; clang would have them all written.
 WARNINGS = """-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -Wundeclared-selector -Wunguarded-availability
-    -Wno-missing-designated-field-initializers""".split()
+    -Wno-missing-field-initializers""".split()
 LANGUAGE = "-std=c++20 -fblocks -ferror-limit=5".split()
 OBJECTIVE_C = ["-fobjc-arc", "-fobjc-weak"]
 CODE_GENERATION = "-O2 -g -fvisibility=hidden -fvisibility-inlines-hidden".split()
