@@ -38,7 +38,7 @@ RBPegItemRef LineItems::hang(const std::string& path, HangOptions options) {
         line_.nudge(*hanging, 4);
         return nullptr;
     }
-    const auto item = std::make_shared<RBPegItem>();
+    auto item = std::make_shared<RBPegItem>();
     item->path = standardized;
     item->tilt = desktop_.random.between(-2.5, 2.5);
     item->flying = options.flying;

@@ -46,7 +46,7 @@ struct Layer::Due {
     double end = 0;
     std::function<void(bool finished)> completion;
 
-    static void tell(std::vector<Due> all, bool finished) {
+    static void tell(const std::vector<Due>& all, bool finished) {
         for (const Due& due : all) {
             if (due.completion) {
                 due.completion(finished);

@@ -23,7 +23,7 @@ public:
     virtual Handle addLocalMonitor(std::uint64_t mask, std::function<void()> happened) = 0;
     // Once, when the user next moves the pointer or presses or releases a button, wherever. Programs that move the
     // pointer need not be noticed. Empty on a system that doesn't tell, where one has to look again and again.
-    virtual Handle onNextInput(std::function<void()> /*happened*/) { return {}; }
+    virtual Handle onNextInput(std::function<void()> happened) = 0;
 };
 
 } // namespace rb

@@ -4,13 +4,13 @@
 #include "platform/Application.h"
 #include "platform/Handle.h"
 
+#include <QSessionManager>
+
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-class QSessionManager;
 
 namespace rb {
 

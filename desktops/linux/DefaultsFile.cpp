@@ -226,7 +226,9 @@ bool DefaultsFile::setAside(const Place& place, const std::string& reason) {
             result = result == 0 ? unlinkat(folder, place.name.c_str(), 0) : result;
         }
         if (result == 0) {
-            log_.write(reason + "; it is kept as " + name);
+            std::string told = reason;
+            told.append("; it is kept as ").append(name);
+            log_.write(told);
             seen_.reset();
             return true;
         }

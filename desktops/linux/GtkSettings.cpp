@@ -70,7 +70,7 @@ GtkSettings GtkSettings::ofSession() {
         if (!file.open(QIODevice::ReadOnly)) {
             continue;
         }
-        constexpr qint64 largest = 64 * 1024;
+        constexpr qint64 largest = 65536;
         const GtkSettings read = parse(QString::fromUtf8(file.read(largest)));
         if (!settings.prefersDark) {
             settings.prefersDark = read.prefersDark;

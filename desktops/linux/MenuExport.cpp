@@ -25,7 +25,7 @@ constexpr double symbolSize = 13;
 QString labelOf(const MenuItem& item) {
     // An underscore marks the letter to type; indentation has no property of its own.
     QString label = QString::fromStdString(item.title).replace(QLatin1Char('_'), QStringLiteral("__"));
-    return QString(2 * item.indentationLevel, QChar(0x2002)) + label;
+    return QString(qsizetype{2} * item.indentationLevel, QChar(0x2002)) + label;
 }
 
 // Names of keys as GDK has them.

@@ -17,7 +17,7 @@ constexpr double coarsest = 2;
 
 std::vector<float> gaussian(double deviation) {
     const int reach = std::max(1, static_cast<int>(std::ceil(3 * deviation)));
-    std::vector<float> weights(static_cast<std::size_t>(2 * reach + 1));
+    std::vector<float> weights(2 * static_cast<std::size_t>(reach) + 1);
     float total = 0;
     for (int i = -reach; i <= reach; ++i) {
         const double x = i / std::max(deviation, 0.01);
@@ -32,7 +32,7 @@ std::vector<float> gaussian(double deviation) {
 }
 
 // One line of `count` values, `stride` apart, with nothing beyond its ends.
-void blurLine(const float* from, float* to, int count, int stride, const std::vector<float>& weights) {
+void blurLine(const float* from, float* to, int count, std::ptrdiff_t stride, const std::vector<float>& weights) {
     const int reach = static_cast<int>(weights.size() / 2);
     for (int i = 0; i < count; ++i) {
         float value = 0;
@@ -48,26 +48,29 @@ void blur(QImage& image, double deviation, const QColor& color) {
     const int width = image.width();
     const int height = image.height();
     const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    const auto at = [width](int x, int y) {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+    };
     std::vector<float> alpha(count);
     std::vector<float> across(count);
     for (int y = 0; y < height; ++y) {
         const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
         for (int x = 0; x < width; ++x) {
-            alpha[static_cast<std::size_t>(y * width + x)] = static_cast<float>(qAlpha(line[x]));
+            alpha[at(x, y)] = static_cast<float>(qAlpha(line[x]));
         }
     }
     const std::vector<float> weights = gaussian(deviation);
     for (int y = 0; y < height; ++y) {
-        blurLine(&alpha[static_cast<std::size_t>(y * width)], &across[static_cast<std::size_t>(y * width)], width, 1,
+        blurLine(&alpha[at(0, y)], &across[at(0, y)], width, 1,
                  weights);
     }
     for (int x = 0; x < width; ++x) {
-        blurLine(&across[static_cast<std::size_t>(x)], &alpha[static_cast<std::size_t>(x)], height, width, weights);
+        blurLine(&across[at(x, 0)], &alpha[at(x, 0)], height, width, weights);
     }
     for (int y = 0; y < height; ++y) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < width; ++x) {
-            const auto a = static_cast<int>(std::lround(alpha[static_cast<std::size_t>(y * width + x)]));
+            const auto a = static_cast<int>(std::lround(alpha[at(x, y)]));
             line[x] = qPremultiply(qRgba(color.red(), color.green(), color.blue(), a));
         }
     }

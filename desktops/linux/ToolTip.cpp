@@ -5,7 +5,7 @@
 namespace rb {
 
 QString plainToolTip(const std::string& text) {
-    const QString plain = QString::fromStdString(text);
+    QString plain = QString::fromStdString(text);
     constexpr qsizetype longestLine = 48;
     const bool shortLines = [&plain] {
         for (const QString& line : plain.split(QLatin1Char('\n'))) {

@@ -9,6 +9,7 @@ class MacEventMonitors final : public EventMonitors {
 public:
     Handle addGlobalMonitor(std::uint64_t mask, std::function<void()> happened) override;
     Handle addLocalMonitor(std::uint64_t mask, std::function<void()> happened) override;
+    Handle onNextInput(std::function<void()> /*happened*/) override { return {}; }
 };
 
 } // namespace rb

@@ -113,10 +113,10 @@ Handle VirtualRunLoop::every(double interval, double tolerance, std::function<vo
     timer->tolerance = tolerance;
     timer->times = 1;
     const std::int64_t due = dueOf(*timer);
-    return addTimer(std::move(timer), due);
+    return addTimer(timer, due);
 }
 
-Handle VirtualRunLoop::addTimer(std::shared_ptr<Work> timer, std::int64_t due) {
+Handle VirtualRunLoop::addTimer(const std::shared_ptr<Work>& timer, std::int64_t due) {
     timer->kind = Kind::Timer;
     const Work* key = timer.get();
     queue_->add(timer, due);

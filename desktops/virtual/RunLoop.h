@@ -84,7 +84,7 @@ private:
         void cancel(const Work* timer);
     };
 
-    Handle addTimer(std::shared_ptr<Work> timer, std::int64_t due);
+    Handle addTimer(const std::shared_ptr<Work>& timer, std::int64_t due);
     std::int64_t dueOf(const Work& timer) const;
     void runWhatIsDue();
     void run(const std::shared_ptr<Work>& work);
