@@ -4,11 +4,12 @@
 
 namespace rb {
 
-// NSEvent's monitors. They tell nothing of the whole input at once, so onNextInput stays empty.
+// NSEvent's monitors.
 class MacEventMonitors final : public EventMonitors {
 public:
     Handle addGlobalMonitor(std::uint64_t mask, std::function<void()> happened) override;
     Handle addLocalMonitor(std::uint64_t mask, std::function<void()> happened) override;
+    // Nothing: here one looks again and again.
     Handle onNextInput(std::function<void()> /*happened*/) override { return {}; }
 };
 

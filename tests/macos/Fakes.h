@@ -57,7 +57,8 @@ private:
 
 struct CallData;
 
-// One recorded call. Objects are not kept alive by it (nil once they are gone); blocks are, until forgetCalls().
+// One recorded call. It keeps blocks and values (strings, numbers, collections, URLs …) until forgetCalls(), but no
+// other object: those are nil once they are gone.
 class Call {
 public:
     explicit Call(std::shared_ptr<CallData> data)
@@ -119,6 +120,9 @@ void answer(id receiver, const std::string& selector, Answer answer);
 void answerOnce(const std::string& name, Answer answer);
 // Runs for each such call, after it was recorded; it may fill out-parameters and set the answer.
 void onCall(const std::string& name, std::function<void(Call&)> hook);
+
+// What a look-up by name (dlsym) finds from now on; it finds nothing else.
+void provideFunction(const std::string& name, void* function);
 
 // Sends the control's or menu item's action to its target, as a click would.
 void press(id control);

@@ -3,6 +3,9 @@
 #include "desktops/macos/Bitmap.h"
 #include "tests/macos/MacTest.h"
 
+#include <new>
+#include <utility>
+
 namespace rb {
 
 namespace {
@@ -15,7 +18,6 @@ protected:
     }
 
     void show() { mirror_ = std::make_unique<LayerMirror>(root_); }
-    // What Core Animation does before it commits a turn.
     void endTurn() { [mirror_->nativeRoot().delegate layoutSublayersOfLayer:mirror_->nativeRoot()]; }
     CALayer* native() { return mirror_->nativeRoot().sublayers.firstObject; }
     CALayer* native(NSUInteger index) { return native().sublayers[index]; }
@@ -145,6 +147,108 @@ TEST_F(LayerMirrorTest, followsTheTreeAndLetsGoOfWhatLeft) {
     EXPECT_EQ(native().sublayers.count, 1u);
     EXPECT_EQ(native().mask, nil);
     EXPECT_EQ(gone, nil);
+}
+
+// AddressSanitizer holds freed memory back until much more is freed.
+void giveFreedMemoryBack() {
+    for (int i = 0; i < 8; ++i) {
+        ::operator delete(::operator new(64UL << 20U));
+    }
+}
+
+// The memory of a card that went is often the next card's.
+TEST_F(LayerMirrorTest, aNewLayerInTheMemoryOfAnOldOneIsShownAsItIs) {
+    show();
+    auto old = Layer::create();
+    old->change().cornerRadius = 9;
+    root_->addSublayer(old);
+    endTurn();
+    const void* address = old.get();
+    old->removeFromSuperlayer();
+    old.reset();
+    giveFreedMemoryBack();
+    std::vector<std::shared_ptr<Layer>> others;
+    auto fresh = Layer::create();
+    while (fresh.get() != address && others.size() < 10000) {
+        others.push_back(std::exchange(fresh, Layer::create()));
+    }
+    ASSERT_EQ(fresh.get(), address) << "the memory was never used again";
+    fresh->change().cornerRadius = 3;
+    fresh->addAnimation("rb.fade", Animation::basic(KeyPath::Opacity, 0.0, 1.0, 1));
+    root_->addSublayer(fresh);
+    endTurn();
+    EXPECT_EQ(native(0).cornerRadius, 3);
+    EXPECT_NE([native(0) animationForKey:@"rb.fade"], nil);
+}
+
+TEST_F(LayerMirrorTest, aLayerMovesToAnotherOneWithItsAnimation) {
+    const auto a = Layer::create();
+    const auto b = Layer::create();
+    const auto moving = Layer::create();
+    root_->addSublayer(a);
+    root_->addSublayer(b);
+    b->addSublayer(moving);
+    show();
+    moving->addAnimation("rb.move", Animation::basic(KeyPath::PositionX, 0.0, 1.0, 1));
+    endTurn();
+    CALayer* native = this->native(1).sublayers.firstObject;
+    fake::forgetCalls();
+    a->addSublayer(moving);
+    endTurn();
+    EXPECT_EQ(this->native(0).sublayers.firstObject, native);
+    EXPECT_EQ(this->native(1).sublayers.count, 0u);
+    EXPECT_TRUE(fake::calledInOrder({"-[CALayer removeFromSuperlayer]", "-[CALayer setSublayers:]"}))
+        << "what is set as a sublayer must hang nowhere";
+    EXPECT_NE([native animationForKey:@"rb.move"], nil);
+}
+
+TEST_F(LayerMirrorTest, motionsOfOneLayerAddUpUnderTheirOwnKeys) {
+    fake::onCall("-[CALayer convertTime:fromLayer:]", [](fake::Call& call) { call.answer(call.real(0)); });
+    const auto swing = Layer::create();
+    root_->addSublayer(swing);
+    show();
+    const auto nudge = [&](const std::string& key, double begin) {
+        Animation push = Animation::basic(KeyPath::RotationZ, 0.0, -0.07, 0.3, TimingCurve::easeOut());
+        push.parts.front().additive = true;
+        push.beginTime = begin;
+        swing->addAnimation(key, push);
+    };
+    nudge("rb.nudge.1.push", 1000);
+    nudge("rb.nudge.2.push", 1000.3);
+    endTurn();
+    ASSERT_EQ(native(0).animationKeys.count, 2u);
+    for (NSString* key in @[ @"rb.nudge.1.push", @"rb.nudge.2.push" ]) {
+        CABasicAnimation* push = (CABasicAnimation*)[native(0) animationForKey:key];
+        EXPECT_TRUE([push.keyPath isEqualToString:@"transform.rotation.z"]);
+        EXPECT_TRUE(push.additive);
+        EXPECT_EQ([push.toValue doubleValue], -0.07);
+    }
+    EXPECT_EQ([native(0) animationForKey:@"rb.nudge.2.push"].beginTime, 1000.3);
+
+    // What is visible now comes from the clock by which Core Animation runs.
+    fake::advance(0.15);
+    const double half = swing->presentation().transform.rotation;
+    EXPECT_LT(half, 0);
+    EXPECT_GT(half, -0.07);
+
+    nudge("rb.nudge.1.push", 1001); // replaces
+    swing->removeAnimation("rb.nudge.2.push");
+    endTurn();
+    ASSERT_EQ(native(0).animationKeys.count, 1u);
+    EXPECT_EQ([native(0) animationForKey:@"rb.nudge.1.push"].beginTime, 1001);
+
+    CALayer* native = this->native(0);
+    swing->removeFromSuperlayer();
+    endTurn();
+    EXPECT_EQ(native.animationKeys.count, 0u);
+}
+
+TEST_F(LayerMirrorTest, zPositionsAreCarriedOver) {
+    const auto peg = Layer::create();
+    peg->change().zPosition = 1;
+    root_->addSublayer(peg);
+    show();
+    EXPECT_EQ(native(0).zPosition, 1);
 }
 
 TEST_F(LayerMirrorTest, translatesPropertyAnimations) {

@@ -20,6 +20,8 @@ protected:
     MacTest();
     // Override it to destroy members first, then call this one.
     void TearDown() override;
+    // Lays out the layers that asked for it, as Core Animation does before it commits a turn.
+    static void endTurn();
 
 private:
     void* pool_;

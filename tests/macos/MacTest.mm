@@ -66,6 +66,13 @@ MacTest::MacTest()
     before_ = liveObjects();
 }
 
+void MacTest::endTurn() {
+    for (const Call& call : calls("-[CALayer setNeedsLayout]")) {
+        CALayer* layer = call.receiver();
+        [layer.delegate layoutSublayersOfLayer:layer];
+    }
+}
+
 void MacTest::TearDown() {
     forgetCalls();
     objc_autoreleasePoolPop(pool_);

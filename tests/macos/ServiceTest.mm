@@ -11,28 +11,13 @@
 
 #import <AppKit/AppKit.h>
 
-#include <cstring>
-
 namespace rb {
 
 namespace {
 
-class ServiceTest : public fake::MacTest {
-protected:
-    // What Core Foundation knows about numbers.
-    static void answerNumberTypes() {
-        const auto isOfType = [](fake::Call& call, NSNumber* other) {
-            return [call.object(0) isKindOfClass:NSNumber.class] &&
-                   std::strcmp([call.object(0) objCType], other.objCType) == 0;
-        };
-        fake::answer("CFBooleanGetTypeID", 21);
-        fake::onCall("CFGetTypeID", [=](fake::Call& call) { call.answer(isOfType(call, @YES) ? 21 : 22); });
-        fake::onCall("CFNumberIsFloatType", [=](fake::Call& call) { call.answer(isOfType(call, @0.5) ? 1 : 0); });
-    }
-};
+using ServiceTest = fake::MacTest;
 
 TEST_F(ServiceTest, propertyListsComeBackAsTheyWent) {
-    answerNumberTypes();
     const PropertyValue value = PropertyDictionary{
         {"flag", true},
         {"zero", std::int64_t{0}},
@@ -76,6 +61,41 @@ TEST_F(ServiceTest, argumentsAndInformationOfTheProgram) {
     EXPECT_EQ(application.infoString("SUFeedURL"), "u");
     EXPECT_EQ(application.infoString("Number"), std::nullopt);
     EXPECT_EQ(application.infoString("Absent"), std::nullopt);
+}
+
+// Knows the files that the system hands over.
+class OpenedFiles final : public ApplicationDelegate {
+public:
+    void applicationDidFinishLaunching() override { told += "launched "; }
+    bool applicationShouldHandleReopen(bool /*hasVisibleWindows*/) override { return false; }
+    void applicationOpenFiles(const std::vector<std::string>& paths) override {
+        for (const std::string& path : paths) {
+            told += path + " ";
+        }
+    }
+    void applicationWillTerminate() override {}
+    bool acceptsPreviewPanelControl() override { return false; }
+    void beginPreviewPanelControl(PreviewPanel& /*panel*/) override {}
+    void endPreviewPanelControl(PreviewPanel& /*panel*/) override {}
+
+    std::string told;
+};
+
+TEST_F(ServiceTest, filesThatTheProgramIsStartedWithWaitForTheLaunch) {
+    MacApplication application;
+    OpenedFiles product;
+    fake::onCall("-[NSApplication run]", [](fake::Call&) {
+        id<NSApplicationDelegate> delegate = NSApplication.sharedApplication.delegate;
+        const auto open = [delegate](NSString* path) {
+            [delegate application:NSApplication.sharedApplication openURLs:@[ [NSURL fileURLWithPath:path] ]];
+        };
+        open(@"/a");
+        open(@"/b");
+        [delegate applicationDidFinishLaunching:[NSNotification new]];
+        open(@"/c");
+    });
+    application.run(product);
+    EXPECT_EQ(product.told, "launched /a /b /c ");
 }
 
 TEST_F(ServiceTest, screensAreReadWithTheirNumbers) {

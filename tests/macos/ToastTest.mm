@@ -41,13 +41,6 @@ protected:
         }
         return nil;
     }
-    // Lays out what is shown, as Core Animation does at the end of a turn.
-    static void endTurn() {
-        for (const auto& call : fake::calls("-[CALayer setNeedsLayout]")) {
-            CALayer* layer = call.receiver();
-            [layer.delegate layoutSublayersOfLayer:layer];
-        }
-    }
 
     std::optional<MacDesktop> desktop_;
     std::optional<Toasts> toasts_;

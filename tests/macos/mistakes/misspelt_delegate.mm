@@ -1,10 +1,10 @@
 // expect-delegates: did you mean menuWillOpen:
 #import <AppKit/AppKit.h>
 
-@interface Opener : NSObject <NSMenuDelegate>
+@interface RBMacOpener : NSObject <NSMenuDelegate>
 @end
 
-@implementation Opener
+@implementation RBMacOpener
 - (void)menuWillOpened:(NSMenu*)menu {
     (void)menu;
 }

@@ -319,6 +319,15 @@ NSApplication* NSApp;
 }
 @end
 
+// A copy is another sound of the same name.
+@implementation NSSound
+- (id)copyWithZone:(NSZone*)zone {
+    NSSound* copy = [[NSSound alloc] init];
+    setProperty(copy, "name", property(self, "name"));
+    return copy;
+}
+@end
+
 @implementation NSPopUpButton
 - (NSMenu*)menu {
     if (!property(self, "menu"))
@@ -568,8 +577,13 @@ NSApplication* NSApp;
         setProperty(self, "values", [NSMutableDictionary dictionary]);
     return property(self, "values");
 }
+- (void)registerDefaults:(NSDictionary*)defaults {
+    NSMutableDictionary* registered = property(self, "registered") ?: [NSMutableDictionary dictionary];
+    [registered addEntriesFromDictionary:defaults];
+    setProperty(self, "registered", registered);
+}
 - (id)objectForKey:(NSString*)key {
-    return [self fakeValues][key];
+    return [self fakeValues][key] ?: [property(self, "registered") objectForKey:key];
 }
 - (void)setObject:(id)value forKey:(NSString*)key {
     [self fakeValues][key] = value;

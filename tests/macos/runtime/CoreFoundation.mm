@@ -20,6 +20,23 @@ using namespace rb::fake;
 
 namespace rb::fake {
 
+namespace {
+
+std::map<std::string, void*>& providedFunctions() {
+    static auto* functions = [] {
+        auto* made = new std::map<std::string, void*>;
+        onReset([made] { made->clear(); });
+        return made;
+    }();
+    return *functions;
+}
+
+} // namespace
+
+void provideFunction(const std::string& name, void* function) {
+    providedFunctions()[name] = function;
+}
+
 id makeCoreObject(const std::string& typeName) {
     RBFakeCoreObject* object = [[RBFakeCoreObject alloc] init];
     object->typeName = typeName;
@@ -68,6 +85,9 @@ void NSLog(NSString* format, ...) {
     recordFunction("NSLog", {text});
     va_end(arguments);
 }
+Class NSClassFromString(NSString* name) {
+    return objc_lookUpClass(name.UTF8String);
+}
 NSString* NSStringFromClass(Class cls) {
     return string(class_getName(cls));
 }
@@ -96,6 +116,24 @@ id CFBridgingRelease(CFTypeRef object) {
 }
 CFTypeRef CFBridgingRetain(id object) {
     return (__bridge_retained CFTypeRef)object;
+}
+CFTypeID CFStringGetTypeID(void) {
+    return 7;
+}
+CFTypeID CFBooleanGetTypeID(void) {
+    return 21;
+}
+CFTypeID CFNumberGetTypeID(void) {
+    return 22;
+}
+CFTypeID CFGetTypeID(CFTypeRef reference) {
+    id object = (__bridge id) const_cast<void*>(reference);
+    if ([object isKindOfClass:NSNumber.class])
+        return std::strcmp([object objCType], "c") == 0 ? CFBooleanGetTypeID() : CFNumberGetTypeID();
+    return [object isKindOfClass:NSString.class] ? CFStringGetTypeID() : 1;
+}
+Boolean CFNumberIsFloatType(CFNumberRef number) {
+    return std::strcmp(((__bridge NSNumber*)number).objCType, "d") == 0;
 }
 CFIndex CFArrayGetCount(CFArrayRef array) {
     return (CFIndex)((__bridge NSArray*)array).count;
@@ -137,6 +175,12 @@ CFIndex CFDataGetLength(CFDataRef data) {
 }
 CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
     return (__bridge_retained CFDataRef)[NSData dataWithBytes:bytes length:(NSUInteger)length];
+}
+
+void* dlsym_recorded(void*, const char* name) {
+    recordFunction("dlsym", {string(name)});
+    const auto found = providedFunctions().find(name);
+    return found == providedFunctions().end() ? nullptr : found->second;
 }
 
 // The compiler's objects for @[] and @{}.

@@ -50,7 +50,7 @@ struct CallData {
     WeakObject receiver;
     std::vector<Value> values;
     std::map<std::size_t, WeakObject> objects;
-    std::map<std::size_t, id> blocks;
+    std::map<std::size_t, id> kept; // blocks and values
     std::unique_ptr<Answer> answer;
 
     bool isNamed(const std::string& wanted) const {
@@ -192,6 +192,12 @@ bool isUnretainedProperty(const std::string& name) {
     return false;
 }
 
+// What a call said is still to be read when the caller has let go of it.
+bool isValue(const Value& value) {
+    objc::Object* object = value.type.isObject() ? value.object() : nullptr;
+    return object && !objc::isClass(object) && !objc::isBlock(object) && isValueClass(object->isa);
+}
+
 std::shared_ptr<CallData> makeCall(std::string name, id receiver, std::vector<Value> values) {
     auto call = std::make_shared<CallData>();
     call->name = std::move(name);
@@ -202,8 +208,8 @@ std::shared_ptr<CallData> makeCall(std::string name, id receiver, std::vector<Va
         call->arguments += (i ? ", " : "") + describe(value);
         if (value.type.isObject() || value.type.kind == '#')
             call->objects[i].object = asId(value.object());
-        else if (value.type.kind == '?')
-            call->blocks[i] = asId(value.object());
+        if (value.type.kind == '?' || isValue(value))
+            call->kept[i] = asId(value.object());
     }
     call->text = call->name + (call->arguments.empty() ? "" : " ") + call->arguments;
     return call;
@@ -547,7 +553,7 @@ double Call::real(std::size_t index) const {
     return data_->values.at(index).real();
 }
 id Call::blockObject(std::size_t index) const {
-    return data_->blocks.at(index);
+    return data_->kept.at(index);
 }
 std::string Call::string(std::size_t index) const {
     NSString* text = object(index);

@@ -53,6 +53,7 @@ class Source:
 
     def __init__(self, tree):
         self.classes = {}  # name -> super, protocols, methods
+        self.protocols = {}  # name -> methods
         self.implemented = []
         self.used = set()
         self.visit(tree, None)
@@ -68,6 +69,11 @@ class Source:
             entry["super"] = node.get("super", {}).get("name") or entry["super"]
             entry["protocols"] |= {protocol["name"] for protocol in node.get("protocols", [])}
             owner = (cls, "Impl" in kind)
+        elif kind == "ObjCProtocolDecl":
+            methods = [child for child in node.get("inner", []) if child.get("kind") == "ObjCMethodDecl"]
+            self.protocols.setdefault(name, set()).update(
+                ("-" if method["instance"] else "+", method["name"]) for method in methods)
+            return
         elif kind == "ObjCMethodDecl" and owner and not node.get("isImplicit"):
             method = ("-" if node.get("instance") else "+", name)
             if owner[1]:
@@ -79,14 +85,12 @@ class Source:
             self.entry(owner[0])["methods"] |= {("-", name), ("-", setter)}
         elif kind in ("ObjCSelectorExpr", "ObjCMessageExpr"):
             self.used.add(node.get("selector"))
-        elif kind == "ObjCProtocolDecl":
-            owner = None
         for child in node.get("inner", []):
             if child:
                 self.visit(child, owner)
 
 
-def suspicious(facts, tree_text):
+def suspicious(known_methods, tree_text):
     """Yields one line per suspicious method. tree_text: clang's -ast-dump=json, one object after another."""
     decoder = json.JSONDecoder()
     nodes, position = [], tree_text.find("{")
@@ -95,7 +99,6 @@ def suspicious(facts, tree_text):
         nodes.append(node)
         position = tree_text.find("{", end)
     source = Source({"inner": nodes})
-    known_methods = KnownMethods(facts)
     for cls, method in source.implemented:
         declared, protocols, name = False, set(), cls
         while name in source.classes:
@@ -105,7 +108,7 @@ def suspicious(facts, tree_text):
             if name in known_methods.classes:
                 break
             name = entry["super"]
-        known = known_methods.of(name, protocols)
+        known = known_methods.of(name, protocols).union(*(source.protocols.get(adopted, ()) for adopted in protocols))
         selector = method[1]
         if declared or selector in source.used or method in known or selector in ROOT_METHODS or selector[0] == ".":
             continue

@@ -6,9 +6,9 @@ from .project import DESKTOP, LANGUAGE, OBJECTIVE_C, PRODUCT, ROOT, WARNINGS, Ni
 TESTS = ROOT / "tests/macos"
 RUNTIME = TESTS / "runtime"
 
-# Messages sent by these objects are recorded: the code under test, not the tests nor the fakes.
+# What these objects call is recorded: the code under test, not the tests nor the fakes.
 RECORDED_CALLS = """objc_msgSend objc_msgSend_stret objc_msgSendSuper2 objc_msgSendSuper2_stret objc_alloc_init
-    objc_opt_new""".split()
+    objc_opt_new dlsym""".split()
 # The fakes write parts of classes only, and declare nothing.
 FAKE_FLAGS = """-DRB_FAKE_IMPLEMENTATION -Wall -Wextra -Werror -Wno-incomplete-implementation -Wno-unused-parameter
     -Wno-deprecated-implementations -Wno-objc-designated-initializers -Wno-objc-missing-super-calls
@@ -50,14 +50,19 @@ class SuiteFile(NinjaFile):
                 continue
             self.compiled.add(output)
             language = [*OBJECTIVE_C, "-fobjc-runtime=macosx-13.0"] if path.suffix == ".mm" else []
-            flags = quote([*language, *self.flags(), *extra])
-            self.build([output], rule, [path], compiler="clang++-19", flags=flags, arch="for the suite", short=short)
+            flags = [*language, *self.flags(), *extra]
+            prefix = []
+            if "-DROOKBAY_SUITE" in extra:
+                prefix = [self.prefix(path.suffix, flags)]
+                flags += ["-include-pch", prefix[0]]
+            self.build([output], rule, [path], implicit=prefix, compiler="clang++-19", flags=quote(flags),
+                       arch="for the suite", short=short)  # fmt: skip
         return outputs
 
     def write(self, path):
         self.rules()
         rename = " ".join(f"--redefine-sym {name}={name}_recorded" for name in RECORDED_CALLS)
-        self.rule("compile_recorded", f"$compiler $flags -MD -MF $out.d -c $in -o $out && llvm-objcopy-19 {rename} $out",
+        self.rule("compile_recorded", f"{self.compile_command()} && llvm-objcopy-19 {rename} $out",
                   depfile="$out.d", deps="gcc", description="compile $short, recorded")  # fmt: skip
         self.rule("fakes", f"PYTHONPATH={TOOLS} python3 -m rookmac.fakedata $out", description="fakes from the facts")
         self.rule("assemble", "clang-19 -c $in -o $out", description="assemble $in")
@@ -74,7 +79,7 @@ class SuiteFile(NinjaFile):
         constants = "-Wl,--defsym=__CFConstantStringClassReference='OBJC_CLASS_$$_RBFakeConstantString'"
         libraries = f"-lgtest -lgtest_main -lBlocksRuntime -lpthread {constants}"
         for name, (recorded, tests) in PROGRAMS.items():
-            objects = self.compile_all("compile_recorded", recorded, WARNINGS)
-            objects += self.compile_all("compile", tests, WARNINGS)
+            objects = self.compile_all("compile_recorded", recorded, [*WARNINGS, "-DROOKBAY_SUITE"])
+            objects += self.compile_all("compile", tests, [*WARNINGS, "-DROOKBAY_SUITE"])
             self.build([self.out / name], "suite", [*objects, *fakes], libraries=libraries)
         path.write_text("\n".join(self.lines) + "\n")
