@@ -52,9 +52,15 @@ def install_debian_packages(wanted):
     sudo = [] if os.geteuid() == 0 else ["sudo"]
     if sudo and not shutil.which("sudo"):
         raise Unavailable(f"please install these Debian packages: {' '.join(missing)}")
-    command = [*sudo, "apt-get", "install", "-y", "-q", *missing]
     environment = {**os.environ, "DEBIAN_FRONTEND": "noninteractive"}
-    result = subprocess.run(command, env=environment, capture_output=True, text=True)
+
+    def apt(*words):
+        return subprocess.run([*sudo, "apt-get", *words], env=environment, capture_output=True, text=True)
+
+    result = apt("install", "-y", "-q", *missing)
+    if result.returncode:  # a fresh machine has no package lists, an old one outdated ones
+        apt("update", "-q")
+        result = apt("install", "-y", "-q", *missing)
     if result.returncode:
         reason = (result.stderr.strip().splitlines() or ["no reason given"])[-1]
         raise Unavailable(f"apt-get could not install {' '.join(missing)}: {reason}")
