@@ -103,6 +103,23 @@ QPainterPath outlineOf(const QRectF& rect, double radius, bool continuous) {
     return path;
 }
 
+bool movesAsAWhole(const Layer& layer) {
+    const auto keys = layer.animationKeys();
+    return std::all_of(keys.begin(), keys.end(), [&layer](const std::string& key) {
+        const auto& parts = layer.animation(key)->parts;
+        return std::all_of(parts.begin(), parts.end(), [](const PropertyAnimation& part) {
+            return part.keyPath <= KeyPath::RotationZ || part.keyPath == KeyPath::Opacity;
+        });
+    });
+}
+
+bool isStillInside(const Layer& layer) {
+    const auto& sublayers = layer.sublayers();
+    return (!layer.mask() || (!layer.mask()->hasAnimations() && isStillInside(*layer.mask()))) &&
+           std::all_of(sublayers.begin(), sublayers.end(),
+                       [](const auto& sublayer) { return !sublayer->hasAnimations() && isStillInside(*sublayer); });
+}
+
 QRectF contentsRect(const LayerModel& model, const QSizeF& size) {
     const QRectF bounds = toQt(model.bounds);
     if (model.contentsGravity == ContentsGravity::Resize || size.isEmpty()) {

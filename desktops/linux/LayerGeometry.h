@@ -39,6 +39,11 @@ inline QPainterPath outlineOf(const LayerModel& model) {
     return outlineOf(toQt(model.bounds), model.cornerRadius, model.continuousCorners);
 }
 
+// Whether the layer's own animations only shift, turn and fade it.
+bool movesAsAWhole(const Layer& layer);
+// Whether nothing is animated below the layer, its mask included.
+bool isStillInside(const Layer& layer);
+
 // Where the contents lie in layer coordinates, from their size in points and their gravity.
 QRectF contentsRect(const LayerModel& model, const QSizeF& size);
 // The size in points of what the layer shows; empty for nothing.

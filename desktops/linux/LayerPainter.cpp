@@ -1,6 +1,7 @@
 #include "desktops/linux/LayerPainter.h"
 
 #include "desktops/linux/Bitmap.h"
+#include "desktops/linux/Blit.h"
 #include "desktops/linux/LayerGeometry.h"
 #include "desktops/linux/Symbols.h"
 
@@ -8,6 +9,7 @@
 #include <QGuiApplication>
 #include <QLinearGradient>
 #include <QPaintDevice>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPalette>
 #include <QPen>
@@ -64,6 +66,18 @@ int layersOfPaint(const LayerModel& model) {
 
 bool staysUpright(const QTransform& transform) {
     return transform.type() <= QTransform::TxScale;
+}
+
+// The pixels that the painter ends up in; null when it doesn't paint on a picture of the usual kind.
+QImage* targetOf(const QPainter& painter) {
+    const QPaintEngine* engine = painter.paintEngine();
+    QPaintDevice* device = engine ? engine->paintDevice() : nullptr;
+    if (!device || device->devType() != QInternal::Image) {
+        return nullptr;
+    }
+    auto* image = static_cast<QImage*>(device);
+    return image->format() == QImage::Format_ARGB32_Premultiplied || image->format() == QImage::Format_RGB32 ? image
+                                                                                                             : nullptr;
 }
 
 QTransform movedBy(const QTransform& transform, const QPointF& offset) {
@@ -128,6 +142,80 @@ void LayerPainter::paint(QPainter& painter, const Layer& layer, double mediaTime
     const double pixelsPerPoint = painter.device()->devicePixelRatioF();
     paintLayer({painter, area, mediaTime, pixelsPerPoint}, layer, toCanvas);
     painter.restore();
+}
+
+void LayerPainter::paintRegion(QPainter& painter, const Layer& layer, double mediaTime, const QTransform& toCanvas,
+                               const QRegion& region) {
+    painter.save();
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
+    const double pixelsPerPoint = painter.device()->devicePixelRatioF();
+    Canvas canvas{painter, region.boundingRect(), mediaTime, pixelsPerPoint};
+    // At a fractional scale the region's edges don't lie between pixels.
+    if (pixelsPerPoint == std::floor(pixelsPerPoint) && targetOf(painter)) {
+        const QTransform toDevice = painter.deviceTransform();
+        for (const QRect& part : region) {
+            canvas.sprites += toDevice.mapRect(part);
+        }
+    }
+    paintLayer(canvas, layer, toCanvas);
+    painter.restore();
+}
+
+// Only what is turned or masked is worth a picture: the rest is painted as fast.
+bool LayerPainter::paintSprite(const Canvas& canvas, const std::shared_ptr<Layer>& layer,
+                               const QTransform& superlayer) {
+    if (canvas.sprites.isEmpty() || layer->sublayers().empty() || !isStillInside(*layer) || !movesAsAWhole(*layer)) {
+        return false;
+    }
+    const ShownModel model(*layer, canvas.mediaTime);
+    if (model->hidden || model->opacity <= 0) {
+        return true;
+    }
+    const QTransform transform = transformOf(*model, superlayer);
+    if (model->transform.scale != 1 || (transform.type() < QTransform::TxRotate && !layer->mask())) {
+        return false;
+    }
+    if (!paintedRect(*layer, canvas.mediaTime, superlayer).intersects(canvas.area)) {
+        return true;
+    }
+    // Finer than the screen where that is coarse, so that turned texts stay clear.
+    const double scale = std::max(2.0, canvas.pixelsPerPoint);
+    const SpriteCache::Sprite* sprite = sprites_.find(*layer, scale);
+    if (!sprite) {
+        sprite = &sprites_.keep(layer, scale, makeSprite(*layer, *model, canvas.mediaTime, scale));
+    }
+    canvas.painter.setTransform(transform);
+    const QRectF& rect = sprite->rect;
+    const QTransform fromPixels(1 / scale, 0, 0, -1 / scale, rect.left(), rect.bottom());
+    blit(*targetOf(canvas.painter), canvas.sprites, sprite->image, fromPixels * canvas.painter.deviceTransform(),
+         model->opacity);
+    return true;
+}
+
+SpriteCache::Sprite LayerPainter::makeSprite(const Layer& layer, const LayerModel& model, double mediaTime,
+                                             double scale) {
+    const QTransform place = transformOf(model, {});
+    const QRectF covered = paintedRect(layer, mediaTime, place.inverted());
+    const QRect pixels =
+        QRectF(covered.topLeft() * scale, covered.size() * scale).toAlignedRect().adjusted(-1, -1, 1, 1);
+    SpriteCache::Sprite sprite;
+    sprite.rect = QRectF(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale);
+    sprite.image = QImage(pixels.size(), QImage::Format_ARGB32_Premultiplied);
+    sprite.image.fill(Qt::transparent);
+    sprite.image.setDevicePixelRatio(scale);
+    QPainter painter(&sprite.image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
+    const QRectF canvasRect({}, sprite.rect.size());
+    const QTransform toCanvas(1, 0, 0, -1, -sprite.rect.left(), sprite.rect.bottom());
+    LayerModel solid = model;
+    solid.opacity = 1;
+    const Canvas canvas{painter, canvasRect.adjusted(1 / scale, 1 / scale, -1 / scale, -1 / scale), mediaTime, scale};
+    if (layer.mask()) {
+        paintAsGroup(canvas, layer, solid, toCanvas, place.inverted() * toCanvas);
+    } else {
+        paintInside(canvas, layer, solid, toCanvas);
+    }
+    return sprite;
 }
 
 void LayerPainter::paintLayer(const Canvas& canvas, const Layer& layer, const QTransform& superlayer) {
@@ -214,9 +302,11 @@ void LayerPainter::paintInside(const Canvas& canvas, const Layer& layer, const L
         }
         paintContents(canvas, model);
     }
-    paintSublayers(canvas, layer, transform);
     if (clips) {
+        paintSublayers({painter, canvas.area, canvas.mediaTime, canvas.pixelsPerPoint}, layer, transform);
         painter.restore();
+    } else {
+        paintSublayers(canvas, layer, transform);
     }
     if (touched && model.borderWidth > 0) {
         const double inset = model.borderWidth / 2;
@@ -227,19 +317,26 @@ void LayerPainter::paintInside(const Canvas& canvas, const Layer& layer, const L
     }
 }
 
+void LayerPainter::paintSublayer(const Canvas& canvas, const std::shared_ptr<Layer>& layer,
+                                 const QTransform& transform) {
+    if (!paintSprite(canvas, layer, transform)) {
+        paintLayer(canvas, *layer, transform);
+    }
+}
+
 void LayerPainter::paintSublayers(const Canvas& canvas, const Layer& layer, const QTransform& transform) {
     const auto& sublayers = layer.sublayers();
     const auto lower = [](const auto& a, const auto& b) { return a->model().zPosition < b->model().zPosition; };
     if (std::is_sorted(sublayers.begin(), sublayers.end(), lower)) {
         for (const auto& sublayer : sublayers) {
-            paintLayer(canvas, *sublayer, transform);
+            paintSublayer(canvas, sublayer, transform);
         }
         return;
     }
     auto ordered = sublayers;
     std::stable_sort(ordered.begin(), ordered.end(), lower);
     for (const auto& sublayer : ordered) {
-        paintLayer(canvas, *sublayer, transform);
+        paintSublayer(canvas, sublayer, transform);
     }
 }
 

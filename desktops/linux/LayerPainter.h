@@ -1,11 +1,13 @@
 #pragma once
 
 #include "desktops/linux/ShadowCache.h"
+#include "desktops/linux/SpriteCache.h"
 #include "desktops/linux/TextMeter.h"
 #include "motion/Layer.h"
 
 #include <QImage>
 #include <QRectF>
+#include <QRegion>
 #include <QString>
 #include <QTransform>
 #include <vector>
@@ -30,6 +32,10 @@ public:
     // The layer with all below it, as it looks at that media time. `toCanvas` leads from its superlayer's coordinates
     // to the painter's logical ones. Layers outside `area` (in the latter) may be left out.
     void paint(QPainter& painter, const Layer& layer, double mediaTime, const QTransform& toCanvas, const QRectF& area);
+    // The same for a tree that is shown on the screen: what is turned as a whole is painted once and then laid down
+    // as a picture. The painter's own clip must be that region; no other clip may be set.
+    void paintRegion(QPainter& painter, const Layer& layer, double mediaTime, const QTransform& toCanvas,
+                     const QRegion& region);
     // The shadow of something that isn't a layer, everywhere outside it. The offset grows downwards.
     void paintShadow(QPainter& painter, const QPainterPath& shape, double radius, const QPointF& offset,
                      double opacity);
@@ -37,6 +43,8 @@ public:
     // Gives back memory that is needed only while something moves.
     void rest() { groups_.clear(); }
     const ShadowCache& shadows() const { return shadows_; }
+    // Told of what changes in trees that are shown.
+    SpriteCache& sprites() { return sprites_; }
 
 private:
     // What a part of the tree is painted on.
@@ -45,6 +53,7 @@ private:
         QRectF area;
         double mediaTime;
         double pixelsPerPoint;
+        QRegion sprites = {}; // where sprites may be laid down, in the device's pixels; empty for no sprites
     };
     struct ShapedText {
         TextContent text; // without its colour
@@ -54,9 +63,13 @@ private:
     class Group;
 
     void paintLayer(const Canvas& canvas, const Layer& layer, const QTransform& superlayer);
+    // False when it is no layer for that, and nothing was painted.
+    bool paintSprite(const Canvas& canvas, const std::shared_ptr<Layer>& layer, const QTransform& superlayer);
+    SpriteCache::Sprite makeSprite(const Layer& layer, const LayerModel& model, double mediaTime, double scale);
     void paintAsGroup(const Canvas& canvas, const Layer& layer, const LayerModel& model, const QTransform& transform,
                       const QTransform& superlayer);
     void paintInside(const Canvas& canvas, const Layer& layer, const LayerModel& model, const QTransform& transform);
+    void paintSublayer(const Canvas& canvas, const std::shared_ptr<Layer>& layer, const QTransform& transform);
     void paintSublayers(const Canvas& canvas, const Layer& layer, const QTransform& transform);
     bool paintGradientThroughShape(const Canvas& canvas, const Layer& layer, const LayerModel& model,
                                    const QTransform& transform);
@@ -70,6 +83,7 @@ private:
 
     Symbols& symbols_;
     ShadowCache shadows_;
+    SpriteCache sprites_;
     std::vector<ShapedText> texts_; // the least recently used one first
     std::vector<QImage> groups_;    // room for the group at each depth
     std::size_t depth_ = 0;

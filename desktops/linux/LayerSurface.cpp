@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace rb {
@@ -17,6 +18,22 @@ double frameInterval() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     const double rate = screen ? screen->refreshRate() : 60;
     return 1 / std::clamp(rate, 30.0, 60.0);
+}
+
+// How far a layer must have come, in points, before anybody sees it.
+constexpr double visibleStep = 1.0 / 16;
+constexpr double visibleFade = 1.0 / 512;
+
+bool liesApart(const QTransform& a, const QTransform& b, const Rect& bounds) {
+    const Rect reach = bounds.inset(-bounds.width / 4, -bounds.height / 4);
+    for (const QPointF corner : {QPointF(reach.x, reach.y), QPointF(reach.maxX(), reach.y),
+                                 QPointF(reach.x, reach.maxY()), QPointF(reach.maxX(), reach.maxY())}) {
+        const QPointF way = a.map(corner) - b.map(corner);
+        if (std::hypot(way.x(), way.y()) > visibleStep) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -84,6 +101,7 @@ void LayerSurface::hide() {
         return;
     }
     shown_ = false;
+    ticker_.painter().sprites().forgetTree(*root_);
     ticker_.remove(*this);
     root_->setHost(nullptr);
     changed_.clear();
@@ -95,19 +113,26 @@ void LayerSurface::paint(QPainter& painter, const QRectF& area) {
     ticker_.painter().paint(painter, *root_, frameTime_, toCanvas_, area);
 }
 
+void LayerSurface::paintRegion(QPainter& painter, const QRegion& region) {
+    ticker_.painter().paintRegion(painter, *root_, frameTime_, toCanvas_, region);
+}
+
 double LayerSurface::mediaTime() const {
     return ticker_.loop().now();
 }
 
 void LayerSurface::layerChanged(Layer& layer) {
+    ticker_.painter().sprites().layerChanged(layer);
     note(layer);
 }
 
 void LayerSurface::animationAdded(Layer& layer, const std::string& /*key*/) {
+    ticker_.painter().sprites().layerMoved(layer);
     note(layer);
 }
 
 void LayerSurface::animationRemoved(Layer& layer, const std::string& /*key*/) {
+    ticker_.painter().sprites().layerMoved(layer);
     note(layer);
 }
 
@@ -150,11 +175,11 @@ void LayerSurface::dirty(const QRectF& rect) {
 
 void LayerSurface::frame(double mediaTime) {
     frameTime_ = mediaTime;
+    nextMoving_.clear();
+    collect(*root_, toCanvas_);
     for (const Moving& moving : moving_) {
         dirty(moving.rect);
     }
-    nextMoving_.clear();
-    collect(*root_, toCanvas_);
     moving_.swap(nextMoving_);
     changed_.clear();
     if (!dirty_.isEmpty()) {
@@ -166,10 +191,10 @@ void LayerSurface::collect(const Layer& layer, const QTransform& superlayer) {
     const Layer* mask = layer.mask().get();
     const bool moves = layer.hasAnimations() || (mask && mask->movesUntil(frameTime_));
     if (moves || std::find(changed_.begin(), changed_.end(), &layer) != changed_.end()) {
-        const QRectF rect = paintedRect(layer, frameTime_, superlayer);
-        dirty(rect);
         if (moves) {
-            nextMoving_.push_back({&layer, rect});
+            collectMoving(layer, superlayer);
+        } else {
+            dirty(paintedRect(layer, frameTime_, superlayer));
         }
         return;
     }
@@ -180,6 +205,24 @@ void LayerSurface::collect(const Layer& layer, const QTransform& superlayer) {
     for (const auto& sublayer : layer.sublayers()) {
         collect(*sublayer, transform);
     }
+}
+
+// A swing takes long to die away; most of that is too little to see.
+void LayerSurface::collectMoving(const Layer& layer, const QTransform& superlayer) {
+    const ShownModel model(layer, frameTime_);
+    Moving now{.layer = &layer, .transform = transformOf(*model, superlayer), .opacity = model->opacity};
+    const auto before =
+        std::find_if(moving_.begin(), moving_.end(), [&layer](const Moving& moving) { return moving.layer == &layer; });
+    if (before != moving_.end() && std::find(changed_.begin(), changed_.end(), &layer) == changed_.end() &&
+        std::abs(now.opacity - before->opacity) < visibleFade && movesAsAWhole(layer) && isStillInside(layer) &&
+        !liesApart(now.transform, before->transform, model->bounds)) {
+        nextMoving_.push_back(*before);
+        moving_.erase(before);
+        return;
+    }
+    now.rect = paintedRect(layer, frameTime_, superlayer);
+    dirty(now.rect);
+    nextMoving_.push_back(now);
 }
 
 } // namespace rb

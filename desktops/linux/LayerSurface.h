@@ -70,6 +70,8 @@ public:
 
     // The tree as it looks at the time of the last frame.
     void paint(QPainter& painter, const QRectF& area);
+    // The same, faster, where the painter is clipped to that region and to nothing else.
+    void paintRegion(QPainter& painter, const QRegion& region);
     double frameTime() const { return frameTime_; }
 
     double mediaTime() const override;
@@ -81,11 +83,14 @@ private:
     friend class LayerTicker;
     struct Moving {
         const Layer* layer; // only compared, never followed: it may be gone
-        QRectF rect;
+        QRectF rect = {};
+        QTransform transform = {};
+        double opacity = 0;
     };
     // Looks at the tree anew and has what changed since the last frame repainted.
     void frame(double mediaTime);
     void collect(const Layer& layer, const QTransform& superlayer);
+    void collectMoving(const Layer& layer, const QTransform& superlayer);
     void note(const Layer& layer);
     void dirty(const QRectF& rect);
     QTransform superlayerTransform(const Layer& layer) const;
@@ -97,7 +102,7 @@ private:
     bool shown_ = false;
     double frameTime_ = 0;
     std::vector<const Layer*> changed_; // since the last frame; only compared
-    std::vector<Moving> moving_;        // in the last frame, with where they were
+    std::vector<Moving> moving_;        // with where they were last painted
     std::vector<Moving> nextMoving_;
     QRegion dirty_;
 };

@@ -157,18 +157,20 @@ void LinuxPanel::paint(const QRegion& region) {
         return;
     }
     QPainter painter(window_.get());
-    paintContent(painter, region.boundingRect());
+    paintContent(painter, region);
 }
 
-void LinuxPanel::paintContent(QPainter& painter, const QRectF& area) {
+void LinuxPanel::paintContent(QPainter& painter, const QRegion& region) {
+    QRegion inside = region;
     if (spec_.hasShadow) {
         if (translucent_) {
             paintWindowShadow(painter);
         }
-        painter.setClipRect(QRectF(shadowMargin, shadowMargin, spec_.frame.width, spec_.frame.height),
-                            Qt::IntersectClip);
+        const QRectF frame(shadowMargin, shadowMargin, spec_.frame.width, spec_.frame.height);
+        painter.setClipRect(frame, Qt::IntersectClip);
+        inside &= frame.toAlignedRect();
     }
-    surface_.paint(painter, area);
+    surface_.paintRegion(painter, inside);
 }
 
 void LinuxPanel::paintWindowShadow(QPainter& painter) {
@@ -205,7 +207,7 @@ void LinuxPanel::paintShaped(const QRegion& region) {
     content.setCompositionMode(QPainter::CompositionMode_Source);
     content.fillRect(area, Qt::transparent);
     content.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    paintContent(content, area);
+    paintContent(content, region);
     content.end();
     makeOpaque(opaque_, QRectF(area.topLeft() * scale, area.size() * scale).toAlignedRect());
     setShape(*window_, opaque_);

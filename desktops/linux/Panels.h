@@ -49,7 +49,7 @@ private:
     void applyInputRegion();
     void repaint(const QRegion& region);
     void paint(const QRegion& region);
-    void paintContent(QPainter& painter, const QRectF& area);
+    void paintContent(QPainter& painter, const QRegion& region);
     void paintWindowShadow(QPainter& painter);
     void paintShaped(const QRegion& region);
     void compositorChanged();
