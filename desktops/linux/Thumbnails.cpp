@@ -97,39 +97,74 @@ std::optional<QString> thumbnailerFor(const QString& path) {
     return std::nullopt;
 }
 
-// A sheet of paper or a folder, where the session has no icon theme.
-QImage plainIcon(bool isFolder) {
+QImage plainFolder() {
     QImage image(iconPixels, iconPixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    QPainterPath outline;
-    if (isFolder) {
-        outline.addRoundedRect(10, 26, 50, 30, 8, 8);
-        outline.addRoundedRect(10, 36, 108, 72, 10, 10);
-        painter.fillPath(outline.simplified(), QColor(0x62, 0xA8, 0xE5));
-        QPainterPath front;
-        front.addRoundedRect(10, 46, 108, 62, 10, 10);
-        painter.fillPath(front, QColor(0x7F, 0xBE, 0xF2));
-        return image;
-    }
+    QPainterPath back;
+    back.setFillRule(Qt::WindingFill);
+    back.addRoundedRect(10, 24, 54, 40, 9, 9);
+    back.addRoundedRect(10, 34, 108, 60, 10, 10);
+    painter.fillPath(back, QColor(0x55, 0x9B, 0xDA));
+    QPainterPath front;
+    front.addRoundedRect(10, 46, 108, 62, 10, 10);
+    QLinearGradient shade(0, 46, 0, 108);
+    shade.setColorAt(0, QColor(0x8A, 0xC7, 0xF6));
+    shade.setColorAt(1, QColor(0x6F, 0xB2, 0xEA));
+    painter.fillPath(front, shade);
+    return image;
+}
+
+// A sheet of paper with the file's kind on it.
+QImage plainDocument(const QString& suffix) {
+    QImage image(iconPixels, iconPixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     constexpr double corner = 26;
-    outline.moveTo(30, 10);
-    outline.lineTo(98 - corner, 10);
-    outline.lineTo(98, 10 + corner);
-    outline.lineTo(98, 118);
-    outline.lineTo(30, 118);
+    QPainterPath outline;
+    outline.moveTo(24, 8);
+    outline.lineTo(104 - corner, 8);
+    outline.lineTo(104, 8 + corner);
+    outline.lineTo(104, 120);
+    outline.lineTo(24, 120);
     outline.closeSubpath();
     painter.fillPath(outline, QColor(0xFA, 0xFA, 0xFA));
     QPainterPath fold;
-    fold.moveTo(98 - corner, 10);
-    fold.lineTo(98 - corner, 10 + corner);
-    fold.lineTo(98, 10 + corner);
+    fold.moveTo(104 - corner, 8);
+    fold.lineTo(104 - corner, 8 + corner);
+    fold.lineTo(104, 8 + corner);
     fold.closeSubpath();
     painter.fillPath(fold, QColor(0xD5, 0xD8, 0xDC));
     painter.setPen(QPen(QColor(0, 0, 0, 60), 1.5));
     painter.drawPath(outline);
+    constexpr int longestSuffix = 4;
+    if (!suffix.isEmpty() && suffix.size() <= longestSuffix) {
+        QFont font = painter.font();
+        font.setPixelSize(22);
+        font.setBold(true);
+        painter.setFont(font);
+        painter.setPen(QColor(0x8A, 0x92, 0x9C));
+        painter.drawText(QRectF(24, 80, 80, 32), Qt::AlignCenter, suffix.toUpper());
+    }
     return image;
+}
+
+// The session's icon for the kind of file. A session without a desktop names no icon theme, so one of those that
+// have such icons is taken; null when none is installed.
+QIcon themeIcon(const QMimeType& type) {
+    const auto find = [&type] { return QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName())); };
+    QIcon icon = find();
+    if (icon.isNull() && QIcon::fallbackThemeName().isEmpty()) {
+        for (const char* name : {"Adwaita", "breeze", "Papirus", "gnome"}) {
+            QIcon::setFallbackThemeName(QString::fromLatin1(name));
+            if (icon = find(); !icon.isNull()) {
+                break;
+            }
+        }
+    }
+    return icon;
 }
 
 } // namespace
@@ -169,9 +204,11 @@ std::shared_ptr<const Bitmap> LinuxThumbnails::imageThumb(const std::string& pat
 Image LinuxThumbnails::iconForFile(const std::string& path) {
     const QFileInfo info(QString::fromStdString(path));
     const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
-    const QIcon icon = QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName()));
-    const QImage image =
-        icon.isNull() ? plainIcon(info.isDir()) : icon.pixmap(QSize(iconPixels, iconPixels), 1.0).toImage();
+    const QIcon icon = themeIcon(type);
+    QImage image = icon.pixmap(QSize(iconPixels, iconPixels), 1.0).toImage();
+    if (image.isNull()) {
+        image = info.isDir() ? plainFolder() : plainDocument(info.suffix());
+    }
     return std::make_shared<LinuxBitmap>(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
 }
 
