@@ -7,7 +7,6 @@
 @implementation RBMacBoxView {
     rb::BoxView _box;
     RBMacLayerView* _background;
-    NSTrackingArea* _tracking; // the system may have tracking areas of its own here
 }
 
 - (instancetype)initWithFrame:(NSRect)frame {
@@ -85,16 +84,14 @@
 
 - (void)updateTrackingAreas {
     [super updateTrackingAreas];
-    if (_tracking != nil) {
-        [self removeTrackingArea:_tracking];
-        _tracking = nil;
+    for (NSTrackingArea* area in self.trackingAreas) {
+        [self removeTrackingArea:area];
     }
     if (_box.mouseEntered || _box.mouseExited) {
         const NSTrackingAreaOptions options =
             NSTrackingMouseEnteredAndExited | NSTrackingActiveInActiveApp | NSTrackingInVisibleRect;
         // In the visible rectangle: the given one doesn't count.
-        _tracking = [[NSTrackingArea alloc] initWithRect:NSZeroRect options:options owner:self userInfo:nil];
-        [self addTrackingArea:_tracking];
+        [self addTrackingArea:[[NSTrackingArea alloc] initWithRect:NSZeroRect options:options owner:self userInfo:nil]];
     }
 }
 

@@ -1,86 +1,18 @@
-// Records system calls and answers them: canned answers first, then fakes written by hand, then a generic one that
-// remembers properties and makes objects as the declared types demand.
-#include "tests/macos/Fakes.h"
-
-#include "tests/macos/runtime/Recorder.h"
-#include "tests/macos/runtime/Types.h"
+// Records system calls, and lets Answers.mm or a fake written by hand answer them.
+#include "tests/macos/runtime/RecorderState.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <stdexcept>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
-namespace {
-
-struct MethodRow {
-    const char* cls;
-    const char* selector; // with + or - in front
-    const char* types;
-};
-struct FunctionRow {
-    const char* name;
-    const char* types;
-    unsigned long owned; // whether the caller releases the result
-};
-
-} // namespace
-
 extern "C" {
-extern const MethodRow fake_method_rows[];
+extern const rb::fake::MethodRow fake_method_rows[];
 extern const char* const fake_class_names[];
-void fake_function_called(rb::objc::Frame* frame, const FunctionRow* row);
+void fake_function_called(rb::objc::Frame* frame, const rb::fake::FunctionRow* row);
 }
 
 namespace rb::fake {
-
-struct WeakObject {
-    __weak id object;
-};
-
-struct CallData {
-    std::string name;
-    std::vector<std::string> aliases; // the same name with the receiver's superclasses
-    std::string arguments;
-    std::string text;
-    WeakObject receiver;
-    std::vector<Value> values;
-    std::map<std::size_t, WeakObject> objects;
-    std::map<std::size_t, id> kept; // blocks and values
-    std::unique_ptr<Answer> answer;
-
-    bool isNamed(const std::string& wanted) const {
-        return name == wanted || std::find(aliases.begin(), aliases.end(), wanted) != aliases.end();
-    }
-};
-
-namespace {
-
-// A remembered property: plain bytes or an object.
-struct Stored {
-    std::vector<unsigned char> bytes;
-    id strong = nil;
-    WeakObject weak;
-    bool isWeak = false;
-};
-using Properties = std::map<std::string, Stored>;
-
-struct Recorder {
-    std::vector<std::shared_ptr<CallData>> calls;
-    std::unordered_map<std::string, Answer> answers;
-    std::unordered_map<std::string, std::deque<Answer>> onceAnswers;
-    std::unordered_map<const objc::Object*, std::map<std::string, Answer>> receiverAnswers;
-    std::unordered_map<std::string, std::function<void(Call&)>> hooks;
-    std::unordered_map<const objc::Object*, Properties> properties;
-    std::map<std::string, id> shared;
-    std::vector<std::function<void()>> resets;
-    std::unordered_map<std::string, const MethodRow*> rows;
-    std::unordered_set<std::string> systemClasses;
-};
 
 // Never destroyed: messages are still sent while the program ends.
 Recorder& recorder() {
@@ -101,27 +33,10 @@ Recorder& recorder() {
     return *instance;
 }
 
-objc::Object* raw(id object) {
-    return (__bridge objc::Object*)object;
-}
-id asId(const void* object) {
-    return (__bridge id) const_cast<void*>(object);
-}
+namespace {
 
 bool isSystemClass(const objc::Class* cls) {
     return recorder().systemClasses.count(cls->name()) || std::strncmp(cls->name(), "RBFake", 6) == 0;
-}
-
-bool startsWithWord(const std::string& text, const std::string& word) {
-    return text.rfind(word, 0) == 0 && (text.size() == word.size() || !std::islower(text[word.size()]));
-}
-
-// Methods whose caller owns the result.
-bool returnsOwned(const std::string& selector) {
-    for (const char* family : {"alloc", "new", "copy", "mutableCopy", "init"})
-        if (startsWithWord(selector, family))
-            return true;
-    return false;
 }
 
 // Values such as strings and arrays work for real and make no entries.
@@ -171,27 +86,6 @@ const MethodRow* rowFor(const objc::Class* start, bool isMeta, const char* selec
     return nullptr;
 }
 
-// setFrame: and frame, setVisible: and isVisible, setZPosition: and zPosition, setURL: and URL share one property.
-std::string propertyName(std::string selector) {
-    if (selector.rfind("set", 0) == 0 && selector.back() == ':' && selector.size() > 4) {
-        selector.pop_back();
-        selector.erase(0, 3);
-    } else if (selector.rfind("is", 0) == 0 && selector.size() > 2 && std::isupper(selector[2])) {
-        selector.erase(0, 2);
-    }
-    selector[0] = static_cast<char>(std::tolower(selector[0]));
-    return selector;
-}
-
-bool isUnretainedProperty(const std::string& name) {
-    for (const char* ending : {"delegate", "Delegate", "dataSource", "DataSource", "target"}) {
-        const std::size_t length = std::strlen(ending);
-        if (name.size() >= length && name.compare(name.size() - length, length, ending) == 0)
-            return true;
-    }
-    return false;
-}
-
 // What a call said is still to be read when the caller has let go of it.
 bool isValue(const Value& value) {
     objc::Object* object = value.type.isObject() ? value.object() : nullptr;
@@ -213,193 +107,6 @@ std::shared_ptr<CallData> makeCall(std::string name, id receiver, std::vector<Va
     }
     call->text = call->name + (call->arguments.empty() ? "" : " ") + call->arguments;
     return call;
-}
-
-void give(objc::Frame& frame, const TypeCode& type, id object, bool owned) {
-    // The record keeps nothing: the caller's share is autoreleased or handed over.
-    objc::Object* result = objc::retain(raw(object));
-    if (!owned)
-        objc::autorelease(result);
-    writeResult(frame, type, &result, sizeof result);
-}
-
-void give(objc::Frame& frame, const TypeCode& type, const Answer& answer, bool owned) {
-    if (answer.isObject()) {
-        give(frame, type, answer.object(), owned);
-        return;
-    }
-    if (type.isVector()) {
-        double real = 0;
-        long integer = 0;
-        std::memcpy(answer.isInteger() ? static_cast<void*>(&integer) : &real, answer.bytes().data(), sizeof real);
-        if (answer.isInteger())
-            real = static_cast<double>(integer);
-        const auto single = static_cast<float>(real);
-        writeResult(frame, type, type.kind == 'f' ? static_cast<const void*>(&single) : &real, type.size());
-        return;
-    }
-    writeResult(frame, type, answer.bytes().data(), answer.bytes().size());
-}
-
-id make(const char* className) {
-    objc::Class* cls = objc::classNamed(className);
-    return cls ? [[(__bridge Class)(void*)cls alloc] init] : [[NSObject alloc] init];
-}
-
-// The object that stands for a CoreFoundation value; those with a Foundation twin are that.
-id makeCore(const std::string& type) {
-    static const std::map<std::string, const char*> twins = {{"CFString", "NSString"},
-                                                             {"CFMutableString", "NSMutableString"},
-                                                             {"CFArray", "NSArray"},
-                                                             {"CFMutableArray", "NSMutableArray"},
-                                                             {"CFDictionary", "NSDictionary"},
-                                                             {"CFMutableDictionary", "NSMutableDictionary"},
-                                                             {"CFNumber", "NSNumber"},
-                                                             {"CFBoolean", "NSNumber"},
-                                                             {"CFData", "NSData"},
-                                                             {"CFMutableData", "NSMutableData"},
-                                                             {"CFURL", "NSURL"},
-                                                             {"CFError", "NSError"}};
-    const auto twin = twins.find(type);
-    return twin != twins.end() ? make(twin->second) : makeCoreObject(type);
-}
-
-id makeFor(const TypeCode& type) {
-    return type.kind == '&' ? makeCore(type.detail) : make(type.detail.c_str());
-}
-
-bool hasBlock(const std::vector<Value>& values) {
-    return std::any_of(values.begin(), values.end(), [](const Value& value) { return value.type.kind == '?'; });
-}
-
-// The old value goes last: what is freed with it may store properties in turn.
-void replaceProperty(id receiver, const std::string& name, Stored stored) {
-    std::swap(recorder().properties[raw(receiver)][name], stored);
-}
-
-void storeProperty(id receiver, const std::string& name, const Value& value) {
-    Stored stored;
-    if (!value.type.isObject() && value.type.kind != '?') {
-        stored.bytes = value.bytes;
-    } else if (isUnretainedProperty(name)) {
-        stored.isWeak = true;
-        stored.weak.object = asId(value.object());
-    } else {
-        stored.strong = asId(value.object());
-    }
-    replaceProperty(receiver, name, std::move(stored));
-}
-
-// A property's value, made on first use where the facts say that it is never nil.
-void giveProperty(objc::Frame& frame, id receiver, const std::string& name, const TypeCode& type) {
-    Properties& properties = recorder().properties[raw(receiver)];
-    const auto found = properties.find(name);
-    if (!type.isObject() && type.kind != '?') {
-        if (found != properties.end())
-            writeResult(frame, type, found->second.bytes.data(), found->second.bytes.size());
-        else if (type.inMemory())
-            writeResult(frame, type, "", 0);
-        return;
-    }
-    id object = nil;
-    if (found != properties.end()) {
-        object = found->second.isWeak ? found->second.weak.object : found->second.strong;
-    } else if (type.nonnull && (type.kind == '&' || !type.detail.empty())) {
-        object = makeFor(type);
-        recorder().properties[raw(receiver)][name].strong = object;
-    }
-    give(frame, type, object, false);
-}
-
-// The class's name without its prefix and with a small first letter: +[NSBezierPath bezierPath] makes new objects.
-bool isNamedAfterClass(const std::string& selector, const std::string& cls) {
-    std::string name = cls.size() > 2 ? cls.substr(2) : cls;
-    name[0] = static_cast<char>(std::tolower(name[0]));
-    return selector == name;
-}
-
-void giveGeneric(objc::Frame& frame, id receiver, const std::string& selector, const std::vector<TypeCode>& types,
-                 const std::vector<Value>& values, bool isMeta) {
-    TypeCode result = types.front();
-    const objc::Class* cls = isMeta ? reinterpret_cast<objc::Class*>(raw(receiver)) : raw(receiver)->isa;
-    if (!isMeta && startsWithWord(selector, "init")) {
-        const auto self = raw(receiver); // init consumes its receiver and gives it back
-        writeResult(frame, result, &self, sizeof self);
-        return;
-    }
-    if (result.kind == 'v') {
-        if (values.size() == 1 && selector.rfind("set", 0) == 0)
-            storeProperty(receiver, propertyName(selector), values.front());
-        return;
-    }
-    if (result.kind == '=' && isMeta) {
-        give(frame, result, make(cls->name()), returnsOwned(selector));
-        return;
-    }
-    if (values.empty() && isMeta && result.isObject() && !result.detail.empty()) {
-        __strong id& shared = recorder().shared[std::string(cls->name()) + " " + selector];
-        if (isNamedAfterClass(selector, cls->name()))
-            give(frame, result, makeFor(result), false);
-        else
-            give(frame, result, shared ? shared : shared = makeFor(result), false);
-        return;
-    }
-    if (values.empty()) {
-        giveProperty(frame, receiver, propertyName(selector), result);
-        return;
-    }
-    if (result.isObject() && (result.nonnull || hasBlock(values))) {
-        id object = makeFor(result);
-        // A token for a handler owns it, as the system's does: cycles through handlers show as leaks.
-        for (std::size_t i = 0; i < values.size(); ++i)
-            if (values[i].type.kind == '?')
-                recorder().properties[raw(object)]["block" + std::to_string(i)].strong = asId(values[i].object());
-        give(frame, result, object, returnsOwned(selector));
-        return;
-    }
-    if (result.inMemory())
-        writeResult(frame, result, "", 0);
-}
-
-// Hooks and canned answers, most special first. Returns whether the call has its answer.
-bool giveCanned(objc::Frame& frame, const TypeCode& type, const std::shared_ptr<CallData>& call,
-                const std::string& selector, bool owned) {
-    Recorder& state = recorder();
-    std::vector<std::string> names = {call->name};
-    names.insert(names.end(), call->aliases.begin(), call->aliases.end());
-    for (const std::string& name : names) {
-        const auto hook = state.hooks.find(name);
-        if (hook == state.hooks.end())
-            continue;
-        const auto run = hook->second; // the hook may install another
-        Call seen(call);
-        run(seen);
-        if (call->answer) {
-            give(frame, type, *call->answer, owned);
-            return true;
-        }
-    }
-    const auto receiver = state.receiverAnswers.find(raw(call->receiver.object));
-    if (receiver != state.receiverAnswers.end()) {
-        const auto found = receiver->second.find(selector);
-        if (found != receiver->second.end()) {
-            give(frame, type, found->second, owned);
-            return true;
-        }
-    }
-    for (const std::string& name : names) {
-        if (auto once = state.onceAnswers.find(name); once != state.onceAnswers.end() && !once->second.empty()) {
-            const Answer next = once->second.front();
-            once->second.pop_front();
-            give(frame, type, next, owned);
-            return true;
-        }
-        if (const auto found = state.answers.find(name); found != state.answers.end()) {
-            give(frame, type, found->second, owned);
-            return true;
-        }
-    }
-    return false;
 }
 
 std::vector<std::string> superclassNames(const objc::Class* cls, bool isMeta, const char* selector) {
@@ -443,10 +150,6 @@ __attribute__((constructor(102))) void install() {
     objc::setMessageFilter(messageSent);
 }
 
-bool endsWith(const std::string& text, const std::string& ending) {
-    return text.size() >= ending.size() && text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
-}
-
 void functionCalled(objc::Frame& frame, const FunctionRow& row) {
     std::memset(frame.integerResults, 0, sizeof frame.integerResults);
     std::memset(frame.vectorResults, 0, sizeof frame.vectorResults);
@@ -456,20 +159,7 @@ void functionCalled(objc::Frame& frame, const FunctionRow& row) {
     recorder().calls.push_back(call);
     if (giveCanned(frame, result, call, row.name, row.owned))
         return;
-    const bool oneObject = call->values.size() == 1 && call->values.front().type.kind == '&';
-    if (oneObject && endsWith(row.name, "Release")) {
-        objc::release(call->values.front().object());
-    } else if (oneObject && endsWith(row.name, "Retain")) {
-        objc::Object* object = objc::retain(call->values.front().object());
-        writeResult(frame, result, &object, sizeof object);
-    } else if (result.kind == '&' && row.owned) {
-        give(frame, result, makeFor(result), true);
-    } else if (result.kind == '&' && result.nonnull) {
-        __strong id& shared = recorder().shared[row.name];
-        give(frame, result, shared ? shared : shared = makeFor(result), false);
-    } else if (result.inMemory()) {
-        writeResult(frame, result, "", 0);
-    }
+    giveGenericResult(frame, row, result, call->values);
 }
 
 } // namespace
@@ -482,38 +172,6 @@ std::string describeObject(objc::Object* object) {
     if (objc::isBlock(object))
         return "^block";
     return describeValue(asId(object));
-}
-
-void setProperty(id receiver, const std::string& name, id value) {
-    Stored stored;
-    stored.strong = value;
-    replaceProperty(receiver, name, std::move(stored));
-}
-
-void setPropertyBytes(id receiver, const std::string& name, const void* bytes, std::size_t size) {
-    Stored stored;
-    stored.bytes.assign(static_cast<const unsigned char*>(bytes), static_cast<const unsigned char*>(bytes) + size);
-    stored.bytes.resize((size + 7) / 8 * 8);
-    replaceProperty(receiver, name, std::move(stored));
-}
-
-id property(id receiver, const std::string& name) {
-    const auto owner = recorder().properties.find(raw(receiver));
-    if (owner == recorder().properties.end())
-        return nil;
-    const auto found = owner->second.find(name);
-    if (found == owner->second.end())
-        return nil;
-    return found->second.isWeak ? found->second.weak.object : found->second.strong;
-}
-
-long integerProperty(id receiver, const std::string& name) {
-    long value = 0;
-    const auto owner = recorder().properties.find(raw(receiver));
-    if (owner != recorder().properties.end())
-        if (const auto found = owner->second.find(name); found != owner->second.end())
-            std::memcpy(&value, found->second.bytes.data(), std::min(found->second.bytes.size(), sizeof value));
-    return value;
 }
 
 void onReset(std::function<void()> work) {
@@ -656,8 +314,8 @@ long live(const std::string& className) {
 }
 
 void reset() {
-    // Letting go of objects may send messages that are recorded, make others or erase their answers; hence everything is
-    // moved out first.
+    // Letting go of objects may send messages that are recorded, make others or erase their answers; hence everything
+    // is moved out first.
     Recorder& state = recorder();
     {
         const auto hooks = std::exchange(state.hooks, {});
@@ -675,6 +333,6 @@ void reset() {
 
 } // namespace rb::fake
 
-void fake_function_called(rb::objc::Frame* frame, const FunctionRow* row) {
+void fake_function_called(rb::objc::Frame* frame, const rb::fake::FunctionRow* row) {
     rb::fake::functionCalled(*frame, *row);
 }
