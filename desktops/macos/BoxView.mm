@@ -3,7 +3,8 @@
 #include "desktops/macos/Bridge.h"
 #include "desktops/macos/LayerView.h"
 
-// Each callback is copied before it is called, because it may render the window anew and thereby replace it.
+// Each callback is copied before it is called, because it may render the window anew and thereby replace it, or even
+// destroy this view: nothing of it is touched afterwards.
 @implementation RBMacBoxView {
     rb::BoxView _box;
     RBMacLayerView* _background;
@@ -33,19 +34,21 @@
 }
 
 - (BOOL)becomeFirstResponder {
+    const BOOL accepted = [super becomeFirstResponder];
     const auto becameFirstResponder = _box.becameFirstResponder;
     if (becameFirstResponder) {
         becameFirstResponder();
     }
-    return [super becomeFirstResponder];
+    return accepted;
 }
 
 - (BOOL)resignFirstResponder {
+    const BOOL accepted = [super resignFirstResponder];
     const auto resignedFirstResponder = _box.resignedFirstResponder;
     if (resignedFirstResponder) {
         resignedFirstResponder();
     }
-    return [super resignFirstResponder];
+    return accepted;
 }
 
 - (void)keyDown:(NSEvent*)event {
@@ -61,10 +64,11 @@
 
 - (void)mouseDown:(NSEvent*)event {
     const auto mouseDown = _box.mouseDown;
+    RBMacBoxView* kept = self;
     if (!mouseDown) {
         [super mouseDown:event];
     } else if (mouseDown()) {
-        [self.window makeFirstResponder:self];
+        [kept.window makeFirstResponder:kept];
     }
 }
 

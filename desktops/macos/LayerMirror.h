@@ -44,17 +44,16 @@ public:
 
 private:
     struct Mirrored {
-        std::weak_ptr<Layer> layer; // another one may come to lie at the address of one that died
+        std::weak_ptr<Layer> layer;
         CALayer* native = nil;
         std::shared_ptr<AnimationEnds> ends = std::make_shared<AnimationEnds>();
-        unsigned long seen = 0; // the flush that saw it last
     };
     using Added = std::pair<const Layer*, std::string>;
 
     CALayer* carryOver(const std::shared_ptr<Layer>& layer);
     void addAnimation(const std::shared_ptr<Layer>& layer, Mirrored& mirrored, const std::string& key,
                       std::optional<double> begin) const;
-    void dropUnseen();
+    void dropGone();
     void requestFlush();
 
     std::shared_ptr<Layer> root_;
@@ -64,7 +63,6 @@ private:
     std::map<const Layer*, Mirrored> mirrored_;
     std::set<const Layer*> changed_;
     std::vector<Added> added_;
-    unsigned long flushes_ = 0;
 };
 
 } // namespace rb

@@ -109,6 +109,7 @@ double LayerMirror::mediaTime() const {
 }
 
 void LayerMirror::layerChanged(Layer& layer) {
+    dropGone(); // before this layer may take one of them in again
     changed_.insert(&layer);
     requestFlush();
 }
@@ -133,12 +134,11 @@ void LayerMirror::requestFlush() {
 
 void LayerMirror::flush() {
     const QuietTransaction transaction;
-    ++flushes_;
     CALayer* top = carryOver(root_);
     if (![nativeRoot_.sublayers isEqualToArray:@[ top ]]) {
         nativeRoot_.sublayers = @[ top ];
     }
-    dropUnseen();
+    dropGone();
     changed_.clear();
     added_.clear();
 }
@@ -147,11 +147,7 @@ void LayerMirror::flush() {
 CALayer* LayerMirror::carryOver(const std::shared_ptr<Layer>& layer) {
     const LayerModel& model = layer->model();
     Mirrored& mirrored = mirrored_[layer.get()];
-    if (mirrored.layer.lock() != layer) {
-        mirrored = {};
-        mirrored.layer = layer;
-    }
-    mirrored.seen = flushes_;
+    mirrored.layer = layer;
     const bool isNew = mirrored.native == nil || ![mirrored.native isMemberOfClass:nativeClass(model.content)];
     if (isNew) {
         mirrored.native = [nativeClass(model.content) layer];
@@ -199,8 +195,13 @@ void LayerMirror::addAnimation(const std::shared_ptr<Layer>& layer, Mirrored& mi
     [mirrored.native addAnimation:animation forKey:nsString(key)];
 }
 
-void LayerMirror::dropUnseen() {
-    std::erase_if(mirrored_, [this](const auto& entry) { return entry.second.seen != flushes_; });
+// Those that left the tree. One that comes back begins anew, because nobody told what happened to it meanwhile; and
+// another one may come to lie at the address of one that died.
+void LayerMirror::dropGone() {
+    std::erase_if(mirrored_, [this](const auto& entry) {
+        const auto layer = entry.second.layer.lock();
+        return !layer || layer->host() != this;
+    });
 }
 
 } // namespace rb

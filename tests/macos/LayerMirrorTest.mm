@@ -181,6 +181,23 @@ TEST_F(LayerMirrorTest, aNewLayerInTheMemoryOfAnOldOneIsShownAsItIs) {
     EXPECT_NE([native(0) animationForKey:@"rb.fade"], nil);
 }
 
+TEST_F(LayerMirrorTest, aLayerThatLeftAndCameBackShowsWhatHappenedMeanwhile) {
+    const auto card = Layer::create();
+    const auto face = Layer::create();
+    card->addSublayer(face);
+    root_->addSublayer(card);
+    show();
+    card->removeFromSuperlayer();
+    card->change().cornerRadius = 5;
+    face->change().cornerRadius = 4;
+    face->addAnimation("rb.fade", Animation::basic(KeyPath::Opacity, 0.0, 1.0, 1));
+    root_->addSublayer(card);
+    endTurn();
+    EXPECT_EQ(native(0).cornerRadius, 5);
+    EXPECT_EQ(native(0).sublayers.firstObject.cornerRadius, 4);
+    EXPECT_NE([native(0).sublayers.firstObject animationForKey:@"rb.fade"], nil);
+}
+
 TEST_F(LayerMirrorTest, aLayerMovesToAnotherOneWithItsAnimation) {
     const auto a = Layer::create();
     const auto b = Layer::create();
