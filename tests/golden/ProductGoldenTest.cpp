@@ -1,13 +1,9 @@
 #include "app/HotKeyRecorderView.h"
 #include "app/Toasts.h"
-#include "desktops/linux/Appearance.h"
-#include "desktops/linux/LayerPainter.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/RealizedView.h"
-#include "desktops/linux/Symbols.h"
-#include "desktops/linux/TextMeter.h"
-#include "desktops/virtual/Desktop.h"
 #include "tests/golden/Golden.h"
+#include "tests/golden/Stage.h"
 
 #include <QPainter>
 #include <QWidget>
@@ -17,50 +13,6 @@
 
 namespace rb {
 namespace {
-
-// The product on a virtual desktop that measures and colours as the Linux one does.
-struct Stage {
-    explicit Stage(const char* look) { desktop.userDefaults().setObject("LinuxAppearance", look); }
-
-    Desktop services() {
-        const Desktop& given = desktop.services();
-        return {.application = given.application,
-                .runLoop = given.runLoop,
-                .userDefaults = given.userDefaults,
-                .statusBar = given.statusBar,
-                .windows = given.windows,
-                .panels = given.panels,
-                .alerts = given.alerts,
-                .screens = given.screens,
-                .pointer = given.pointer,
-                .hotKeys = given.hotKeys,
-                .sessionLock = given.sessionLock,
-                .appearance = appearance(),
-                .textMeter = meter,
-                .updates = given.updates,
-                .eventMonitors = given.eventMonitors,
-                .files = given.files,
-                .layerRenderer = given.layerRenderer,
-                .random = given.random,
-                .sounds = given.sounds,
-                .thumbnails = given.thumbnails,
-                .log = given.log};
-    }
-    LinuxAppearance& appearance() {
-        if (!appearance_) {
-            appearance_ = std::make_unique<LinuxAppearance>(desktop.userDefaults());
-        }
-        return *appearance_;
-    }
-
-    VirtualDesktop desktop;
-    Symbols symbols;
-    LinuxTextMeter meter{symbols};
-    LayerPainter painter{symbols};
-
-private:
-    std::unique_ptr<LinuxAppearance> appearance_;
-};
 
 // A window's content on a bare widget.
 class Canvas final : public ContentSurroundings {
