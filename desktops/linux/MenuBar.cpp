@@ -8,14 +8,18 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace rb {
 
 namespace {
 
+constexpr std::chrono::seconds whileItMaps{1};
+constexpr int mostMappings = 5;
 constexpr int endMargin = 8; // between the last item and the screen's edge
 
 bool hasWindowManager(XConnection& connection) {
@@ -33,6 +37,7 @@ Qt::WindowFlags flagsFor(XConnection& connection) {
 
 MenuBar::MenuBar(XConnection& connection, const LinuxAppearance& appearance)
     : QWidget(nullptr, flagsFor(connection))
+    , connection_(connection)
     , appearance_(appearance) {
     setWindowClass(*this, "rookbay-menubar");
     setAttribute(Qt::WA_X11NetWmWindowTypeDock); // without effect on a window that doesn't exist yet
@@ -45,6 +50,7 @@ MenuBar::MenuBar(XConnection& connection, const LinuxAppearance& appearance)
     placeOnScreen();
     connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, [this] { placeOnScreen(); });
     show();
+    QTimer::singleShot(whileItMaps, this, [this] { makeSureOfMapping(); });
 }
 
 MenuBar::~MenuBar() {
@@ -64,6 +70,19 @@ void MenuBar::placeOnScreen() {
     const QRect area = screen->geometry();
     setGeometry(area.left(), area.top(), area.width(), thickness);
     keepSpaceFree();
+}
+
+// Started together with the session, we may meet a window manager that takes requests but isn't ready to carry them
+// out. It never answers those.
+void MenuBar::makeSureOfMapping() {
+    if (!isVisible() || mappings_ == mostMappings || connection_.isMapped(static_cast<xcb_window_t>(winId()))) {
+        return;
+    }
+    ++mappings_;
+    hide();
+    placeOnScreen();
+    show();
+    QTimer::singleShot(whileItMaps, this, [this] { makeSureOfMapping(); });
 }
 
 void MenuBar::keepSpaceFree() {

@@ -34,11 +34,14 @@ protected:
 
 private:
     void placeOnScreen();
+    void makeSureOfMapping();
     void keepSpaceFree();
 
+    XConnection& connection_;
     const LinuxAppearance& appearance_;
     std::vector<MenuBarItem*> items_; // from the right
     QMetaObject::Connection screenGeometry_;
+    int mappings_ = 1;
 };
 
 } // namespace rb

@@ -64,6 +64,14 @@ std::vector<std::uint32_t> XConnection::cardinals(xcb_window_t window, xcb_atom_
     return values;
 }
 
+bool XConnection::isMapped(xcb_window_t window) {
+    const auto cookie = xcb_get_window_attributes(connection_, window);
+    const XReply<xcb_get_window_attributes_reply_t> reply(
+        xcb_get_window_attributes_reply(connection_, cookie, nullptr));
+    deliverQueuedEvents();
+    return !reply || reply->map_state != XCB_MAP_STATE_UNMAPPED;
+}
+
 // Appending nothing to a property of a window of ours makes the server send the time with the change.
 xcb_timestamp_t XConnection::serverTime() {
     if (timeWindow_ == XCB_WINDOW_NONE) {

@@ -41,6 +41,8 @@ public:
     // A window's property as 32-bit values; empty when absent or of another format.
     std::vector<std::uint32_t> cardinals(xcb_window_t window, xcb_atom_t property);
 
+    // Whether the server shows the window or would, were its parents shown. True when it can't be asked.
+    bool isMapped(xcb_window_t window);
     // The server's time now, as window managers want it for activation requests; 0 when the server is gone.
     xcb_timestamp_t serverTime();
     // Asks the window manager to bring the window to the front and give it the focus, whoever has it now.

@@ -30,7 +30,7 @@ public:
     // Lets the desktop run that long.
     virtual void live(double seconds) = 0;
     // Lets it run until the condition holds; false when it doesn't within the limit.
-    bool until(const std::function<bool()>& condition, double limit = 3) {
+    bool until(const std::function<bool()>& condition, double limit = 10) {
         constexpr double step = 0.005;
         for (double waited = 0; !condition(); waited += step) {
             if (waited > limit) {

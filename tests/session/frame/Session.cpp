@@ -89,6 +89,7 @@ Session::Session(const SessionOptions& options)
         if (!waitUntil([this] { return !x_->cardinals(x_->root(), "_NET_SUPPORTING_WM_CHECK").empty(); })) {
             throw std::runtime_error("the window manager doesn't come up\n" + logs());
         }
+        awaitManagement();
     }
     if (options.compositor) {
         startCompositor();
@@ -130,6 +131,26 @@ void Session::startServer(const SessionOptions& options) {
     display_.insert(0, ":");
     environment["DISPLAY"] = display_;
     x_ = std::make_unique<XClient>(display_);
+}
+
+// A window manager that announces itself already may still lose the requests that reach it while it starts.
+void Session::awaitManagement() {
+    xcb_connection_t* x = x_->connection();
+    const xcb_window_t probe = xcb_generate_id(x);
+    xcb_create_window(x, XCB_COPY_FROM_PARENT, probe, x_->root(), 0, 0, 50, 50, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    const bool managed = waitUntil([&] {
+        constexpr double whileItMaps = 0.5;
+        xcb_map_window(x, probe);
+        xcb_flush(x);
+        return waitUntil([&] { return !x_->cardinals(probe, "WM_STATE").empty() && x_->facts(probe)->viewable; },
+                         whileItMaps);
+    });
+    if (!managed) {
+        throw std::runtime_error("the window manager manages nothing\n" + logs());
+    }
+    xcb_destroy_window(x, probe);
+    x_->sync();
 }
 
 void Session::startBus() {

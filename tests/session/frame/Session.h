@@ -55,6 +55,7 @@ public:
 
 private:
     void startServer(const SessionOptions& options);
+    void awaitManagement();
     void startBus();
     void mapF13();
 

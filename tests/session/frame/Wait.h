@@ -13,7 +13,7 @@ inline double monotonicNow() {
 // Asks again and again, every few milliseconds, until the condition holds; false when it doesn't within the limit
 // (seconds). The only way in which session tests let time pass.
 template <typename Condition>
-[[nodiscard]] bool waitUntil(const Condition& condition, double limit = 5) {
+[[nodiscard]] bool waitUntil(const Condition& condition, double limit = 15) {
     const double end = monotonicNow() + limit;
     while (!condition()) {
         if (monotonicNow() > end) {
