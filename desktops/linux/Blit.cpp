@@ -127,10 +127,10 @@ struct Interval {
     double end;
 };
 
-// Where start + x * step stays within [0, limit].
+// Where start + x * step stays within [0, limit]; the end lies before the beginning for nowhere.
 Interval within(double start, double step, double limit, Interval range) {
     if (std::abs(step) < 1e-9) {
-        return start >= 0 && start <= limit ? range : Interval{0, 0};
+        return start >= 0 && start <= limit ? range : Interval{1, 0};
     }
     const double a = -start / step;
     const double b = (limit - start) / step;

@@ -20,6 +20,7 @@
 #include <QUrl>
 
 #include <optional>
+#include <sys/resource.h>
 #include <utility>
 
 namespace rb {
@@ -27,6 +28,7 @@ namespace rb {
 namespace {
 
 constexpr int iconPixels = 128;
+constexpr qint64 mostPixels = 50'000'000;   // about half a second of decoding
 constexpr int thumbnailerTimeLimit = 15000; // milliseconds; a stuck thumbnailer must not stay
 
 QDir thumbnailFolder(const QString& size) {
@@ -170,6 +172,17 @@ QIcon themeIcon(const QMimeType& type) {
 } // namespace
 
 struct LinuxThumbnails::Request {
+    Request() = default;
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+    ~Request() {
+        if (process) {
+            process->disconnect(); // ending it here is nobody's news
+            process->kill();
+            process->waitForFinished();
+        }
+    }
+
     QString path;
     int pixels = 0;
     Answer answer;
@@ -188,6 +201,10 @@ std::shared_ptr<const Bitmap> LinuxThumbnails::imageThumb(const std::string& pat
     // Files with a wrong ending are pictures all the same.
     reader.setDecideFormatFromContent(true);
     const QSize size = reader.size();
+    // Only JPEG is decoded small at once. Of anything else that large the thumbnailers, which run beside us, may try.
+    if (reader.format() != "jpeg" && qint64{size.width()} * size.height() > mostPixels) {
+        return nullptr;
+    }
     if (size.isValid() && std::max(size.width(), size.height()) > maxPixelSize) {
         reader.setScaledSize(size.scaled(maxPixelSize, maxPixelSize, Qt::KeepAspectRatio).expandedTo({1, 1}));
     }
@@ -219,8 +236,8 @@ Handle LinuxThumbnails::requestDocumentThumbnail(const std::string& path, Size s
     request->pixels = static_cast<int>(std::max(size.width, size.height) * scale);
     request->answer = std::move(answer);
     // The look into the cache and the search for a program wait for a later turn: hanging a card comes first.
-    QObject::connect(&request->limit, &QTimer::timeout, &request->limit, [this, number] {
-        Request& waiting = *requests_.at(number);
+    QObject::connect(&request->limit, &QTimer::timeout, &receiver_, [this, number] {
+        const Request& waiting = *requests_.at(number);
         if (waiting.process) {
             requests_.erase(number); // took too long
             return;
@@ -262,16 +279,19 @@ void LinuxThumbnails::runThumbnailer(unsigned long number, const QString& path, 
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
+    // A picture that is a bomb, or a program that is, must not take the machine with it.
+    process.setChildProcessModifier([] {
+        constexpr rlim_t memory = rlim_t{2} << 30U;
+        constexpr rlim_t seconds = thumbnailerTimeLimit / 1000;
+        const rlimit memoryLimit{memory, memory};
+        const rlimit timeLimit{seconds, seconds};
+        setrlimit(RLIMIT_AS, &memoryLimit);
+        setrlimit(RLIMIT_CPU, &timeLimit);
+        setpriority(PRIO_PROCESS, 0, 10);
+    });
+    // A turn later, since the process is in the middle of telling us.
     const auto done = [this, number](bool succeeded) {
-        // A turn later, since the process is in the middle of telling us.
-        QTimer::singleShot(0, &requests_.at(number)->limit, [this, number, succeeded] {
-            Request& finished = *requests_.at(number);
-            QImage picture;
-            if (succeeded && picture.load(finished.output->fileName())) {
-                shareThumbnail(finished.path, picture);
-            }
-            answerFrom(number, finished.output->fileName());
-        });
+        QTimer::singleShot(0, &receiver_, [this, number, succeeded] { thumbnailerEnded(number, succeeded); });
     };
     QObject::connect(&process, &QProcess::finished, &process, [done](int code, QProcess::ExitStatus status) {
         done(code == 0 && status == QProcess::NormalExit);
@@ -284,6 +304,19 @@ void LinuxThumbnails::runThumbnailer(unsigned long number, const QString& path, 
     const QString program = words.takeFirst();
     process.start(program, words, QIODevice::NotOpen);
     request.limit.start(thumbnailerTimeLimit);
+}
+
+void LinuxThumbnails::thumbnailerEnded(unsigned long number, bool succeeded) {
+    const auto found = requests_.find(number);
+    if (found == requests_.end()) {
+        return; // taken back meanwhile
+    }
+    const Request& finished = *found->second;
+    QImage picture;
+    if (succeeded && picture.load(finished.output->fileName())) {
+        shareThumbnail(finished.path, picture);
+    }
+    answerFrom(number, finished.output->fileName());
 }
 
 void LinuxThumbnails::answerFrom(unsigned long number, const QString& picture) {

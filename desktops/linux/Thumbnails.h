@@ -3,6 +3,7 @@
 #include "platform/Handle.h"
 #include "platform/Thumbnails.h"
 
+#include <QObject>
 #include <QString>
 
 #include <map>
@@ -32,10 +33,12 @@ private:
     struct Request;
 
     void answerFrom(unsigned long number, const QString& picture);
+    void thumbnailerEnded(unsigned long number, bool succeeded);
     void runThumbnailer(unsigned long number, const QString& path, int pixels);
 
     std::map<unsigned long, std::unique_ptr<Request>> requests_;
     unsigned long next_ = 0;
+    QObject receiver_; // its connections end with it
     Lifetime lifetime_;
 };
 
