@@ -1,5 +1,6 @@
 #include "desktops/linux/AlertDialog.h"
 
+#include "desktops/linux/ProgramIcon.h"
 #include "desktops/linux/Style.h"
 #include "desktops/linux/TextMeter.h"
 
@@ -48,6 +49,7 @@ AlertDialog::AlertDialog(const Alert& alert, std::function<void(std::size_t)> an
     setWindowModality(Qt::ApplicationModal);
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QStringLiteral("Rook Bay"));
+    setWindowIcon(programIcon());
     setAccessibleName(QString::fromStdString(alert.messageText));
 
     auto* page = new QVBoxLayout(this);

@@ -4,6 +4,7 @@
 #include "desktops/linux/BoxWidget.h"
 #include "desktops/linux/ButtonWidget.h"
 #include "desktops/linux/KeyEquivalent.h"
+#include "desktops/linux/ProgramIcon.h"
 #include "desktops/linux/ScreenSpace.h"
 #include "desktops/linux/Windows.h"
 #include "desktops/linux/XConnection.h"
@@ -53,6 +54,7 @@ public:
         , window_(window) {
         setAttribute(Qt::WA_QuitOnClose, false);
         setWindowTitle(QString::fromStdString(spec.title));
+        setWindowIcon(programIcon());
         const QSize size(static_cast<int>(spec.contentSize.width), static_cast<int>(spec.contentSize.height));
         if (spec.resizable) {
             resize(size);

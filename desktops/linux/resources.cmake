@@ -36,3 +36,7 @@ file(GLOB sound_files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/sounds/*.w
 if(sound_files)
     qt_add_resources(rookbay_linux sounds PREFIX /sounds BASE ${CMAKE_SOURCE_DIR}/resources/sounds FILES ${sound_files})
 endif()
+
+# The program's icon, under :/icons.
+qt_add_resources(rookbay_linux icons PREFIX /icons BASE ${CMAKE_SOURCE_DIR}/resources/icons
+                 FILES ${CMAKE_SOURCE_DIR}/resources/icons/rookbay.svg)
