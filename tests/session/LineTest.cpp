@@ -2,6 +2,11 @@
 
 #include <QJsonArray>
 
+#include <csignal>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
 // The clothesline on a real screen: how it comes and goes, what it lets through, and where it shows.
 namespace rb {
 
@@ -116,6 +121,55 @@ TEST_F(LineTest, FollowsThePointersMonitorAndOutlivesIt) {
     ASSERT_TRUE(waitForLine(false));
     restInTheMenuBar(300);
     EXPECT_TRUE(waitForLine(true));
+}
+
+TEST_F(LineTest, HangsWhateverItIsGiven) {
+    Program& program = startWithPointerBelow();
+    const std::string folder = session().folder() + "/";
+    writeFile(folder + "empty.png", "");
+    writeFile(folder + "junk.jpg", "junk");
+    ASSERT_EQ(symlink("/nowhere", (folder + "dangling.png").c_str()), 0);
+    ASSERT_EQ(mkfifo((folder + "pipe.png").c_str(), 0600), 0);
+    const std::string longest = "c\x01\n\t" + std::string(247, 'n') + ".txt"; // 255 bytes
+    writeFile(folder + longest, "text");
+    writeFile(folder + "bad\xff\xfe.txt", "text");
+    const std::vector<std::string> names{"empty.png", "junk.jpg",        "dangling.png", "pipe.png",
+                                         longest,     "bad\xff\xfe.txt", "missing"};
+    for (const std::string& name : names) {
+        EXPECT_TRUE(session().start({ROOKBAY_PROGRAM, "hang", folder + name}).waitForExit(patience));
+    }
+    const std::vector<std::string> hung{folder + "empty.png", folder + "junk.jpg", folder + "pipe.png",
+                                        folder + longest};
+    EXPECT_TRUE(waitUntil([&] { return savedPaths() == hung; }, patience));
+    ASSERT_TRUE(waitForLine(true));
+    ASSERT_TRUE(waitForLine(false));
+    EXPECT_TRUE(program.isRunning());
+}
+
+TEST_F(LineTest, EndsInTheMiddleOfAThumbnail) {
+    const std::string data = session().folder() + "/thumbnailers-of-ours";
+    std::filesystem::create_directories(data + "/thumbnailers");
+    writeFile(data + "/thumbnailers/slow.thumbnailer",
+              "[Thumbnailer Entry]\nTryExec=sleep\nExec=sleep 61\nMimeType=text/plain;\n");
+    session().environment["XDG_DATA_HOME"] = data;
+    const std::string file = makeFile("notes.txt");
+    session().writeDefaults(R"({"ClotheslinePaths": [")" + file + "\"]}");
+    Program& program = startWithPointerBelow();
+    ASSERT_TRUE(waitUntil([&] { return session().processes("sleep").size() == 1; }, patience));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.waitForExit(patience), 0);
+    EXPECT_TRUE(waitUntil([&] { return session().processes("sleep").empty(); }, patience));
+}
+
+TEST_F(LineTest, StartsWithTenThousandSavedPaths) {
+    const std::string file = makeFile("notes.txt");
+    std::string list = "\"/nowhere/first\"";
+    for (int i = 0; i < 10'000; ++i) {
+        list += ",\"/nowhere/" + std::to_string(i) + "\"";
+    }
+    session().writeDefaults("{\"ClotheslinePaths\": [" + list + ",\"" + file + "\"]}");
+    startWithPointerBelow();
+    EXPECT_TRUE(waitUntil([&] { return savedPaths() == std::vector<std::string>{file}; }, patience));
 }
 
 } // namespace
