@@ -4,7 +4,8 @@
 
 namespace rb {
 
-// What the system knows of a file at a path. Links are followed; all false for a path that leads nowhere.
+// What the system knows of a file at a path, in its own way: a dangling link doesn't exist, and whether a link to a
+// folder counts as a folder is the system's habit (macOS: no, Linux: yes). All false for a path that leads nowhere.
 struct FileFacts {
     bool exists = false;
     bool isDirectory = false;
