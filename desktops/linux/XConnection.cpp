@@ -133,6 +133,8 @@ void XConnection::deliverQueuedEvents() {
     // Only what the library has read already; the notifier tells of the rest.
     if (XReply<xcb_generic_event_t> event{xcb_poll_for_queued_event(connection_)}) {
         setAside_.push_back(std::move(event));
+    }
+    if (!setAside_.empty()) {
         QMetaObject::invokeMethod(
             notifier_.get(), [this] { deliver(); }, Qt::QueuedConnection);
     }
