@@ -60,9 +60,9 @@ TEST_P(HotKeysContract, ReleasedKeysAndDroppedHandlersAreSilent) {
     const Handle stays = hotKeys().installHandler([&](HotKeyId) { ++second; });
     Handle key = hotKeys().registerHotKey(f13, 0, lock);
     user().pressHotKey(f13, 0);
-    ASSERT_TRUE(user().until([&] { return second == 1; }));
+    ASSERT_TRUE(user().until([&] { return second == 1; })) << second;
     user().pressHotKey(f13, 0);
-    ASSERT_TRUE(user().until([&] { return second == 2; }));
+    ASSERT_TRUE(user().until([&] { return second == 2; })) << second;
     key.reset();
     user().pressHotKey(f13, 0);
     user().live(0.1);

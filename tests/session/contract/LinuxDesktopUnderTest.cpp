@@ -104,6 +104,7 @@ void LinuxDesktopUnderTest::pressHotKey(std::uint32_t keyCode, std::uint32_t mod
             x.releaseKey(modifier.keysym);
         }
     }
+    live(0.02); // a press in the millisecond of a release would be a repeat
 }
 
 Handle LinuxDesktopUnderTest::holdHotKeyElsewhere(std::uint32_t keyCode, std::uint32_t modifiers) {
