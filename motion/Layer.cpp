@@ -111,7 +111,7 @@ void Layer::removeFromSuperlayer() {
     }
     detach();
     hostChanged(nullptr);
-    Due::tell(std::move(completions), false);
+    Due::tell(completions, false);
 }
 
 void Layer::setMask(std::shared_ptr<Layer> mask) {
@@ -132,7 +132,7 @@ void Layer::setMask(std::shared_ptr<Layer> mask) {
         mask_->masked_ = this;
         mask_->hostChanged(host_);
     }
-    Due::tell(std::move(completions), false);
+    Due::tell(completions, false);
 }
 
 void Layer::setHost(LayerHost* host) {
@@ -203,7 +203,7 @@ void Layer::endAnimation(const std::string& key, bool finished) {
 void Layer::removeAllAnimations() {
     std::vector<Due> completions;
     takeAll(completions);
-    Due::tell(std::move(completions), false);
+    Due::tell(completions, false);
 }
 
 void Layer::takeAll(std::vector<Due>& completions) {
@@ -342,7 +342,7 @@ void Layer::endDueAnimations(double mediaTime) {
     std::vector<Due> due;
     takeDue(mediaTime, due);
     std::stable_sort(due.begin(), due.end(), [](const Due& a, const Due& b) { return a.end < b.end; });
-    Due::tell(std::move(due), true);
+    Due::tell(due, true);
 }
 
 void RBAnimateLayerValue(const std::shared_ptr<Layer>& layer, KeyPath keyPath, const LayerValue& value,

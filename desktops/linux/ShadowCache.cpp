@@ -6,6 +6,7 @@
 #include <QPen>
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace rb {
 
@@ -16,11 +17,11 @@ constexpr std::size_t cacheSize = 48;
 constexpr double coarsest = 2;
 
 std::vector<float> gaussian(double deviation) {
-    const int reach = std::max(1, static_cast<int>(std::ceil(3 * deviation)));
+    const std::ptrdiff_t reach = std::max(std::ptrdiff_t{1}, static_cast<std::ptrdiff_t>(std::ceil(3 * deviation)));
     std::vector<float> weights(2 * static_cast<std::size_t>(reach) + 1);
     float total = 0;
-    for (int i = -reach; i <= reach; ++i) {
-        const double x = i / std::max(deviation, 0.01);
+    for (std::ptrdiff_t i = -reach; i <= reach; ++i) {
+        const double x = static_cast<double>(i) / std::max(deviation, 0.01);
         const auto weight = static_cast<float>(std::exp(-x * x / 2));
         weights[static_cast<std::size_t>(i + reach)] = weight;
         total += weight;
@@ -33,10 +34,10 @@ std::vector<float> gaussian(double deviation) {
 
 // One line of `count` values, `stride` apart, with nothing beyond its ends.
 void blurLine(const float* from, float* to, int count, std::ptrdiff_t stride, const std::vector<float>& weights) {
-    const int reach = static_cast<int>(weights.size() / 2);
-    for (int i = 0; i < count; ++i) {
+    const auto reach = static_cast<std::ptrdiff_t>(weights.size() / 2);
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
         float value = 0;
-        for (int k = std::max(-reach, -i); k <= std::min(reach, count - 1 - i); ++k) {
+        for (std::ptrdiff_t k = std::max(-reach, -i); k <= std::min(reach, count - 1 - i); ++k) {
             value += from[(i + k) * stride] * weights[static_cast<std::size_t>(k + reach)];
         }
         to[i * stride] = value;
@@ -61,8 +62,7 @@ void blur(QImage& image, double deviation, const QColor& color) {
     }
     const std::vector<float> weights = gaussian(deviation);
     for (int y = 0; y < height; ++y) {
-        blurLine(&alpha[at(0, y)], &across[at(0, y)], width, 1,
-                 weights);
+        blurLine(&alpha[at(0, y)], &across[at(0, y)], width, 1, weights);
     }
     for (int x = 0; x < width; ++x) {
         blurLine(&across[at(x, 0)], &alpha[at(x, 0)], height, width, weights);

@@ -98,7 +98,7 @@ Handle VirtualRunLoop::after(double delay, std::function<void()> work) {
     requireMainThread("RunLoop::after");
     auto timer = std::make_shared<Work>();
     timer->work = std::move(work);
-    return addTimer(std::move(timer), queue_->now + nanoseconds(std::max(delay, 0.0)));
+    return addTimer(timer, queue_->now + nanoseconds(std::max(delay, 0.0)));
 }
 
 Handle VirtualRunLoop::every(double interval, double tolerance, std::function<void()> work) {

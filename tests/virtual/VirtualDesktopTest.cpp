@@ -246,7 +246,9 @@ public:
         events += hasVisibleWindows ? "reopen+ " : "reopen ";
         return hasVisibleWindows;
     }
-    void applicationOpenFiles(const std::vector<std::string>& paths) override { events += "open:" + paths.front() + " "; }
+    void applicationOpenFiles(const std::vector<std::string>& paths) override {
+        events += "open:" + paths.front() + " ";
+    }
     void applicationWillTerminate() override { events += "terminate "; }
     bool acceptsPreviewPanelControl() override { return false; }
     void beginPreviewPanelControl(PreviewPanel& /*panel*/) override {}
