@@ -14,7 +14,7 @@ struct URLSessionSpec {
 struct URLAnswer {
     bool failed = false; // no answer, or one that broke off or was too long; then the rest says nothing
     int status = 0;      // of HTTP
-    std::string body = {};
+    std::string text = {}; // the body; empty when it isn't UTF-8
 };
 
 // Requests that keep nothing: no cookies, no cache, neither read nor written. Destruction ends what is under way
