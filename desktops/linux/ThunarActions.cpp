@@ -46,8 +46,11 @@ bool readActions(const QString& text, const Found& found) {
             }
             --depth;
             break;
-        case QXmlStreamReader::DTD:
-            return false;
+        case QXmlStreamReader::DTD: // Thunar's own file for all users has one, without entities
+            if (!reader.entityDeclarations().isEmpty()) {
+                return false;
+            }
+            break;
         default:
             break;
         }
