@@ -17,8 +17,13 @@ NSURL* installedWorkflow() {
 
 std::optional<std::string> versionOf(NSURL* workflow) {
     NSURL* file = [workflow URLByAppendingPathComponent:@"Contents/Info.plist"];
-    NSDictionary* info = file != nil ? [NSDictionary dictionaryWithContentsOfURL:file error:nil] : nil;
-    id version = info[@"CFBundleShortVersionString"];
+    NSData* data = file != nil ? [NSData dataWithContentsOfURL:file] : nil;
+    id info = data != nil ? [NSPropertyListSerialization propertyListWithData:data
+                                                                      options:NSPropertyListImmutable
+                                                                       format:nullptr
+                                                                        error:nil]
+                          : nil;
+    id version = [info isKindOfClass:NSDictionary.class] ? info[@"CFBundleShortVersionString"] : nil;
     return [version isKindOfClass:NSString.class] ? std::optional(utf8String(version)) : std::nullopt;
 }
 

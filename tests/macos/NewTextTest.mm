@@ -172,10 +172,14 @@ protected:
         fake::answer("-[NSFileManager copyItemAtURL:toURL:error:]", true);
         fake::answer("-[NSFileManager removeItemAtURL:error:]", true);
         fake::answer("-[NSFileManager fileExistsAtPath:]", installed != nil);
-        fake::onCall("+[NSDictionary dictionaryWithContentsOfURL:error:]", [=](fake::Call& call) {
+        fake::onCall("+[NSData dataWithContentsOfURL:]", [=](fake::Call& call) {
             NSURL* url = call.object(0);
             NSString* version = [url.path hasPrefix:@"/app/"] ? bundled : installed;
-            call.answer(version.length > 0 ? @{@"CFBundleShortVersionString" : version} : id(nil));
+            call.answer([version dataUsingEncoding:NSUTF8StringEncoding]);
+        });
+        fake::onCall("+[NSPropertyListSerialization propertyListWithData:options:format:error:]", [](fake::Call& call) {
+            NSString* version = [[NSString alloc] initWithData:call.object(0) encoding:NSUTF8StringEncoding];
+            call.answer(version.length > 0 ? @{@"CFBundleShortVersionString" : version} : @{});
         });
     }
     static std::size_t copies() { return fake::calls("-[NSFileManager copyItemAtURL:toURL:error:]").size(); }
