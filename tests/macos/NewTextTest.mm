@@ -45,7 +45,7 @@ protected:
 };
 
 TEST_F(NewTextTest, asksFinderAndShowsThePanel) {
-    finderSays(@"/Users/rb/文稿/");
+    finderSays(@"/Users/rb/文稿");
     launch([this] {
         choose();
         EXPECT_EQ(fake::lastCall("-[NSAppleScript initWithSource:]").string(0), finderQuestion);
@@ -188,12 +188,11 @@ protected:
 
 TEST_F(WorkflowTest, isCopiedWhereItIsMissing) {
     workflows(@"1.0", nil);
-    fake::answer("NSHomeDirectory", @"/Users/rb");
     launch([] {
         ASSERT_EQ(copies(), 1u);
         EXPECT_EQ(removals(), 0u);
         NSURL* target = fake::lastCall("-[NSFileManager copyItemAtURL:toURL:error:]").object(1);
-        EXPECT_STREQ(target.path.UTF8String, "/Users/rb/Library/Services/新建 TXT（Rook Bay）.workflow");
+        EXPECT_STREQ(target.path.UTF8String, "/Users/test/Library/Services/新建 TXT（Rook Bay）.workflow");
         EXPECT_EQ(fake::calls("NSUpdateDynamicServices").size(), 1u);
     });
 }
