@@ -1,7 +1,9 @@
 #include "tests/session/SessionTest.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 // New text files in a real session: the folder of other people's file managers, the panel, the file, the editor.
