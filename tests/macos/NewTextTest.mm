@@ -168,7 +168,7 @@ class WorkflowTest : public ProgramTest {
 protected:
     void workflows(NSString* bundled, NSString* installed) {
         fake::answer(NSBundle.mainBundle, "URLForResource:withExtension:", [NSURL fileURLWithPath:@"/app/NewText.workflow"]);
-        fake::answer("-[NSFileManager createDirectoryAtURL:withIntermediateDirectories:attributes:error:]", true);
+        fake::answer("-[NSFileManager createDirectoryAtPath:withIntermediateDirectories:attributes:error:]", true);
         fake::answer("-[NSFileManager copyItemAtURL:toURL:error:]", true);
         fake::answer("-[NSFileManager removeItemAtURL:error:]", true);
         fake::answer("-[NSFileManager fileExistsAtPath:]", installed != nil);

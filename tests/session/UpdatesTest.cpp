@@ -1,5 +1,6 @@
 #include "tests/session/SessionTest.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sodium.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
@@ -120,7 +121,14 @@ TEST_F(UpdatesTest, APageInsteadOfAFeedLosesToASlowFeed) {
     EXPECT_TRUE(usesMirror());
     // Asking again brings the same window forward.
     chooseCheck();
-    EXPECT_TRUE(staysTrue([this] { return session().processes("rookbay-update").size() == 1; }, 0.5));
+    EXPECT_TRUE(staysTrue(
+        [this] {
+            const auto windows = x().windows();
+            return std::count_if(windows.begin(), windows.end(), [](const WindowFacts& window) {
+                       return window.viewable && window.title == windowTitle;
+                   }) == 1;
+        },
+        2));
     x().tapKey(XKB_KEY_Escape);
     EXPECT_TRUE(windowIsGone());
     EXPECT_EQ(opened(), "");
