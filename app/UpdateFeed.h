@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Desktop.h"
-#include "platform/Updates.h"
 #include "platform/URLSessions.h"
+#include "platform/Updates.h"
 
 #include <array>
 #include <cstddef>

@@ -12,8 +12,8 @@ struct URLSessionSpec {
 
 // What became of a request.
 struct URLAnswer {
-    bool failed = false; // no answer, or one that broke off or was too long; then the rest says nothing
-    int status = 0;      // of HTTP
+    bool failed = false;   // no answer, or one that broke off or was too long; then the rest says nothing
+    int status = 0;        // of HTTP
     std::string text = {}; // the body; empty when it isn't UTF-8
 };
 

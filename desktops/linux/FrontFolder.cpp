@@ -24,13 +24,13 @@ namespace rb {
 
 namespace {
 
-constexpr int answerTimeout = 1000; // milliseconds; who is slower is not going to tell
+constexpr int answerTimeout = 1000;         // milliseconds; who is slower is not going to tell
 constexpr std::uint32_t longestText = 4096; // in units of four bytes
 
 // The classes of file managers' windows.
 constexpr std::array<std::string_view, 12> fileManagers{
-    "org.gnome.nautilus", "nautilus",     "nemo",        "caja", "thunar",  "pcmanfm-qt",
-    "pcmanfm",            "dolphin",      "org.kde.dolphin", "spacefm", "krusader", "doublecmd"};
+    "org.gnome.nautilus", "nautilus", "nemo",     "caja",     "thunar", "pcmanfm-qt", "pcmanfm", "dolphin",
+    "org.kde.dolphin",    "spacefm",  "krusader", "doublecmd"};
 
 bool isFileManager(const std::string& windowClass) {
     std::string lower = windowClass;

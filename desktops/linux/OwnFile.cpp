@@ -101,8 +101,7 @@ std::optional<std::string> writeNewFile(const std::string& path, const std::stri
     return linked ? std::nullopt : std::optional(reason);
 }
 
-std::optional<std::string> replaceOwnFile(const std::string& path, const std::string& before,
-                                          const std::string& text) {
+std::optional<std::string> replaceOwnFile(const std::string& path, const std::string& before, const std::string& text) {
     struct stat status {};
     if (readOwnFile(path) != before || lstat(path.c_str(), &status) != 0) {
         return path + " changed meanwhile";

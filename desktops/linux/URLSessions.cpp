@@ -49,7 +49,9 @@ public:
         tasks_.push_back(std::make_unique<UpdateHelper>(
             QStringList{QStringLiteral("probe"), QStringLiteral("--timeout"), QString::number(timeout_),
                         QString::fromStdString(address)},
-            [output](const QByteArray& bytes) { output->append(bytes.constData(), static_cast<std::size_t>(bytes.size())); },
+            [output](const QByteArray& bytes) {
+                output->append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+            },
             [output, done = std::move(done)](int code) { done(readAnswer(code, *output)); }));
         return true;
     }

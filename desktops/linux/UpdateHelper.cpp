@@ -10,9 +10,9 @@ namespace rb {
 
 QString updateHelperPath() {
     const QString folder = QCoreApplication::applicationDirPath();
-    for (const QString& path : {folder + QStringLiteral("/rookbay-update"),
-                                folder + QStringLiteral("/../libexec/rook-bay/rookbay-update"),
-                                QStringLiteral("/usr/libexec/rook-bay/rookbay-update")}) {
+    for (const QString& path :
+         {folder + QStringLiteral("/rookbay-update"), folder + QStringLiteral("/../libexec/rook-bay/rookbay-update"),
+          QStringLiteral("/usr/libexec/rook-bay/rookbay-update")}) {
         if (QFileInfo(path).isExecutable()) {
             return path;
         }
@@ -33,17 +33,21 @@ UpdateHelper::UpdateHelper(const QStringList& arguments, Output output, Ended en
     process->setProcessEnvironment(environment);
     QObject::connect(process, &QProcess::readyReadStandardOutput, process,
                      [process, output] { output(process->readAllStandardOutput()); });
-    QObject::connect(process, &QProcess::finished, process, [output, ended, process](int code, QProcess::ExitStatus how) {
-        if (const QByteArray rest = process->readAllStandardOutput(); !rest.isEmpty()) {
-            output(rest);
-        }
-        ended(how == QProcess::NormalExit ? code : -1);
-    });
-    QObject::connect(process, &QProcess::errorOccurred, process, [ended](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            ended(-1);
-        }
-    }, Qt::QueuedConnection);
+    QObject::connect(process, &QProcess::finished, process,
+                     [output, ended, process](int code, QProcess::ExitStatus how) {
+                         if (const QByteArray rest = process->readAllStandardOutput(); !rest.isEmpty()) {
+                             output(rest);
+                         }
+                         ended(how == QProcess::NormalExit ? code : -1);
+                     });
+    QObject::connect(
+        process, &QProcess::errorOccurred, process,
+        [ended](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart) {
+                ended(-1);
+            }
+        },
+        Qt::QueuedConnection);
     process->start(updateHelperPath(), arguments);
 }
 

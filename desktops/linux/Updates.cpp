@@ -5,7 +5,6 @@
 #include "platform/Application.h"
 #include "platform/Log.h"
 
-
 #include <optional>
 #include <string>
 #include <string_view>
@@ -52,7 +51,9 @@ public:
                         QStringLiteral("--key"), text(application_.infoString("SUPublicEDKey").value_or("")),
                         QStringLiteral("--version"), QStringLiteral(ROOKBAY_VERSION), QStringLiteral("--appearance"),
                         appearance_.isDark() ? QStringLiteral("dark") : QStringLiteral("light")},
-            [this](const QByteArray& bytes) { output_.append(bytes.constData(), static_cast<std::size_t>(bytes.size())); },
+            [this](const QByteArray& bytes) {
+                output_.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+            },
             [this](int code) { finish(code); });
     }
 

@@ -76,9 +76,8 @@ void LinuxWorkspace::openInTextEditor(const std::string& path, Done done) {
     const Answer answer(std::move(done));
     const auto answered = [this, question, path, answer] {
         const QString entry = QString::fromUtf8(question->readAllStandardOutput()).trimmed();
-        const QString file = entry.isEmpty()
-                                 ? QString()
-                                 : QStandardPaths::locate(QStandardPaths::ApplicationsLocation, entry);
+        const QString file =
+            entry.isEmpty() ? QString() : QStandardPaths::locate(QStandardPaths::ApplicationsLocation, entry);
         if (file.isEmpty()) {
             log_.write("no program for plain text is set");
             answer(false);
@@ -100,8 +99,8 @@ void LinuxWorkspace::openInTextEditor(const std::string& path, Done done) {
                      }));
     question->setStandardErrorFile(QProcess::nullDevice());
     question->setStandardInputFile(QProcess::nullDevice());
-    question->start(QStringLiteral("xdg-mime"), {QStringLiteral("query"), QStringLiteral("default"),
-                                                 QStringLiteral("text/plain")});
+    question->start(QStringLiteral("xdg-mime"),
+                    {QStringLiteral("query"), QStringLiteral("default"), QStringLiteral("text/plain")});
 }
 
 void LinuxWorkspace::revealFiles(const std::vector<std::string>& paths) {

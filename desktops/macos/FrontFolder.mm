@@ -6,11 +6,10 @@ namespace rb {
 
 namespace {
 
-NSString* const question =
-    @"tell application \"Finder\"\n"
-    @"  if (count of Finder windows) is 0 then return POSIX path of (path to desktop folder)\n"
-    @"  return POSIX path of (target of front Finder window as alias)\n"
-    @"end tell";
+NSString* const question = @"tell application \"Finder\"\n"
+                           @"  if (count of Finder windows) is 0 then return POSIX path of (path to desktop folder)\n"
+                           @"  return POSIX path of (target of front Finder window as alias)\n"
+                           @"end tell";
 
 } // namespace
 

@@ -42,9 +42,7 @@ class WorkflowAction final : public QuickAction {
 public:
     std::optional<std::string> bundledVersion() const override { return versionOf(bundledWorkflow()); }
     std::optional<std::string> installedVersion() const override { return versionOf(installedWorkflow()); }
-    bool isInstalled() const override {
-        return [NSFileManager.defaultManager fileExistsAtPath:installedPath()] != NO;
-    }
+    bool isInstalled() const override { return [NSFileManager.defaultManager fileExistsAtPath:installedPath()] != NO; }
     std::optional<std::string> remove() override {
         NSError* error = nil;
         const BOOL removed = [NSFileManager.defaultManager removeItemAtURL:installedWorkflow() error:&error];

@@ -79,9 +79,7 @@ private:
         return error_.empty();
     }
 
-    bool isPlain(const char* name) const {
-        return xml_.namespaceUri().isEmpty() && xml_.name() == QLatin1String(name);
-    }
+    bool isPlain(const char* name) const { return xml_.namespaceUri().isEmpty() && xml_.name() == QLatin1String(name); }
     bool isOfUpdates(const char* name) const {
         return xml_.namespaceUri() == QLatin1String(updatesNamespace) && xml_.name() == QLatin1String(name);
     }
@@ -132,7 +130,9 @@ private:
 
     AppcastItem readEnclosure() const {
         const QXmlStreamAttributes attributes = xml_.attributes();
-        const auto plain = [&](const char* name) { return attributes.value(QLatin1String(name)).toString().toStdString(); };
+        const auto plain = [&](const char* name) {
+            return attributes.value(QLatin1String(name)).toString().toStdString();
+        };
         const auto ofUpdates = [&](const char* name) {
             return attributes.value(QLatin1String(updatesNamespace), QLatin1String(name)).toString().toStdString();
         };

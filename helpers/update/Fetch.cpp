@@ -106,9 +106,9 @@ void Fetch::finished() {
         return;
     }
     // An answer of the server, whatever its status, is an answer; anything else broke off.
-    const bool answered = status != 0 && reply_->error() != QNetworkReply::RemoteHostClosedError &&
-                          (reply_->error() == QNetworkReply::NoError ||
-                           reply_->error() >= QNetworkReply::ContentAccessDenied);
+    const bool answered =
+        status != 0 && reply_->error() != QNetworkReply::RemoteHostClosedError &&
+        (reply_->error() == QNetworkReply::NoError || reply_->error() >= QNetworkReply::ContentAccessDenied);
     finish(answered ? std::string() : reply_->errorString().toStdString());
 }
 
@@ -116,8 +116,8 @@ void Fetch::finish(const std::string& error) {
     silence_.stop();
     whole_.stop();
     const Result result{.error = error,
-                  .status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
-                  .address = reply_->url()};
+                        .status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
+                        .address = reply_->url()};
     reply_->disconnect(this);
     reply_->abort();
     reply_->deleteLater();

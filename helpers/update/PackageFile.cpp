@@ -56,8 +56,8 @@ std::optional<std::string> PackageFile::create(const std::string& folder, const 
     clear(held.get());
     const std::string name = std::string(prefix) + version + std::string(ending);
     constexpr mode_t forTheUserAlone = 0600;
-    file_ = UniqueFd(
-        openat(held.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, forTheUserAlone));
+    file_ =
+        UniqueFd(openat(held.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, forTheUserAlone));
     if (!file_) {
         return folder + "/" + name + ": " + lastErrorText();
     }

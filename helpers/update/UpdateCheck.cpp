@@ -249,7 +249,8 @@ void UpdateCheck::run(const std::vector<std::string>& words,
         const bool good = how == QProcess::NormalExit && code == 0;
         once(good ? std::optional(process->readAllStandardOutput().toStdString()) : std::nullopt);
     });
-    QObject::connect(process, &QProcess::errorOccurred, process, [once](QProcess::ProcessError) { once(std::nullopt); });
+    QObject::connect(process, &QProcess::errorOccurred, process,
+                     [once](QProcess::ProcessError) { once(std::nullopt); });
     QTimer::singleShot(inspectionLimit, process, [process] { process->kill(); });
     QStringList arguments;
     for (std::size_t i = 1; i < words.size(); ++i) {

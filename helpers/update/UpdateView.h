@@ -9,7 +9,7 @@ namespace rb {
 struct UpdateOffer {
     std::string version = {}; // as people call it
     std::string currentVersion = {};
-    std::string notes = {}; // may be HTML, from outside
+    std::string notes = {};                             // may be HTML, from outside
     std::optional<std::uint64_t> length = std::nullopt; // bytes
 };
 

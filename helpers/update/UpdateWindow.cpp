@@ -185,8 +185,9 @@ void UpdateWindow::showUpToDate(const std::string& version) {
 }
 
 void UpdateWindow::showOffer(const UpdateOffer& offer) {
-    QString text = QStringLiteral("Rook Bay %1 已经发布，您现在使用的是 %2。")
-                       .arg(QString::fromStdString(offer.version).left(40), QString::fromStdString(offer.currentVersion));
+    QString text =
+        QStringLiteral("Rook Bay %1 已经发布，您现在使用的是 %2。")
+            .arg(QString::fromStdString(offer.version).left(40), QString::fromStdString(offer.currentVersion));
     if (offer.length) {
         text += QStringLiteral("下载大小为 %1。").arg(shownSize(*offer.length));
     }
@@ -220,7 +221,8 @@ void UpdateWindow::showVerifying() {
 
 void UpdateWindow::showHandedOver() {
     show({.heading = QStringLiteral("更新已准备好"),
-          .text = QStringLiteral("安装包通过了验证，并已交给系统的软件安装程序。装好后退出并重新启动 Rook Bay，即可使用新版本。"),
+          .text = QStringLiteral(
+              "安装包通过了验证，并已交给系统的软件安装程序。装好后退出并重新启动 Rook Bay，即可使用新版本。"),
           .button = QStringLiteral("好"),
           .act = [this] { reject(); }});
 }
@@ -233,10 +235,9 @@ void UpdateWindow::showProblem(UpdateProblem problem, const std::string& detail)
     }
     text_->setTextInteractionFlags(problem == UpdateProblem::Installer ? Qt::TextSelectableByMouse
                                                                        : Qt::NoTextInteraction);
-    show({.heading = QString::fromUtf8(texts.heading),
-          .text = text,
-          .button = QStringLiteral("好"),
-          .act = [this] { reject(); }});
+    show({.heading = QString::fromUtf8(texts.heading), .text = text, .button = QStringLiteral("好"), .act = [this] {
+              reject();
+          }});
 }
 
 void UpdateWindow::reject() {

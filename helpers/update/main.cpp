@@ -6,6 +6,7 @@
 #include "helpers/update/Versions.h"
 
 #include <QApplication>
+#include <QNetworkProxyFactory>
 #include <QSocketNotifier>
 
 #include <array>
@@ -23,7 +24,8 @@ constexpr int success = 0;
 constexpr int failure = 1;
 constexpr int misuse = 2;
 
-constexpr const char* help = R"(用法：rookbay-update check --feed 地址 --key 公钥 --version 版本 [--appearance light|dark]
+constexpr const char* help =
+    R"(用法：rookbay-update check --feed 地址 --key 公钥 --version 版本 [--appearance light|dark]
       rookbay-update probe [--timeout 秒] 地址
 
 Rook Bay 用它检查更新，通常不需要自己运行。
@@ -96,7 +98,8 @@ int check(int count, char** words, std::map<std::string, std::string> options) {
     QApplication::setPalette(theme.palette());
 
     rb::UpdateCheck* running = nullptr;
-    rb::UpdateWindow window({.install = [&] { running->install(); }, .closed = [] { QCoreApplication::exit(success); }});
+    rb::UpdateWindow window(
+        {.install = [&] { running->install(); }, .closed = [] { QCoreApplication::exit(success); }});
     rb::UpdateCheck::Settings settings{.feed = options["feed"],
                                        .key = options["key"],
                                        .version = options["version"],
@@ -140,6 +143,7 @@ int main(int count, char** words) {
         return success;
     }
     auto options = readArguments(count, words);
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
     if (command == "probe" && !options[""].empty()) {
         return probe(count, words, std::move(options));
     }

@@ -33,11 +33,10 @@ protected:
 TEST_F(NewTextFileTest, AFileAppearsWhereTheUserLooksAndOpens) {
     launch();
     VirtualSavePanel& shown = choose();
-    EXPECT_EQ(shown.spec(), (SavePanelSpec{.title = "新建 TXT",
-                                           .prompt = "创建",
-                                           .directory = folder,
-                                           .name = "新建文本.txt",
-                                           .extension = "txt"}));
+    EXPECT_EQ(
+        shown.spec(),
+        (SavePanelSpec{
+            .title = "新建 TXT", .prompt = "创建", .directory = folder, .name = "新建文本.txt", .extension = "txt"}));
     EXPECT_TRUE(desktop_.application().isActive());
     const std::string path = in(folder, "新建文本.txt");
     EXPECT_FALSE(desktop_.files().facts(path).exists) << "nothing before the user confirms";

@@ -31,9 +31,12 @@ protected:
 };
 
 TEST_F(FrontFolderTest, IsTheVisibleTabOfTheFrontWindow) {
-    const LinuxFrontFolder::Locations locations{
-        {"/w/1", {uri("%E8%B5%84%E6%96%99%20-%20%E6%97%A7"), uri("b")}}, {"/w/2", {uri("b/")}}, {"/w/3", {}},
-        {"/w/4", {"trash:///"}}, {"/w/5", {"sftp://host/home"}}, {"/w/6", {uri("gone")}}};
+    const LinuxFrontFolder::Locations locations{{"/w/1", {uri("%E8%B5%84%E6%96%99%20-%20%E6%97%A7"), uri("b")}},
+                                                {"/w/2", {uri("b/")}},
+                                                {"/w/3", {}},
+                                                {"/w/4", {"trash:///"}},
+                                                {"/w/5", {"sftp://host/home"}},
+                                                {"/w/6", {uri("gone")}}};
     EXPECT_EQ(decide({{.objectPath = "/w/1"}, {.objectPath = "/w/2"}}, &locations), home_ / "资料 - 旧");
     EXPECT_EQ(decide({{.objectPath = "/w/2"}, {.objectPath = "/w/1"}}, &locations), home_ / "b");
     for (const char* elsewhere : {"/w/3", "/w/4", "/w/5", "/w/6", "/w/7"}) {

@@ -134,8 +134,9 @@ TEST_F(QuickActionsTest, TheScriptTakesTheSelectedFolderOrTheOpenOne) {
 TEST_F(QuickActionsTest, ThunarsFileKeepsEveryOtherAction) {
     provide("thunar");
     fs::create_directories(home_ / "config/Thunar");
-    const std::string mine = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<actions>\n<action>\n\t<name>打开终端 &amp; 更多"
-                             "</name>\n\t<unique-id>1-1</unique-id>\n\t<command>x</command>\n</action>\n</actions>\n";
+    const std::string mine =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<actions>\n<action>\n\t<name>打开终端 &amp; 更多"
+        "</name>\n\t<unique-id>1-1</unique-id>\n\t<command>x</command>\n</action>\n</actions>\n";
     writeText(thunarFile(), mine);
     EXPECT_EQ(install(), 1);
     const std::string with = readText(thunarFile());
@@ -159,7 +160,8 @@ TEST_F(QuickActionsTest, ThunarsActionsForAllUsersComeAlong) {
     provide("thunar");
     fs::create_directories(home_ / "xdg/Thunar");
     writeText(home_ / "xdg/Thunar/uca.xml",
-              "<?xml version=\"1.0\"?>\n<!DOCTYPE actions [<!ELEMENT actions (action)+>]>\n<actions>\n<action><unique-id>all</unique-id></action>\n</actions>\n");
+              "<?xml version=\"1.0\"?>\n<!DOCTYPE actions [<!ELEMENT actions "
+              "(action)+>]>\n<actions>\n<action><unique-id>all</unique-id></action>\n</actions>\n");
     EXPECT_EQ(install(), 1);
     EXPECT_THAT(readText(thunarFile()), HasSubstr("<unique-id>all</unique-id>"));
     EXPECT_EQ(fs::status(thunarFile()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
@@ -168,7 +170,8 @@ TEST_F(QuickActionsTest, ThunarsActionsForAllUsersComeAlong) {
 TEST_F(QuickActionsTest, ADamagedThunarFileStaysAsItIs) {
     provide("thunar");
     fs::create_directories(home_ / "config/Thunar");
-    for (const char* broken : {"", "<actions><action>", "<html></actions>", "<!DOCTYPE a [<!ENTITY b \"c\">]><actions></actions>"}) {
+    for (const char* broken :
+         {"", "<actions><action>", "<html></actions>", "<!DOCTYPE a [<!ENTITY b \"c\">]><actions></actions>"}) {
         writeText(thunarFile(), broken);
         for (const auto& action : actions_.textActions()) {
             EXPECT_NE(action->install(), std::nullopt);

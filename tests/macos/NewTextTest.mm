@@ -8,10 +8,11 @@ namespace rb {
 
 namespace {
 
-constexpr const char* finderQuestion = "tell application \"Finder\"\n"
-                                       "  if (count of Finder windows) is 0 then return POSIX path of (path to desktop folder)\n"
-                                       "  return POSIX path of (target of front Finder window as alias)\n"
-                                       "end tell";
+constexpr const char* finderQuestion =
+    "tell application \"Finder\"\n"
+    "  if (count of Finder windows) is 0 then return POSIX path of (path to desktop folder)\n"
+    "  return POSIX path of (target of front Finder window as alias)\n"
+    "end tell";
 
 class NewTextTest : public ProgramTest {
 protected:
@@ -26,7 +27,8 @@ protected:
             }
             if (error != 0) {
                 *(NSDictionary * __autoreleasing*)call.pointer<void*>(0) =
-                    @{NSAppleScriptErrorNumber : @(error), NSAppleScriptErrorMessage : @"no"};
+                    @{NSAppleScriptErrorNumber : @(error),
+                      NSAppleScriptErrorMessage : @"no"};
             }
             call.answer(id(nil));
         });
@@ -99,8 +101,8 @@ TEST_F(NewTextTest, writesWithoutReplacingAndOpensTextEdit) {
         EXPECT_EQ(static_cast<NSData*>(written.receiver()).length, 0u);
         EXPECT_EQ(fake::lastCall("-[NSWorkspace URLForApplicationWithBundleIdentifier:]").string(0),
                   "com.apple.TextEdit");
-        const auto opened = fake::lastCall(
-            "-[NSWorkspace openURLs:withApplicationAtURL:configuration:completionHandler:]");
+        const auto opened =
+            fake::lastCall("-[NSWorkspace openURLs:withApplicationAtURL:configuration:completionHandler:]");
         EXPECT_STREQ([[opened.object(0) firstObject] path].UTF8String, "/f/新.txt");
         const auto told = opened.block<void (^)(NSRunningApplication*, NSError*)>(3);
         told(nil, nil);
@@ -167,7 +169,8 @@ TEST_F(NewTextTest, quittingWithTheOpenPanelTakesItAway) {
 class WorkflowTest : public ProgramTest {
 protected:
     void workflows(NSString* bundled, NSString* installed) {
-        fake::answer(NSBundle.mainBundle, "URLForResource:withExtension:", [NSURL fileURLWithPath:@"/app/NewText.workflow"]);
+        fake::answer(NSBundle.mainBundle,
+                     "URLForResource:withExtension:", [NSURL fileURLWithPath:@"/app/NewText.workflow"]);
         fake::answer("-[NSFileManager createDirectoryAtPath:withIntermediateDirectories:attributes:error:]", true);
         fake::answer("-[NSFileManager copyItemAtURL:toURL:error:]", true);
         fake::answer("-[NSFileManager removeItemAtURL:error:]", true);
@@ -219,8 +222,11 @@ TEST_F(WorkflowTest, isReplacedInAnother) {
 class FeedTest : public ProgramTest {
 protected:
     FeedTest() {
-        fake::answer(NSBundle.mainBundle, "infoDictionary",
-                     @{@"SUFeedURL" : @"https://a.example/x", @"SUPublicEDKey" : @"k", @"RBMirrorFeedURL" : @"https://b.example/x"});
+        fake::answer(NSBundle.mainBundle, "infoDictionary", @{
+            @"SUFeedURL" : @"https://a.example/x",
+            @"SUPublicEDKey" : @"k",
+            @"RBMirrorFeedURL" : @"https://b.example/x"
+        });
         fake::answer(NSBundle.mainBundle, "privateFrameworksPath", @"/App/Contents/Frameworks");
         fake::answer("+[NSBundle bundleWithPath:]", NSBundle.mainBundle);
         fake::answer("-[NSBundle loadAndReturnError:]", true);
@@ -231,7 +237,7 @@ protected:
         NSHTTPURLResponse* response = [[NSHTTPURLResponse alloc] init];
         fake::answer(response, "statusCode", status);
         task.block<void (^)(NSData*, NSURLResponse*, NSError*)>(1)([body dataUsingEncoding:NSUTF8StringEncoding],
-                                                                    response, error);
+                                                                   response, error);
         fake::runMainQueue();
     }
     static bool choseMirror() {

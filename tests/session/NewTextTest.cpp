@@ -25,8 +25,9 @@ protected:
         // A text editor that only notes what it was given.
         const std::string programs = session().folder() + "/data/applications";
         fs::create_directories(programs);
-        writeFile(programs + "/note.desktop", "[Desktop Entry]\nType=Application\nName=Note\nMimeType=text/plain;\nExec=" +
-                                                  session().folder() + "/note %f\n");
+        writeFile(programs + "/note.desktop",
+                  "[Desktop Entry]\nType=Application\nName=Note\nMimeType=text/plain;\nExec=" + session().folder() +
+                      "/note %f\n");
         writeFile(session().configFolder() + "/mimeapps.list", "[Default Applications]\ntext/plain=note.desktop\n");
         writeFile(session().folder() + "/note", "#!/bin/sh\nprintf '%s' \"$1\" >" + session().folder() + "/noted\n");
         fs::permissions(session().folder() + "/note", fs::perms::owner_all);
@@ -44,7 +45,8 @@ protected:
     }
     std::string noted() { return readFile(session().folder() + "/noted").value_or(""); }
     static bool isInstalled(const std::string& program) {
-        return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0; // NOLINT(concurrency-mt-unsafe)
+        return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) ==
+               0; // NOLINT(concurrency-mt-unsafe)
     }
 
     std::string folder_;

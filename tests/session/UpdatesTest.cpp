@@ -48,7 +48,8 @@ protected:
         fs::create_directories(tree + "/DEBIAN");
         writeFile(tree + "/DEBIAN/control", "Package: rookbay\nVersion: " + version +
                                                 "-1\nArchitecture: all\nMaintainer: a <a@b.example>\nDescription: d\n");
-        EXPECT_EQ(session().start({"dpkg-deb", "--root-owner-group", "--build", tree, web_ + "/p.deb"}).waitForExit(20), 0);
+        EXPECT_EQ(session().start({"dpkg-deb", "--root-owner-group", "--build", tree, web_ + "/p.deb"}).waitForExit(20),
+                  0);
         const std::string content = readFile(web_ + "/p.deb").value_or("");
         unsigned char signature[crypto_sign_BYTES];
         crypto_sign_detached(signature, nullptr, reinterpret_cast<const unsigned char*>(content.data()), content.size(),

@@ -22,7 +22,8 @@ TEST(AddressTest, OnlyHttpsAndThisMachineAreFetched) {
 TEST(AddressTest, RedirectsNeverLeaveHttps) {
     const QUrl secure(QStringLiteral("https://a.example/feed/x.xml"));
     const QUrl local(QStringLiteral("http://127.0.0.1:99/x.xml"));
-    EXPECT_EQ(allowedRedirect(secure, QUrl(QStringLiteral("../y.deb"))), QUrl(QStringLiteral("https://a.example/y.deb")));
+    EXPECT_EQ(allowedRedirect(secure, QUrl(QStringLiteral("../y.deb"))),
+              QUrl(QStringLiteral("https://a.example/y.deb")));
     EXPECT_TRUE(allowedRedirect(secure, QUrl(QStringLiteral("https://b.example/"))));
     EXPECT_FALSE(allowedRedirect(secure, QUrl(QStringLiteral("http://b.example/"))));
     EXPECT_FALSE(allowedRedirect(secure, local)) << "nobody outside names addresses of this machine";

@@ -34,25 +34,24 @@ std::string refusal(const std::string& text) {
 }
 
 TEST(AppcastTest, ReadsWhatIsForThisSystem) {
-    const Appcast appcast = parse(feed(
-        "<item><title>0.2</title><description><![CDATA[<b>新</b>]]></description>"
-        "<sparkle:version>0.2.0</sparkle:version><sparkle:shortVersionString> 0.2 版 </sparkle:shortVersionString>"
-        "<enclosure url=\"https://a.example/RookBay.dmg\" length=\"9\" sparkle:edSignature=\"m\"/>"
-        "<enclosure url=\"https://a.example/b.deb?x=1&amp;y=2\" length=\"12\" sparkle:os=\"linux-x86_64\" "
-        "type=\"application/x-deb\" sparkle:edSignature=\"s=\"/></item>"
-        "<item>" +
-        enclosure("sparkle:version=\"0.1.5\" length=\"many\"") + "</item>"));
-    EXPECT_THAT(appcast.items, testing::ElementsAre(AppcastItem{.version = "0.2.0",
-                                                                .shownVersion = "0.2 版",
-                                                                .notes = "<b>新</b>",
-                                                                .url = "https://a.example/b.deb?x=1&y=2",
-                                                                .signature = "s=",
-                                                                .length = 12,
-                                                                .system = "linux-x86_64"},
-                                                    AppcastItem{.version = "0.1.5",
-                                                                .shownVersion = "0.1.5",
-                                                                .url = "a.deb",
-                                                                .system = "linux"}));
+    const Appcast appcast = parse(
+        feed("<item><title>0.2</title><description><![CDATA[<b>新</b>]]></description>"
+             "<sparkle:version>0.2.0</sparkle:version><sparkle:shortVersionString> 0.2 版 </sparkle:shortVersionString>"
+             "<enclosure url=\"https://a.example/RookBay.dmg\" length=\"9\" sparkle:edSignature=\"m\"/>"
+             "<enclosure url=\"https://a.example/b.deb?x=1&amp;y=2\" length=\"12\" sparkle:os=\"linux-x86_64\" "
+             "type=\"application/x-deb\" sparkle:edSignature=\"s=\"/></item>"
+             "<item>" +
+             enclosure("sparkle:version=\"0.1.5\" length=\"many\"") + "</item>"));
+    EXPECT_THAT(appcast.items,
+                testing::ElementsAre(
+                    AppcastItem{.version = "0.2.0",
+                                .shownVersion = "0.2 版",
+                                .notes = "<b>新</b>",
+                                .url = "https://a.example/b.deb?x=1&y=2",
+                                .signature = "s=",
+                                .length = 12,
+                                .system = "linux-x86_64"},
+                    AppcastItem{.version = "0.1.5", .shownVersion = "0.1.5", .url = "a.deb", .system = "linux"}));
 }
 
 TEST(AppcastTest, LeavesOutWhatCannotBeMeant) {
@@ -91,7 +90,8 @@ TEST(AppcastTest, RefusesWhatIsNoFeed) {
 }
 
 TEST(AppcastTest, TheNewestSignedVersionIsChosen) {
-    const auto item = [](const std::string& version, const std::string& signature, const std::string& system = "linux") {
+    const auto item = [](const std::string& version, const std::string& signature,
+                         const std::string& system = "linux") {
         return AppcastItem{.version = version, .url = "u", .signature = signature, .system = system};
     };
     const auto chosen = [](const std::vector<AppcastItem>& items) {

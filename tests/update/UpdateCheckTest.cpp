@@ -110,10 +110,11 @@ protected:
         code_ = 0;
         view_ = {};
         fs::remove(home_ / "opened");
-        check_ = std::make_unique<UpdateCheck>(settings_, view_, [this](UpdateErrorCode code, const std::string& detail) {
-            code_ = static_cast<int>(code);
-            detail_ = detail;
-        });
+        check_ =
+            std::make_unique<UpdateCheck>(settings_, view_, [this](UpdateErrorCode code, const std::string& detail) {
+                code_ = static_cast<int>(code);
+                detail_ = detail;
+            });
         check_->start();
         EXPECT_TRUE(until([this] { return ended() || view_.seen.find("offer") != std::string::npos; }, 20000));
         if (!ended()) {

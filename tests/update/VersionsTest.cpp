@@ -11,9 +11,22 @@ namespace {
 
 TEST(VersionsTest, AreOrderedAsPeopleNumberThem) {
     // Each comes before the next.
-    const std::vector<std::string> rising{
-        "0.0~rc1", "0.1-alpha", "0.1-beta2", "0.1-beta10", "0.1", "0.1.1", "0.2", "0.9", "0.10", "1a", "1.0", "1.0.0.1",
-        "2",       "10",        "10.00000000000000000000001",      "10.99999999999999999999999"};
+    const std::vector<std::string> rising{"0.0~rc1",
+                                          "0.1-alpha",
+                                          "0.1-beta2",
+                                          "0.1-beta10",
+                                          "0.1",
+                                          "0.1.1",
+                                          "0.2",
+                                          "0.9",
+                                          "0.10",
+                                          "1a",
+                                          "1.0",
+                                          "1.0.0.1",
+                                          "2",
+                                          "10",
+                                          "10.00000000000000000000001",
+                                          "10.99999999999999999999999"};
     for (std::size_t i = 0; i < rising.size(); ++i) {
         for (std::size_t k = 0; k < rising.size(); ++k) {
             EXPECT_EQ(compareVersions(rising[i], rising[k]), i <=> k) << rising[i] << " and " << rising[k];
