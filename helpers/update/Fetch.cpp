@@ -25,6 +25,7 @@ Fetch::Fetch(QNetworkAccessManager& network, const QUrl& address, const FetchLim
     , chunk_(std::move(chunk))
     , done_(std::move(done)) {
     silence_.setSingleShot(true);
+    silence_.setTimerType(Qt::PreciseTimer);
     whole_.setSingleShot(true);
     connect(&silence_, &QTimer::timeout, this, [this] { finish("the server does not answer"); });
     connect(&whole_, &QTimer::timeout, this, [this] { finish("it takes too long"); });
