@@ -22,6 +22,7 @@ class TextMeter;
 class Thumbnails;
 class Updates;
 class UserDefaults;
+class WindowList;
 class Windows;
 
 // Everything the product may ask of the desktop it runs on. The services outlive whoever is given this.
@@ -31,6 +32,7 @@ struct Desktop {
     UserDefaults& userDefaults;
     StatusBar& statusBar;
     Windows& windows;
+    WindowList& windowList;
     Panels& panels;
     Alerts& alerts;
     Screens& screens;
