@@ -31,7 +31,7 @@ struct PushTransition {
 // What hangs below an item in a bubble of its own. It closes by itself when the user presses elsewhere.
 struct PopoverSpec {
     View content = {};
-    // It has left the screen, whoever closed it. It may be destroyed here.
+    // It has left the screen, whoever closed it; it lives at least until this returns.
     std::function<void()> didClose = nullptr;
 };
 

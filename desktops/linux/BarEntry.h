@@ -14,9 +14,9 @@ public:
     // By which its place is remembered.
     virtual std::string name() const = 0;
     // In points; 0 while it takes no place.
-    virtual int width() const = 0;
+    virtual int breadth() const = 0;
     // In the bar's coordinates. What has left the bar lies left of it and lives on; an empty area hides.
-    virtual void place(const QRect& area) = 0;
+    virtual void placeAt(const QRect& area) = 0;
     virtual void themeChanged() {}
 };
 

@@ -21,13 +21,14 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , windows_(*connection_, ticker_, symbols_, appearance_)
     , panels_(ticker_, connection_.get())
     , alerts_(windows_)
-    , statusBar_(*connection_, runLoop_, screens_, symbols_, appearance_)
+    , windowList_(*connection_)
+    , eventMonitors_(*connection_)
+    , statusBar_({*connection_, runLoop_, userDefaults_, screens_, symbols_, appearance_, windows_, eventMonitors_})
     , hotKeys_(*connection_, runLoop_, log)
     , sessionLock_(userDefaults_, runLoop_, log)
-    , eventMonitors_(*connection_)
     , layerRenderer_(painter_)
     , sounds_(log)
-    , services_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
+    , services_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    windowList_, panels_,     alerts_,
                 screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
                 eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log} {
     application_.setLastWork([this] { userDefaults_.synchronize(); });

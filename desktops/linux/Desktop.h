@@ -22,6 +22,7 @@
 #include "desktops/linux/Thumbnails.h"
 #include "desktops/linux/Updates.h"
 #include "desktops/linux/UserDefaults.h"
+#include "desktops/linux/WindowList.h"
 #include "desktops/linux/Windows.h"
 #include "desktops/linux/XConnection.h"
 #include "platform/Desktop.h"
@@ -67,11 +68,12 @@ private:
     LinuxWindows windows_;
     LinuxPanels panels_;
     LinuxAlerts alerts_;
+    LinuxWindowList windowList_;
+    LinuxEventMonitors eventMonitors_;
     LinuxStatusBar statusBar_;
     LinuxHotKeys hotKeys_;
     LinuxSessionLock sessionLock_;
     LinuxUpdates updates_;
-    LinuxEventMonitors eventMonitors_;
     LinuxFiles files_;
     LinuxLayerRenderer layerRenderer_;
     LinuxRandomSource random_;

@@ -95,12 +95,12 @@ void LinuxStatusItem::addTransition(const std::string& /*key*/, const PushTransi
 }
 
 std::optional<Rect> LinuxStatusItem::frame() const {
-    const auto place = presenter_ ? presenter_->place() : std::nullopt;
+    const auto place = presenter_ ? presenter_->areaOnScreen() : std::nullopt;
     return place ? std::optional(ScreenSpace::current().fromQt(QRectF(*place))) : std::nullopt;
 }
 
 std::unique_ptr<Popover> LinuxStatusItem::showPopover(PopoverSpec spec) {
-    const auto place = presenter_ ? presenter_->place() : std::nullopt;
+    const auto place = presenter_ ? presenter_->areaOnScreen() : std::nullopt;
     return place ? std::make_unique<LinuxPopover>(bar_.with_.windows, bar_.with_.monitors, std::move(spec), *place)
                  : nullptr;
 }

@@ -38,7 +38,7 @@ public:
     virtual void popUpMenu(std::shared_ptr<Menu> menu) = 0;
     virtual void addTransition(const PushTransition& /*transition*/) {}
     // In Qt's coordinates of the screen; nothing where whoever shows it doesn't tell.
-    virtual std::optional<QRect> place() const = 0;
+    virtual std::optional<QRect> areaOnScreen() const = 0;
 };
 
 // One item of the status bar, wherever the session shows it now.

@@ -14,6 +14,10 @@ protected:
         }
         return *desktop.statusBar().popover();
     }
+    void askForIt() {
+        menus::open(*hider.settingsMenu());
+        menus::choose(*hider.settingsMenu(), "怎么隐藏图标？");
+    }
     bool isShown() { return desktop.statusBar().popover() != nullptr; }
 };
 
@@ -65,8 +69,8 @@ TEST_F(HiderIntroTest, ReturnAndAPressElsewhereCloseIt) {
     desktop.advance(VirtualPopover::closingTime + 0.1);
     EXPECT_FALSE(isShown());
     for (int round = 0; round < 2; ++round) {
-        menus::choose(*hider.settingsMenu(), "怎么隐藏图标？");
-        menus::choose(*hider.settingsMenu(), "怎么隐藏图标？"); // again while it is shown
+        askForIt();
+        askForIt(); // again while it is shown
         ASSERT_TRUE(isShown());
         intro().pressElsewhere();
         desktop.advance(VirtualPopover::closingTime + 0.1);
@@ -78,8 +82,7 @@ TEST_F(HiderIntroTest, ReturnAndAPressElsewhereCloseIt) {
 TEST_F(HiderIntroTest, AskedForItSwitchesTheHiderOnAndExpands) {
     desktop.userDefaults().setObject("MenuBarHiderEnabled", false);
     start();
-    menus::open(*hider.settingsMenu());
-    menus::choose(*hider.settingsMenu(), "怎么隐藏图标？");
+    askForIt();
     EXPECT_TRUE(hider.enabled());
     ASSERT_TRUE(isShown());
     intro().clickButton("知道了");
