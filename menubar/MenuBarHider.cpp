@@ -72,6 +72,7 @@ void RBMenuBarHider::createItems() {
     control_->setAutosaveName("RookBayHiderControl");
     control_->setAction([this](const StatusItemClick& click) { itemClicked(*control_, click); });
     control_->setToolTip("点击展开或收起菜单栏图标，右键查看选项");
+    control_->setLayerBacked(true);
 
     separator_ = desktop_.statusBar.createItem();
     separator_->setLength(separatorLength);

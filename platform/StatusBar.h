@@ -64,7 +64,10 @@ public:
     virtual void setAction(std::function<void(const StatusItemClick& click)> action) = 0;
     // Opens the menu at the item as a click on an item with a menu would; may return only when it has closed.
     virtual void popUpMenu(std::shared_ptr<Menu> menu) = 0;
-    // Before the picture is changed. A later transition under the same key replaces the one that runs.
+    // Makes transitions possible (the system keeps a layer for the item then).
+    virtual void setLayerBacked(bool layerBacked) = 0;
+    // For a layer-backed item, before its picture is changed. A later transition under the same key replaces the one
+    // that runs.
     virtual void addTransition(const std::string& key, const PushTransition& transition) = 0;
     // Where it is, in screen coordinates; nothing while it has no window, or when whoever shows it doesn't tell.
     virtual std::optional<Rect> frame() const = 0;

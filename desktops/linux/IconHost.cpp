@@ -21,7 +21,7 @@ IconHost::IconHost(MenuBar& bar, XConnection& connection, TrayWatch& watch, cons
         tray_->begin();
         if (hasSessionBus()) {
             notifiers_ = std::make_unique<NotifierHost>(
-                bar, pictures, appearance, [&watch](const QString& connection) { watch.setOwnWatcher(connection); });
+                bar, pictures, appearance, [&watch](const QString& name) { watch.setOwnWatcher(name); });
         }
     });
 }

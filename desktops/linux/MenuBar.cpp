@@ -126,6 +126,10 @@ void MenuBar::removeEntry(BarEntry& entry) {
 // Two windows of one program are told apart by the order in which they came.
 void MenuBar::nameEntries() {
     for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].entry->breadth() == 0) {
+            entries_[i].key.clear(); // it arrives when it is first seen
+            continue;
+        }
         const std::string name = BarOrder::usableName(entries_[i].entry->name());
         std::string key = name;
         const auto taken = [&] {
@@ -208,7 +212,9 @@ void MenuBar::dragEnded() {
     dragged_ = nullptr;
     std::vector<std::string> present;
     for (const Placed& placed : entries_) {
-        present.push_back(placed.key);
+        if (!placed.key.empty()) {
+            present.push_back(placed.key);
+        }
     }
     order_.arrange(present);
     layOutEntries();

@@ -58,6 +58,7 @@ public:
     bool isVisible() const override { return visible_; }
     void setAction(std::function<void(const StatusItemClick& click)> action) override { action_ = std::move(action); }
     void popUpMenu(std::shared_ptr<Menu> menu) override;
+    void setLayerBacked(bool /*layerBacked*/) override {} // every item of our own bar can move its picture
     void addTransition(const std::string& key, const PushTransition& transition) override;
     std::optional<Rect> frame() const override;
     std::unique_ptr<Popover> showPopover(PopoverSpec spec) override;

@@ -57,9 +57,9 @@ void TrayWatch::watchTray() {
             return;
         }
         const auto& notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
-        const xcb_window_t owner = notify.owner == ownTray_ ? xcb_window_t{XCB_WINDOW_NONE} : notify.owner;
-        if (notify.selection == selection && owner != trayOwner_) {
-            trayOwner_ = owner;
+        const xcb_window_t other = notify.owner == ownTray_ ? xcb_window_t{XCB_WINDOW_NONE} : notify.owner;
+        if (notify.selection == selection && other != trayOwner_) {
+            trayOwner_ = other;
             changed_();
         }
     });

@@ -21,6 +21,7 @@
 #include "desktops/macos/Updates.h"
 #include "desktops/macos/UserDefaults.h"
 #include "desktops/macos/Window.h"
+#include "desktops/macos/WindowList.h"
 #include "platform/Desktop.h"
 
 namespace rb {
@@ -41,6 +42,7 @@ private:
     MacUserDefaults userDefaults_;
     MacStatusBar statusBar_;
     MacWindows windows_;
+    MacWindowList windowList_;
     MacPanels panels_;
     MacAlerts alerts_{runLoop_};
     MacScreens screens_;
@@ -56,7 +58,7 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
-    Desktop desktop_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
+    Desktop desktop_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    windowList_, panels_,     alerts_,
                      screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
                      eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log_};
 };

@@ -94,6 +94,13 @@ std::optional<Rect> VirtualStatusItem::frame() const {
     return std::nullopt;
 }
 
+void VirtualStatusItem::addTransition(const std::string& key, const PushTransition& transition) {
+    if (!layerBacked_) {
+        contractViolation("a transition on a status item that isn't layer-backed");
+    }
+    transitions_[key].push_back(transition);
+}
+
 std::unique_ptr<Popover> VirtualStatusItem::showPopover(PopoverSpec spec) {
     return frame() ? std::make_unique<VirtualPopover>(bar_, std::move(spec)) : nullptr;
 }

@@ -56,9 +56,8 @@ public:
     bool isVisible() const override { return visible_; }
     void setAction(std::function<void(const StatusItemClick& click)> action) override { action_ = std::move(action); }
     void popUpMenu(std::shared_ptr<Menu> menu) override { poppedUp_ = std::move(menu); }
-    void addTransition(const std::string& key, const PushTransition& transition) override {
-        transitions_[key].push_back(transition);
-    }
+    void setLayerBacked(bool layerBacked) override { layerBacked_ = layerBacked; }
+    void addTransition(const std::string& key, const PushTransition& transition) override;
     std::optional<Rect> frame() const override;
     std::unique_ptr<Popover> showPopover(PopoverSpec spec) override;
 
@@ -84,6 +83,7 @@ private:
     std::optional<double> length_;
     std::string autosaveName_;
     bool visible_ = true;
+    bool layerBacked_ = false;
     std::function<void(const StatusItemClick& click)> action_;
     std::shared_ptr<Menu> poppedUp_;
     std::map<std::string, std::vector<PushTransition>> transitions_;
