@@ -40,8 +40,8 @@ public:
         : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
         , popover_(popover)
         , margin_(isComposited() ? shadowReach : 0) {
+        setAttribute(Qt::WA_TranslucentBackground, margin_ > 0); // before the window exists
         setWindowClass(*this, "rookbay-popover");
-        setAttribute(Qt::WA_TranslucentBackground, margin_ > 0);
         setAttribute(Qt::WA_QuitOnClose, false);
         setWindowTitle(QStringLiteral("Rook Bay"));
         setCardinals(*this, "_COMPTON_SHADOW", {0});
