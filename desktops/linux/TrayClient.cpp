@@ -156,6 +156,21 @@ void TrayClient::giveSize() {
                                              geometry.data()));
 }
 
+// A request that changes nothing makes no event, and some toolkits draw nothing until they have had their answer.
+void TrayClient::tellSize() {
+    xcb_configure_notify_event_t event{};
+    event.response_type = XCB_CONFIGURE_NOTIFY;
+    event.event = icon_;
+    event.window = icon_;
+    event.x = static_cast<std::int16_t>(pixels(area_.left() + padding));
+    event.y = static_cast<std::int16_t>((pixels(MenuBar::entryHeight) - pixels(iconSide)) / 2);
+    event.width = static_cast<std::uint16_t>(pixels(iconSide));
+    event.height = event.width;
+    quietly(x_, xcb_send_event_checked(x_, 0, icon_, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                                       reinterpret_cast<const char*>(&event)));
+    xcb_flush(x_);
+}
+
 TrayClient::Outcome TrayClient::handle(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7F) {
     case XCB_DESTROY_NOTIFY:
@@ -181,7 +196,7 @@ TrayClient::Outcome TrayClient::handle(const xcb_generic_event_t& event) {
     case XCB_CONFIGURE_REQUEST:
         if (reinterpret_cast<const xcb_configure_request_event_t&>(event).window == icon_) {
             giveSize();
-            xcb_flush(x_);
+            tellSize();
         }
         break;
     case XCB_CONFIGURE_NOTIFY: {
@@ -231,16 +246,20 @@ void TrayClient::placeAt(const QRect& area) {
     if (!std::exchange(shown_, true)) {
         xcb_map_window(x_, container_);
     }
-    xcb_flush(x_);
+    redraw();
 }
 
-// Icons that show what lies behind them draw it anew when they are cleared.
-void TrayClient::themeChanged() {
-    const std::uint32_t color = behind();
-    xcb_change_window_attributes(x_, container_, XCB_CW_BACK_PIXEL, &color);
+// Icons of older toolkits don't notice by themselves that they were moved or that what lies behind them changed.
+void TrayClient::redraw() {
     xcb_clear_area(x_, 0, container_, 0, 0, 0, 0);
     quietly(x_, xcb_clear_area_checked(x_, 1, icon_, 0, 0, 0, 0));
     xcb_flush(x_);
+}
+
+void TrayClient::themeChanged() {
+    const std::uint32_t color = behind();
+    xcb_change_window_attributes(x_, container_, XCB_CW_BACK_PIXEL, &color);
+    redraw();
 }
 
 } // namespace rb

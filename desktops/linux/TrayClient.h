@@ -42,6 +42,8 @@ private:
     void readInfo();
     void setMapped(bool mapped);
     void giveSize();
+    void tellSize();
+    void redraw();
     std::uint32_t behind() const;
     int pixels(double points) const;
 
