@@ -21,7 +21,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 
     clipboard_ = std::make_unique<RBClipboardHistory>(desktop_);
     clothesline_ = std::make_unique<RBClothesline>(desktop_);
-    menuBarHider_ = std::make_unique<RBMenuBarHider>(desktop_);
+    menuBarHider_ = std::make_unique<RBMenuBarHider>(desktop_, toasts_);
 
     updateFeed_.startUpdater();
 

@@ -19,4 +19,10 @@ inline constexpr const char* ClotheslineHoverReveal = "ClotheslineHoverReveal";
 inline constexpr const char* ClotheslineDragReveal = "ClotheslineDragReveal";
 inline constexpr const char* ClotheslineSound = "ClotheslineSound";
 
+// The menu bar hider.
+inline constexpr const char* MenuBarHiderEnabled = "MenuBarHiderEnabled";
+inline constexpr const char* MenuBarHiderDelay = "MenuBarHiderDelay"; // integer, seconds; 0 for never by time
+inline constexpr const char* MenuBarHiderCollapseOnLeave = "MenuBarHiderCollapseOnLeave";
+inline constexpr const char* MenuBarHiderIntroShown = "MenuBarHiderIntroShown";
+
 } // namespace rb::DefaultsKey

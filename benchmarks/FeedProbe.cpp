@@ -53,6 +53,7 @@ double measure(const std::string& primary, const std::string& mirror) {
                            .userDefaults = given.userDefaults,
                            .statusBar = given.statusBar,
                            .windows = given.windows,
+                           .windowList = given.windowList,
                            .panels = given.panels,
                            .alerts = given.alerts,
                            .screens = given.screens,

@@ -26,6 +26,7 @@ class Thumbnails;
 class URLSessions;
 class Updates;
 class UserDefaults;
+class WindowList;
 class Windows;
 class Workspace;
 
@@ -36,6 +37,7 @@ struct Desktop {
     UserDefaults& userDefaults;
     StatusBar& statusBar;
     Windows& windows;
+    WindowList& windowList;
     Panels& panels;
     Alerts& alerts;
     Screens& screens;

@@ -21,11 +21,12 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , windows_(*connection_, ticker_, symbols_, appearance_)
     , panels_(ticker_, connection_.get())
     , alerts_(windows_)
-    , statusBar_(*connection_, runLoop_, screens_, symbols_, appearance_)
+    , windowList_(*connection_)
+    , eventMonitors_(*connection_)
+    , statusBar_({*connection_, runLoop_, userDefaults_, screens_, symbols_, appearance_, windows_, eventMonitors_})
     , hotKeys_(*connection_, runLoop_, log)
     , sessionLock_(userDefaults_, runLoop_, log)
     , updates_(application_, appearance_, log)
-    , eventMonitors_(*connection_)
     , layerRenderer_(painter_)
     , sounds_(log)
     , workspace_(log)
@@ -37,6 +38,7 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
                 .userDefaults = userDefaults_,
                 .statusBar = statusBar_,
                 .windows = windows_,
+                .windowList = windowList_,
                 .panels = panels_,
                 .alerts = alerts_,
                 .screens = screens_,

@@ -26,6 +26,7 @@
 #include "desktops/linux/URLSessions.h"
 #include "desktops/linux/Updates.h"
 #include "desktops/linux/UserDefaults.h"
+#include "desktops/linux/WindowList.h"
 #include "desktops/linux/Windows.h"
 #include "desktops/linux/Workspace.h"
 #include "desktops/linux/XConnection.h"
@@ -72,11 +73,12 @@ private:
     LinuxWindows windows_;
     LinuxPanels panels_;
     LinuxAlerts alerts_;
+    LinuxWindowList windowList_;
+    LinuxEventMonitors eventMonitors_;
     LinuxStatusBar statusBar_;
     LinuxHotKeys hotKeys_;
     LinuxSessionLock sessionLock_;
     LinuxUpdates updates_;
-    LinuxEventMonitors eventMonitors_;
     LinuxFiles files_;
     LinuxLayerRenderer layerRenderer_;
     LinuxRandomSource random_;

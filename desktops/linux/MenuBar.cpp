@@ -1,7 +1,7 @@
 #include "desktops/linux/MenuBar.h"
 
 #include "desktops/linux/Appearance.h"
-#include "desktops/linux/MenuBarItem.h"
+#include "desktops/linux/BarClock.h"
 #include "desktops/linux/QtX11.h"
 #include "desktops/linux/XConnection.h"
 
@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 namespace rb {
 
@@ -20,7 +21,7 @@ namespace {
 
 constexpr std::chrono::seconds whileItMaps{1};
 constexpr int mostMappings = 5;
-constexpr int endMargin = 8; // between the last item and the screen's edge
+constexpr int endMargin = 8; // between the clock and the screen's edge
 
 bool hasWindowManager(XConnection& connection) {
     return !connection.cardinals(connection.root(), connection.atom("_NET_SUPPORTING_WM_CHECK")).empty();
@@ -35,10 +36,14 @@ Qt::WindowFlags flagsFor(XConnection& connection) {
 
 } // namespace
 
-MenuBar::MenuBar(XConnection& connection, const LinuxAppearance& appearance)
+MenuBar::MenuBar(XConnection& connection, const LinuxAppearance& appearance, BarOrder& order,
+                 std::function<void()> arranged)
     : QWidget(nullptr, flagsFor(connection))
     , connection_(connection)
-    , appearance_(appearance) {
+    , appearance_(appearance)
+    , order_(order)
+    , arranged_(std::move(arranged))
+    , clock_(new BarClock(*this, appearance)) {
     setWindowClass(*this, "rookbay-menubar");
     setAttribute(Qt::WA_X11NetWmWindowTypeDock); // without effect on a window that doesn't exist yet
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -50,14 +55,16 @@ MenuBar::MenuBar(XConnection& connection, const LinuxAppearance& appearance)
     placeOnScreen();
     connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, [this] { placeOnScreen(); });
     show();
+    flushQt(); // the window that is dragged in must be known to the server
+    drag_ = std::make_unique<BarDrag>(connection_, static_cast<xcb_window_t>(winId()),
+                                      BarDrag::Listener{.began = [this](int x) { dragBegan(x); },
+                                                        .moved = [this](int x) { dragMoved(x); },
+                                                        .ended = [this] { dragEnded(); }});
     QTimer::singleShot(whileItMaps, this, [this] { makeSureOfMapping(); });
 }
 
 MenuBar::~MenuBar() {
     disconnect(screenGeometry_);
-    for (MenuBarItem* item : items_) {
-        item->setParent(nullptr); // their owners end them
-    }
 }
 
 void MenuBar::placeOnScreen() {
@@ -103,30 +110,120 @@ void MenuBar::keepSpaceFree() {
     setCardinals(*this, "_NET_WM_STRUT", {strut.begin(), strut.begin() + 4});
 }
 
-void MenuBar::addItem(MenuBarItem& item) {
-    items_.push_back(&item);
-    item.setParent(this);
-    item.show();
-    layOutItems();
+void MenuBar::addEntry(BarEntry& entry) {
+    entries_.push_back({&entry});
+    layOutEntries();
 }
 
-void MenuBar::removeItem(MenuBarItem& item) {
-    std::erase(items_, &item);
-    layOutItems();
-}
-
-void MenuBar::layOutItems() {
-    int right = width() - endMargin;
-    for (MenuBarItem* item : items_) {
-        const int itemWidth = item->sizeHint().width();
-        item->setGeometry(right - itemWidth, 0, itemWidth, height());
-        right -= itemWidth;
+void MenuBar::removeEntry(BarEntry& entry) {
+    if (dragged_ == &entry) {
+        dragged_ = nullptr;
     }
+    std::erase_if(entries_, [&](const Placed& placed) { return placed.entry == &entry; });
+    layOutEntries();
+}
+
+// Two windows of one program are told apart by the order in which they came.
+void MenuBar::nameEntries() {
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].entry->breadth() == 0) {
+            entries_[i].key.clear(); // it arrives when it is first seen
+            continue;
+        }
+        const std::string name = BarOrder::usableName(entries_[i].entry->name());
+        std::string key = name;
+        const auto taken = [&] {
+            return std::any_of(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(i),
+                               [&](const Placed& other) { return other.key == key; });
+        };
+        for (int number = 2; taken(); ++number) {
+            key = name + " " + std::to_string(number);
+        }
+        entries_[i].key = key;
+        order_.arrive(key);
+    }
+}
+
+void MenuBar::layOutEntries() {
+    if (!dragged_) {
+        nameEntries();
+        std::stable_sort(entries_.begin(), entries_.end(), [this](const Placed& a, const Placed& b) {
+            return order_.place(a.key) < order_.place(b.key);
+        });
+    }
+    clock_->setGeometry(width() - endMargin - BarClock::breadth, 0, BarClock::breadth, entryHeight);
+    int right = width() - endMargin - BarClock::breadth;
+    for (Placed& placed : entries_) {
+        const int breadth = placed.entry->breadth();
+        right -= breadth;
+        placed.area = breadth > 0 ? QRect(right, 0, breadth, entryHeight) : QRect();
+        // The one under the pointer moves with it; the others make room.
+        placed.entry->placeAt(placed.entry == dragged_ ? QRect(dragX_, 0, breadth, entryHeight) : placed.area);
+    }
+}
+
+void MenuBar::themeChanged() {
+    update();
+    clock_->update();
+    for (const Placed& placed : entries_) {
+        placed.entry->themeChanged();
+    }
+}
+
+void MenuBar::dragBegan(int x) {
+    const int place = qRound(x / devicePixelRatioF());
+    for (const Placed& placed : entries_) {
+        if (placed.area.contains(QPoint(place, 0))) {
+            dragged_ = placed.entry;
+            grip_ = place - placed.area.left();
+            dragX_ = placed.area.left();
+        }
+    }
+}
+
+void MenuBar::dragMoved(int x) {
+    const auto isDragged = [this](const Placed& placed) { return placed.entry == dragged_; };
+    const auto found = std::find_if(entries_.begin(), entries_.end(), isDragged);
+    if (found == entries_.end()) {
+        return;
+    }
+    dragX_ = qRound(x / devicePixelRatioF()) - grip_;
+    const int breadth = found->area.width();
+    Placed moved = *found;
+    entries_.erase(found);
+    // It stands left of those whose middle lies right of its own.
+    int right = width() - endMargin - BarClock::breadth;
+    auto before = entries_.begin();
+    for (; before != entries_.end(); ++before) {
+        const int other = before->entry->breadth();
+        if (other > 0 && right - other / 2 <= dragX_ + breadth / 2) {
+            break;
+        }
+        right -= other;
+    }
+    entries_.insert(before, moved);
+    layOutEntries();
+}
+
+void MenuBar::dragEnded() {
+    if (!dragged_) {
+        return;
+    }
+    dragged_ = nullptr;
+    std::vector<std::string> present;
+    for (const Placed& placed : entries_) {
+        if (!placed.key.empty()) {
+            present.push_back(placed.key);
+        }
+    }
+    order_.arrange(present);
+    layOutEntries();
+    arranged_();
 }
 
 void MenuBar::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    layOutItems();
+    layOutEntries();
 }
 
 void MenuBar::paintEvent(QPaintEvent* /*event*/) {

@@ -67,6 +67,9 @@ void MenuWidget::openBeside(const QRect& place) {
 void MenuWidget::prepare() {
     chooseWindowKind();
     setWindowClass(*this, "rookbay-menu");
+    // Others recognise open menus by their type, and so do we. It goes to the window only when it changes.
+    setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu, false);
+    setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
     heldModifiers_ = modifierFlags(QGuiApplication::keyboardModifiers());
     if (const auto needsUpdate = menu_->needsUpdate) {
         needsUpdate(*menu_);

@@ -141,7 +141,7 @@ QVariant NotifierItem::property(const QString& name) const {
         return QStringLiteral("ApplicationStatus");
     }
     if (name == QLatin1String("Id")) {
-        return QStringLiteral("rookbay");
+        return QString::fromStdString(item_.name() == "RookBay" ? "rookbay" : item_.name());
     }
     if (name == QLatin1String("Title")) {
         const bool described = symbol && !symbol->accessibilityDescription.empty();
@@ -169,7 +169,7 @@ QVariant NotifierItem::property(const QString& name) const {
             NotifierToolTip{{}, {}, QString::fromStdString(item_.toolTip()).toHtmlEscaped(), {}});
     }
     if (name == QLatin1String("ItemIsMenu")) {
-        return true;
+        return item_.menu() != nullptr;
     }
     if (name == QLatin1String("Menu")) {
         return QVariant::fromValue(QDBusObjectPath(export_ ? menuPath : QStringLiteral("/NO_DBUSMENU")));
@@ -203,8 +203,7 @@ bool NotifierItem::handleMessage(const QDBusMessage& message, const QDBusConnect
                        member == QLatin1String("SecondaryActivate");
     if (opens && arguments.size() == 2) {
         connection.send(message.createReply());
-        // Hosts that can't draw the menu say where the icon is.
-        openMenu({arguments[0].toInt(), arguments[1].toInt()});
+        clicked(member, {arguments[0].toInt(), arguments[1].toInt()});
         return true;
     }
     if (member == QLatin1String("Scroll") || member == QLatin1String("ProvideXdgActivationToken")) {
@@ -214,14 +213,26 @@ bool NotifierItem::handleMessage(const QDBusMessage& message, const QDBusConnect
     return false;
 }
 
-void NotifierItem::openMenu(QPoint place) {
-    if (!item_.menu()) {
-        return;
+// Hosts that can't draw the menu say where the icon is.
+void NotifierItem::clicked(const QString& method, QPoint place) {
+    lastClick_ = place;
+    if (item_.menu()) {
+        openMenu(item_.menu());
+    } else if (method != QLatin1String("SecondaryActivate")) {
+        item_.clicked({.rightButton = method == QLatin1String("ContextMenu")});
     }
-    if (!menu_) {
-        menu_ = std::make_unique<MenuWidget>(item_.menu(), pictures_);
+}
+
+void NotifierItem::popUpMenu(std::shared_ptr<Menu> menu) {
+    openMenu(menu);
+}
+
+void NotifierItem::openMenu(const std::shared_ptr<Menu>& menu) {
+    if (!menu_ || shownMenu_ != menu) {
+        shownMenu_ = menu;
+        menu_ = std::make_unique<MenuWidget>(menu, pictures_);
     }
-    menu_->openBeside(QRect(place, QSize(1, 1)));
+    menu_->openBeside(QRect(lastClick_, QSize(1, 1)));
 }
 
 QString NotifierItem::introspect(const QString& /*path*/) const {

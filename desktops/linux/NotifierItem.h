@@ -4,6 +4,7 @@
 
 #include <QDBusConnection>
 #include <QDBusVirtualObject>
+#include <QPoint>
 
 #include <memory>
 
@@ -25,6 +26,8 @@ public:
     void imageChanged() override;
     void toolTipChanged() override;
     void menuChanged() override;
+    void popUpMenu(std::shared_ptr<Menu> menu) override;
+    std::optional<QRect> areaOnScreen() const override { return std::nullopt; }
 
     QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
@@ -33,7 +36,8 @@ private:
     void registerWithWatcher();
     void emitSignal(const QString& name);
     QVariant property(const QString& name) const;
-    void openMenu(QPoint place);
+    void openMenu(const std::shared_ptr<Menu>& menu);
+    void clicked(const QString& method, QPoint place);
 
     LinuxStatusItem& item_;
     unsigned number_;
@@ -42,7 +46,9 @@ private:
     QDBusConnection bus_;
     QString name_;
     std::unique_ptr<MenuExport> export_;
+    std::shared_ptr<Menu> shownMenu_;
     std::unique_ptr<MenuWidget> menu_;
+    QPoint lastClick_; // where hosts said the icon is
 };
 
 } // namespace rb

@@ -1,11 +1,12 @@
 #include "desktops/linux/Symbols.h"
 
+#include "desktops/linux/SymbolStrokes.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QImageReader>
 #include <QPainter>
 #include <QPixmap>
-#include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -32,21 +33,6 @@ double strokeScale(FontWeight weight) {
         return 1.45;
     }
     return 1;
-}
-
-QByteArray withStrokes(const QByteArray& drawing, double scale) {
-    static const QRegularExpression width(QStringLiteral("stroke-width=\"([0-9.]+)\""));
-    const QString text = QString::fromUtf8(drawing);
-    QString result;
-    qsizetype copied = 0;
-    for (auto found = width.globalMatch(text); found.hasNext();) {
-        const QRegularExpressionMatch match = found.next();
-        result += QStringView(text).mid(copied, match.capturedStart(1) - copied);
-        result += QString::number(match.captured(1).toDouble() * scale);
-        copied = match.capturedEnd(1);
-    }
-    result += QStringView(text).mid(copied);
-    return result.toUtf8();
 }
 
 // A symbol drawn at build time: the opacity of each pixel as a byte.
@@ -88,8 +74,9 @@ Size Symbols::size(const Symbol& symbol) const {
 
 QImage Symbols::shape(const QString& name, int pixels, FontWeight weight) const {
     const QString base = folder_ + u'/' + name;
-    if (weight == FontWeight::Regular) {
-        if (QImage stored = prerendered(base, pixels); !stored.isNull()) {
+    if (weight == FontWeight::Regular || weight == FontWeight::Semibold) {
+        const QString suffix = weight == FontWeight::Semibold ? QStringLiteral("-semibold") : QString();
+        if (QImage stored = prerendered(base + suffix, pixels); !stored.isNull()) {
             return stored;
         }
     }

@@ -1,6 +1,7 @@
 #include "desktops/linux/TrayIcon.h"
 
 #include "desktops/linux/Appearance.h"
+#include "desktops/linux/ItemClick.h"
 #include "desktops/linux/MenuWidget.h"
 #include "desktops/linux/QtX11.h"
 #include "desktops/linux/ToolTip.h"
@@ -155,14 +156,29 @@ void TrayIcon::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void TrayIcon::mousePressEvent(QMouseEvent* /*event*/) {
-    if (!item_.menu()) {
-        return;
+    if (item_.menu()) {
+        popUpMenu(item_.menu());
     }
-    if (!menu_) {
-        menu_ = std::make_unique<MenuWidget>(item_.menu(), pictures_);
+}
+
+void TrayIcon::mouseReleaseEvent(QMouseEvent* event) {
+    const auto click = clickOf(*event);
+    if (click && !item_.menu() && rect().contains(event->pos())) {
+        item_.clicked(*click);
+    }
+}
+
+void TrayIcon::popUpMenu(std::shared_ptr<Menu> menu) {
+    if (!menu_ || shownMenu_ != menu) {
+        shownMenu_ = menu;
+        menu_ = std::make_unique<MenuWidget>(std::move(menu), pictures_);
         menu_->setOpener(this);
     }
     menu_->openBeside(QRect(cornerOnScreen(), size()));
+}
+
+std::optional<QRect> TrayIcon::areaOnScreen() const {
+    return isVisible() ? std::optional(QRect(cornerOnScreen(), size())) : std::nullopt;
 }
 
 } // namespace rb

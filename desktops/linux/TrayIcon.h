@@ -25,10 +25,13 @@ public:
     void imageChanged() override { update(); }
     void toolTipChanged() override;
     void menuChanged() override;
+    void popUpMenu(std::shared_ptr<Menu> menu) override;
+    std::optional<QRect> areaOnScreen() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
@@ -44,6 +47,7 @@ private:
     const LinuxAppearance& appearance_;
     QPixmap beside_; // the column of the panel's pixels left of the icon, once looked at
     bool darkBehind_ = false;
+    std::shared_ptr<Menu> shownMenu_;
     std::unique_ptr<MenuWidget> menu_;
 };
 

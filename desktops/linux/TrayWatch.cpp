@@ -57,8 +57,9 @@ void TrayWatch::watchTray() {
             return;
         }
         const auto& notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
-        if (notify.selection == selection && notify.owner != trayOwner_) {
-            trayOwner_ = notify.owner;
+        const xcb_window_t other = notify.owner == ownTray_ ? xcb_window_t{XCB_WINDOW_NONE} : notify.owner;
+        if (notify.selection == selection && other != trayOwner_) {
+            trayOwner_ = other;
             changed_();
         }
     });
@@ -70,7 +71,8 @@ void TrayWatch::watchNotifiers() {
                                                      QDBusServiceWatcher::WatchForOwnerChange);
     QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, watcher_.get(),
                      [this](const QString&, const QString&, const QString& newOwner) {
-                         if (newOwner.isEmpty()) {
+                         ownHost_ = !newOwner.isEmpty() && newOwner == ownWatcher_;
+                         if (newOwner.isEmpty() || ownHost_) {
                              setNotifierHost(false);
                          } else {
                              askForHost();
@@ -87,6 +89,9 @@ void TrayWatch::watchNotifiers() {
 }
 
 void TrayWatch::askForHost() {
+    if (ownHost_) {
+        return;
+    }
     QDBusMessage question = QDBusMessage::createMethodCall(
         watcherService, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
@@ -97,7 +102,7 @@ void TrayWatch::askForHost() {
         const QDBusMessage reply = done->reply();
         done->deleteLater();
         const bool answered = reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty();
-        setNotifierHost(answered && reply.arguments().constFirst().value<QDBusVariant>().variant().toBool());
+        setNotifierHost(answered && !ownHost_ && reply.arguments().constFirst().value<QDBusVariant>().variant().toBool());
     });
 }
 

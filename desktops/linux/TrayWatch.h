@@ -2,6 +2,8 @@
 
 #include "platform/Handle.h"
 
+#include <QString>
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -27,6 +29,11 @@ public:
     // The XEmbed tray's window, or none.
     xcb_window_t trayOwner() const { return trayOwner_; }
 
+    // What we are ourselves, for our own bar, counts as nobody's.
+    void setOwnTray(xcb_window_t window) { ownTray_ = window; }
+    // The unique bus name of our own watcher, told before it takes the well-known one.
+    void setOwnWatcher(const QString& connection) { ownWatcher_ = connection; }
+
 private:
     void watchTray();
     void watchNotifiers();
@@ -37,6 +44,9 @@ private:
     std::function<void()> changed_;
     std::optional<bool> notifierHost_;
     xcb_window_t trayOwner_ = XCB_WINDOW_NONE;
+    xcb_window_t ownTray_ = XCB_WINDOW_NONE;
+    QString ownWatcher_;
+    bool ownHost_ = false; // ours is the session's watcher
     Handle selectionEvents_;
     std::unique_ptr<QDBusServiceWatcher> watcher_;
     std::unique_ptr<BusSignal> hostRegistered_;

@@ -20,6 +20,7 @@ LinuxWindows::LinuxWindows(XConnection& connection, LayerTicker& ticker, Symbols
         for (LinuxWindow* window : std::vector(windows_)) {
             window->themeChanged();
         }
+        themeChanges_.notify();
     })) {}
 
 LinuxWindows::~LinuxWindows() = default;

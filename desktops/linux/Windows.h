@@ -2,6 +2,7 @@
 
 #include "desktops/linux/Pictures.h"
 #include "platform/Handle.h"
+#include "platform/Observers.h"
 #include "platform/Window.h"
 
 #include <memory>
@@ -35,6 +36,7 @@ public:
     LayerTicker& ticker() const { return ticker_; }
     const Pictures& pictures() const { return pictures_; }
     const LinuxAppearance& appearance() const { return appearance_; }
+    Handle themeChanges(std::function<void()> changed) const { return themeChanges_.add(std::move(changed)); }
 
 private:
     friend class LinuxWindow;
@@ -46,6 +48,7 @@ private:
     Pictures pictures_;
     LinuxAppearance& appearance_;
     std::vector<LinuxWindow*> windows_;
+    mutable Observers<> themeChanges_;
     Handle appearanceChanges_;
 };
 

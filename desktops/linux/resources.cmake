@@ -4,29 +4,35 @@ file(GLOB symbol_files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/symbols/*
 qt_add_resources(rookbay_linux symbols PREFIX /symbols BASE ${CMAKE_SOURCE_DIR}/resources/symbols
                  FILES ${symbol_files})
 
-add_executable(rookbay-prerender ${CMAKE_CURRENT_LIST_DIR}/prerender/main.cpp)
+add_executable(rookbay-prerender ${CMAKE_CURRENT_LIST_DIR}/prerender/main.cpp ${CMAKE_CURRENT_LIST_DIR}/SymbolStrokes.cpp)
 target_link_libraries(rookbay-prerender PRIVATE Qt6::Gui)
+target_include_directories(rookbay-prerender PRIVATE ${CMAKE_SOURCE_DIR})
 
-set(status_symbols lock.display)
-set(status_sizes 16 22 24 32 44 48)
 set(prerendered ${CMAKE_CURRENT_BINARY_DIR}/prerendered)
 file(MAKE_DIRECTORY ${prerendered})
-foreach(symbol ${status_symbols})
-    set(drawing ${CMAKE_SOURCE_DIR}/resources/symbols/${symbol}.svg)
+
+# prerender_symbol(NAME STROKES SUFFIX size...) in pixels, for screens of 1 to 2 pixels a point
+function(prerender_symbol name strokes suffix)
+    set(drawing ${CMAKE_SOURCE_DIR}/resources/symbols/${name}.svg)
     if(NOT EXISTS ${drawing})
-        continue()
+        return()
     endif()
-    list(TRANSFORM status_sizes PREPEND ${prerendered}/${symbol}- OUTPUT_VARIABLE pictures)
+    set(pictures ${ARGN})
+    list(TRANSFORM pictures PREPEND ${prerendered}/${name}${suffix}-)
     list(TRANSFORM pictures APPEND .alpha)
     add_custom_command(
         OUTPUT ${pictures}
         COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen XDG_RUNTIME_DIR=${prerendered}
-                $<TARGET_FILE:rookbay-prerender> ${drawing} ${prerendered}/${symbol} ${status_sizes}
+                $<TARGET_FILE:rookbay-prerender> ${drawing} ${strokes} ${prerendered}/${name}${suffix} ${ARGN}
         DEPENDS rookbay-prerender ${drawing}
-        COMMENT "Drawing ${symbol}"
+        COMMENT "Drawing ${name}"
         VERBATIM)
-    list(APPEND all_pictures ${pictures})
-endforeach()
+    set(all_pictures ${all_pictures} ${pictures} PARENT_SCOPE)
+endfunction()
+prerender_symbol(lock.display 1 "" 16 22 24 32 44 48)
+prerender_symbol(chevron.left 1.25 -semibold 15 19 23 30)
+prerender_symbol(chevron.right 1.25 -semibold 15 19 23 30)
+prerender_symbol(circle.fill 1 "" 6 8 9 12)
 if(all_pictures)
     qt_add_resources(rookbay_linux symbols_prerendered PREFIX /symbols BASE ${prerendered} FILES ${all_pictures})
 endif()

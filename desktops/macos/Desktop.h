@@ -25,6 +25,7 @@
 #include "desktops/macos/Updates.h"
 #include "desktops/macos/UserDefaults.h"
 #include "desktops/macos/Window.h"
+#include "desktops/macos/WindowList.h"
 #include "desktops/macos/Workspace.h"
 #include "platform/Desktop.h"
 
@@ -46,6 +47,7 @@ private:
     MacUserDefaults userDefaults_;
     MacStatusBar statusBar_;
     MacWindows windows_;
+    MacWindowList windowList_;
     MacPanels panels_;
     MacAlerts alerts_{runLoop_};
     MacScreens screens_;
@@ -71,6 +73,7 @@ private:
                      .userDefaults = userDefaults_,
                      .statusBar = statusBar_,
                      .windows = windows_,
+                     .windowList = windowList_,
                      .panels = panels_,
                      .alerts = alerts_,
                      .screens = screens_,

@@ -20,6 +20,7 @@ VirtualDesktop::VirtualDesktop()
                  .userDefaults = userDefaults_,
                  .statusBar = statusBar_,
                  .windows = windows_,
+                 .windowList = windowList_,
                  .panels = panels_,
                  .alerts = alerts_,
                  .screens = screens_,

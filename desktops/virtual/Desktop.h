@@ -27,6 +27,7 @@
 #include "desktops/virtual/URLSessions.h"
 #include "desktops/virtual/Updates.h"
 #include "desktops/virtual/UserDefaults.h"
+#include "desktops/virtual/WindowList.h"
 #include "desktops/virtual/Windows.h"
 #include "desktops/virtual/Workspace.h"
 #include "platform/Desktop.h"
@@ -54,6 +55,7 @@ public:
     VirtualStatusBar& statusBar() { return statusBar_; }
     VirtualWindows& windows() { return windows_; }
     VirtualPanels& panels() { return panels_; }
+    VirtualWindowList& windowList() { return windowList_; }
     VirtualAlerts& alerts() { return alerts_; }
     VirtualScreens& screens() { return screens_; }
     VirtualPointer& pointer() { return pointer_; }
@@ -92,9 +94,10 @@ private:
     VirtualLayers layers_{runLoop_};
     VirtualApplication application_{runLoop_, journal_};
     VirtualUserDefaults userDefaults_{runLoop_};
-    VirtualStatusBar statusBar_{runLoop_, journal_};
     VirtualAlerts alerts_{runLoop_};
     VirtualScreens screens_;
+    VirtualStatusBar statusBar_{runLoop_, screens_, journal_};
+    VirtualWindowList windowList_;
     VirtualPointer pointer_;
     VirtualHotKeys hotKeys_{runLoop_, journal_};
     VirtualSessionLock sessionLock_{runLoop_};

@@ -26,6 +26,8 @@ inline PropertyDictionary savedHotKey(VirtualDesktop& desktop) {
 // The product on a virtual desktop. Prepare the desktop, launch, act as the user.
 class AppTest : public testing::Test {
 protected:
+    // Not the first run: the hider has introduced itself.
+    AppTest() { desktop_.userDefaults().setObject("MenuBarHiderIntroShown", true); }
     ~AppTest() override { desktop_.application().terminate(); }
 
     AppDelegate& launch() {

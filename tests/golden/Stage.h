@@ -25,6 +25,7 @@ struct Stage {
                 .userDefaults = given.userDefaults,
                 .statusBar = given.statusBar,
                 .windows = given.windows,
+                .windowList = given.windowList,
                 .panels = given.panels,
                 .alerts = given.alerts,
                 .screens = given.screens,

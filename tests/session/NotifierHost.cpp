@@ -8,7 +8,9 @@
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusReply>
 #include <QDBusServiceWatcher>
 #include <QDBusVirtualObject>
 #include <QRegularExpression>
@@ -231,6 +233,13 @@ void printFacts(const Item& item) {
     tell("ToolTip=" + title + text);
 }
 
+// As a panel does that comes up while another watcher is there.
+bool takeOver(const QDBusConnection& bus) {
+    const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus.interface()->registerService(
+        watcherService, QDBusConnectionInterface::ReplaceExistingService, QDBusConnectionInterface::AllowReplacement);
+    return reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -239,7 +248,7 @@ int main(int argc, char** argv) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (arguments.value(1) == "watch") {
         Watcher watcher;
-        if (!bus.registerVirtualObject(watcherPath, &watcher) || !bus.registerService(watcherService)) {
+        if (!bus.registerVirtualObject(watcherPath, &watcher) || !takeOver(bus)) {
             tell("error: cannot be the watcher");
             return 1;
         }

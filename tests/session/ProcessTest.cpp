@@ -150,6 +150,7 @@ TEST_F(ProcessTest, AFileInTheFoldersPlaceIsLeftAlone) {
 }
 
 TEST_F(ProcessTest, SettingsThatAreNoFileAreLeftAlone) {
+    fs::remove(session().defaultsFile());
     fs::create_directories(session().defaultsFile() + "/inner");
     Program& program = startRookBay();
     EXPECT_TRUE(fs::is_directory(session().defaultsFile() + "/inner"));

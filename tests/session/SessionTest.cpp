@@ -58,7 +58,7 @@ void SessionTest::useCountingLocker(const std::string& otherSettings) {
     const std::string locker = session_.folder() + "/locker";
     writeFile(locker, "#!/bin/sh\necho locked >>" + session_.folder() + "/lockings\n");
     fs::permissions(locker, fs::perms::owner_all);
-    session_.writeDefaults("{\"LinuxLockCommand\": \"" + locker + "\"" + otherSettings + "}");
+    session_.writeDefaults("{" + std::string(introduced) + ", \"LinuxLockCommand\": \"" + locker + "\"" + otherSettings + "}");
 }
 
 int SessionTest::lockings() const {
@@ -70,12 +70,12 @@ xcb_window_t SessionTest::openMenu() {
     if (!waitUntil([this] { return !x().viewableOfClass(menuBarClass).empty(); })) {
         return 0;
     }
-    // The item is the rightmost thing in the bar.
+    // The item is the rightmost thing in the bar, beside the clock.
     const WindowFacts bar = x().viewableOfClass(menuBarClass).front();
     // A click that comes before the bar has placed its item does nothing.
     constexpr double whileItOpens = 3;
     for (int clicks = 0; clicks < 3; ++clicks) {
-        x().click(bar.x + bar.width - 18, bar.y + bar.height / 2);
+        x().click(bar.x + bar.width - statusItemFromRight, bar.y + bar.height / 2);
         if (waitUntil([&] { return !x().viewableOfClass(menuClass).empty(); }, whileItOpens)) {
             return x().viewableOfClass(menuClass).front().window;
         }

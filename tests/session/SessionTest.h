@@ -18,6 +18,8 @@ namespace rb {
 inline constexpr const char* menuBarClass = "rookbay-menubar";
 inline constexpr const char* menuClass = "rookbay-menu";
 inline constexpr const char* panelClass = "rookbay-panel";
+// From the right end of our own menu bar to the middle of the status item, with the clock between them.
+inline constexpr int statusItemFromRight = 158;
 inline constexpr const char* settingsTitle = "Rook Bay 快捷键设置";
 
 // A session with the program in it. A failed test leaves a picture of its screen and the logs of all programs.

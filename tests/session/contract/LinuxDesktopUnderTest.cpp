@@ -25,6 +25,9 @@ namespace rb {
 
 namespace {
 
+// Beside the clock.
+constexpr int statusItemFromRight = 158;
+
 std::uint32_t keysymOf(std::uint32_t keyCode) {
     switch (keyCode) {
     case 36:
@@ -175,7 +178,7 @@ bool LinuxDesktopUnderTest::chooseMenuItem(const std::string& title) {
     constexpr double whileItOpens = 3;
     bool open = false;
     for (int clicks = 0; clicks < 3 && !open; ++clicks) {
-        session_.x().click(bar.x + bar.width - 18, bar.y + bar.height / 2);
+        session_.x().click(bar.x + bar.width - statusItemFromRight, bar.y + bar.height / 2);
         open = until(menuIsOpen, whileItOpens);
     }
     if (!open) {

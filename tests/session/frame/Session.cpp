@@ -80,6 +80,7 @@ Session::Session(const SessionOptions& options)
         fs::create_directory(fs::path(folder_) / name);
         fs::permissions(fs::path(folder_) / name, fs::perms::owner_all);
     }
+    writeDefaults("{" + std::string(introduced) + "}");
     startServer(options);
     if (options.bus) {
         startBus();

@@ -80,6 +80,9 @@ public:
     void tapKeycode(std::uint8_t keycode) const;
     void movePointer(int x, int y) const;
     void click(int x, int y, std::uint8_t button = 1) const;
+    // Where the pointer is.
+    void pressButton(std::uint8_t button = 1) const;
+    void releaseButton(std::uint8_t button = 1) const;
     // Asks the window manager to close the window as by its title bar.
     void requestClose(xcb_window_t window) const;
 

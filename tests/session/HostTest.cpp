@@ -1,0 +1,351 @@
+#include "tests/session/SessionTest.h"
+
+#include <QJsonArray>
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <xkbcommon/xkbcommon-keysyms.h>
+
+// Other people's icons in our own menu bar, and the hider among them: real programs of both kinds.
+namespace rb {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int endMargin = 8;
+constexpr int clockBreadth = 132;
+constexpr int statusItem = 36;
+constexpr int chevron = 22;
+constexpr int dot = 14;
+constexpr int hostedIcon = 30;
+
+class HostTest : public SessionTest {
+protected:
+    HostTest() {
+        // Nothing collapses by itself unless a test wants it to.
+        settings(R"("MenuBarHiderDelay": 0, "MenuBarHiderCollapseOnLeave": false)");
+    }
+
+    void settings(const std::string& json) { session().writeDefaults("{" + std::string(introduced) + ", " + json + "}"); }
+
+    WindowFacts bar() {
+        const auto found = x().viewableOfClass(menuBarClass);
+        return found.empty() ? WindowFacts{} : found.front();
+    }
+    // The right edge of what stands left of our own three items, `icons` further to the left.
+    int edge(int icons) {
+        return bar().x + bar().width - endMargin - clockBreadth - statusItem - chevron - dot - icons * hostedIcon;
+    }
+    int middleOfChevron() {
+        return bar().x + bar().width - endMargin - clockBreadth - statusItem - chevron / 2;
+    }
+    void clickChevron() { x().click(middleOfChevron(), bar().y + 14); }
+
+    // The window of a docked icon, at the place where it shows; nothing while it isn't in the bar's window.
+    std::optional<WindowFacts> docked(const std::string& className) {
+        const WindowFacts strip = bar();
+        for (const WindowFacts& found : x().viewableOfClass(className)) {
+            if (found.width == 22 && found.y >= strip.y && found.y < strip.y + strip.height) {
+                return found;
+            }
+        }
+        return std::nullopt;
+    }
+    bool isShown(const std::string& className) {
+        const auto icon = docked(className);
+        return icon && icon->x >= bar().x;
+    }
+    // Whether something is drawn in the place of that number, 0 beside the dot.
+    bool somethingAt(int place) {
+        const int right = edge(place);
+        const std::uint32_t ground = x().pixel(right - hostedIcon, 2);
+        for (int column = right - hostedIcon + 5; column < right - 5; column += 2) {
+            for (int row = 5; row < 23; row += 3) {
+                if (x().pixel(column, row) != ground) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+    // Starts three tray icons and two notifier items, one after the other.
+    void startIcons() {
+        session().start({"parcellite"});
+        ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); })) << "parcellite";
+        session().start({"yad", "--notification", "--image=dialog-warning", "--command=touch " + touched()});
+        ASSERT_TRUE(waitUntil([this] { return isShown("Yad"); })) << "yad";
+        session().start({"cbatticon"});
+        ASSERT_TRUE(waitUntil([this] { return isShown("Cbatticon"); })) << "cbatticon";
+        qlipper_ = &session().start({"qlipper"});
+        ASSERT_TRUE(waitUntil([this] { return somethingAt(3); })) << "qlipper";
+        session().start({"diodon"});
+        ASSERT_TRUE(waitUntil([this] { return somethingAt(4); })) << "diodon";
+    }
+    std::string touched() { return session().folder() + "/touched"; }
+    bool allShown() {
+        // Where there is no theme of icons, two of them draw nothing.
+        return isShown("Parcellite") && isShown("Yad") && isShown("Cbatticon") && drawn() >= 3;
+    }
+    int drawn() {
+        int places = 0;
+        for (int place = 0; place < 5; ++place) {
+            places += somethingAt(place) ? 1 : 0;
+        }
+        return places;
+    }
+    bool noneShown() {
+        return drawn() == 0 && !isShown("Parcellite") && !isShown("Yad") && !isShown("Cbatticon");
+    }
+    void dragWithSuper(int from, int to) {
+        const int y = bar().y + 14;
+        x().movePointer(from, y);
+        x().pressKey(XKB_KEY_Super_L);
+        x().pressButton();
+        for (int step = 1; step <= 10; ++step) {
+            x().movePointer(from + (to - from) * step / 10, y);
+        }
+        x().releaseButton();
+        x().releaseKey(XKB_KEY_Super_L);
+        x().sync();
+    }
+
+    // A bare client of the tray, under the test's own control.
+    xcb_window_t makeIcon(const char* name) {
+        const xcb_window_t made = xcb_generate_id(x().connection());
+        xcb_create_window(x().connection(), XCB_COPY_FROM_PARENT, made, x().root(), 0, 0, 300, 200, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+        const std::string text = std::string(name) + '\0' + name + '\0';
+        xcb_change_property(x().connection(), XCB_PROP_MODE_REPLACE, made, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                            static_cast<std::uint32_t>(text.size()), text.data());
+        return made;
+    }
+    void request(xcb_window_t icon) {
+        const xcb_window_t tray = x().selectionOwner("_NET_SYSTEM_TRAY_S0");
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = tray;
+        message.type = x().atom("_NET_SYSTEM_TRAY_OPCODE");
+        message.data.data32[2] = icon;
+        xcb_send_event(x().connection(), 0, tray, 0, reinterpret_cast<const char*>(&message));
+        x().sync();
+    }
+
+    Program* qlipper_ = nullptr;
+};
+
+TEST_F(HostTest, IconsOfBothKindsArriveFromRightToLeftAndTheDotHidesThem) {
+    startRookBay();
+    ASSERT_NO_FATAL_FAILURE(startIcons());
+    const auto parcellite = docked("Parcellite");
+    const auto yad = docked("Yad");
+    ASSERT_TRUE(parcellite && yad);
+    EXPECT_EQ(parcellite->x, edge(0) - hostedIcon + 4);
+    EXPECT_EQ(yad->x, edge(1) - hostedIcon + 4);
+
+    clickChevron();
+    EXPECT_TRUE(waitUntil([this] { return noneShown(); }));
+    EXPECT_TRUE(docked("Parcellite")) << "left of the screen, but alive";
+    saveScreenshot(x(), SESSION_PICTURES "/collapsed.png");
+    clickChevron();
+    EXPECT_TRUE(waitUntil([this] { return allShown(); }));
+    EXPECT_EQ(docked("Parcellite")->x, parcellite->x) << "in the same order";
+    EXPECT_EQ(docked("Yad")->x, yad->x);
+    saveScreenshot(x(), SESSION_PICTURES "/expanded.png");
+}
+
+TEST_F(HostTest, IconsTakeClicksAndOpenTheirMenus) {
+    startRookBay();
+    ASSERT_NO_FATAL_FAILURE(startIcons());
+    const auto click = [this](int place, std::uint8_t button) {
+        x().click(edge(place) - hostedIcon / 2, bar().y + 14, button);
+    };
+    click(1, 1);
+    EXPECT_TRUE(waitUntil([this] { return fs::exists(touched()); })) << "yad ran its command";
+    click(0, 3);
+    const auto menuOfType = [this](const std::string& type) {
+        const auto windows = x().windows();
+        return std::any_of(windows.begin(), windows.end(), [&](const WindowFacts& facts) {
+            return facts.viewable && std::find(facts.types.begin(), facts.types.end(), type) != facts.types.end();
+        });
+    };
+    EXPECT_TRUE(waitUntil([&] { return menuOfType("_NET_WM_WINDOW_TYPE_POPUP_MENU"); })) << "parcellite's own menu";
+    x().tapKey(XKB_KEY_Escape);
+    for (const int notifier : {3, 4}) {
+        EXPECT_TRUE(waitUntil([this] { return x().viewableOfClass(menuClass).empty(); }));
+        click(notifier, 3);
+        EXPECT_TRUE(waitUntil([this] { return !x().viewableOfClass(menuClass).empty(); })) << "menu over the bus";
+        x().tapKey(XKB_KEY_Escape);
+    }
+}
+
+TEST_F(HostTest, IconsOutliveUsAndComeBackAtTheNextStart) {
+    Program& first = startRookBay();
+    ASSERT_NO_FATAL_FAILURE(startIcons());
+    const xcb_window_t plain = makeIcon("Plain");
+    request(plain);
+    ASSERT_TRUE(waitUntil([this] { return isShown("Plain"); }));
+    clickChevron();
+    ASSERT_TRUE(waitUntil([this] { return noneShown(); }));
+    first.signal(SIGKILL);
+    ASSERT_TRUE(waitUntil([this] { return x().viewableOfClass(menuBarClass).empty(); }));
+    const auto tree = ownReply(xcb_query_tree_reply(x().connection(), xcb_query_tree(x().connection(), plain), nullptr));
+    ASSERT_TRUE(tree) << "it died with us";
+    EXPECT_EQ(tree->parent, x().root());
+    EXPECT_FALSE(x().facts(plain)->viewable) << "unmapped, until the next tray comes";
+    EXPECT_TRUE(qlipper_->isRunning());
+
+    Program& second = startRookBay();
+    EXPECT_TRUE(waitUntil([this] { return allShown(); })) << "expanded, each of them";
+    second.end(); // in good order this time
+    ASSERT_TRUE(waitUntil([this] { return x().viewableOfClass(menuBarClass).empty(); }));
+    startRookBay();
+    EXPECT_TRUE(waitUntil([this] { return isShown("Parcellite") && isShown("Yad") && isShown("Cbatticon"); }));
+}
+
+TEST_F(HostTest, CollapsesSomeTimeAfterThePointerLeft) {
+    settings(R"("MenuBarHiderDelay": 0, "MenuBarHiderCollapseOnLeave": true)");
+    startRookBay();
+    session().start({"parcellite"});
+    x().movePointer(middleOfChevron(), bar().y + 14);
+    ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    EXPECT_TRUE(staysTrue([this] { return isShown("Parcellite"); }, 2.5)) << "while the pointer is in the bar";
+    const double left = monotonicNow();
+    x().movePointer(400, 500);
+    ASSERT_TRUE(waitUntil([this] { return !isShown("Parcellite"); }));
+    EXPECT_GT(monotonicNow() - left, 0.9);
+    EXPECT_LT(monotonicNow() - left, 2.5);
+
+    // An open menu puts it off.
+    clickChevron();
+    ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    x().click(middleOfChevron(), bar().y + 14, 3);
+    ASSERT_TRUE(waitUntil([this] { return !x().viewableOfClass(menuClass).empty(); }));
+    x().movePointer(400, 500);
+    EXPECT_TRUE(staysTrue([this] { return isShown("Parcellite"); }, 2.5)) << "the menu is open";
+    x().tapKey(XKB_KEY_Escape);
+    x().movePointer(410, 510);
+    EXPECT_TRUE(waitUntil([this] { return !isShown("Parcellite"); }));
+}
+
+TEST_F(HostTest, CollapsesAfterTheDelay) {
+    settings(R"("MenuBarHiderDelay": 3, "MenuBarHiderCollapseOnLeave": false)");
+    const double begin = monotonicNow();
+    startRookBay();
+    session().start({"parcellite"});
+    ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    ASSERT_TRUE(waitUntil([this] { return !isShown("Parcellite"); }));
+    EXPECT_GT(monotonicNow() - begin, 2.9);
+}
+
+TEST_F(HostTest, SuperDragsAnIconToAnotherPlaceForGood) {
+    Program& first = startRookBay();
+    session().start({"parcellite"});
+    ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    session().start({"yad", "--notification", "--image=dialog-warning"});
+    ASSERT_TRUE(waitUntil([this] { return isShown("Yad"); }));
+    // To the right of the chevron, past both of our items.
+    dragWithSuper(docked("Yad")->x + 11, middleOfChevron() + chevron / 2 + 2);
+    const auto yadIsBesideTheStatusItem = [this] {
+        const auto yad = docked("Yad");
+        return yad && yad->x + 22 + 4 == bar().x + bar().width - endMargin - clockBreadth - statusItem;
+    };
+    EXPECT_TRUE(waitUntil(yadIsBesideTheStatusItem));
+    ASSERT_TRUE(waitUntil([this] { return defaults().contains("LinuxMenuBarOrder"); }));
+    const QJsonArray order = defaults()["LinuxMenuBarOrder"].toArray();
+    ASSERT_EQ(order.size(), 5);
+    EXPECT_EQ(order[0].toString(), "RookBay");
+    EXPECT_EQ(order[1].toString(), "Yad");
+    EXPECT_EQ(order[2].toString(), "RookBayHiderControl");
+
+    x().click(middleOfChevron() - hostedIcon, bar().y + 14);
+    EXPECT_TRUE(waitUntil([this] { return !isShown("Parcellite"); }));
+    EXPECT_TRUE(isShown("Yad")) << "right of the dot";
+    first.end();
+    startRookBay();
+    EXPECT_TRUE(waitUntil(yadIsBesideTheStatusItem)) << "remembered by its name";
+}
+
+TEST_F(HostTest, ADotRightOfTheChevronHidesNothing) {
+    startRookBay();
+    session().start({"parcellite"});
+    ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    dragWithSuper(edge(0) + dot / 2, middleOfChevron() + chevron / 2 + 2);
+    x().click(middleOfChevron() - dot, bar().y + 14);
+    EXPECT_TRUE(waitUntil([this] { return !x().viewableOfClass("rookbay-panel").empty(); })) << "a notice says why";
+    EXPECT_TRUE(staysTrue([this] { return isShown("Parcellite"); }, 0.5));
+    ASSERT_TRUE(waitUntil([this] { return defaults()["LinuxMenuBarOrder"].toArray().size() == 4; }));
+    EXPECT_EQ(defaults()["LinuxMenuBarOrder"].toArray()[1].toString(), "RookBayHiderSeparator");
+}
+
+TEST_F(HostTest, IconsThatMisbehaveHarmNobody) {
+    startRookBay();
+    xcb_connection_t* client = x().connection();
+    ASSERT_TRUE(waitUntil([this] { return x().selectionOwner("_NET_SYSTEM_TRAY_S0") != 0; }));
+    request(0);
+    request(0x7654321);
+    request(x().root());
+    request(x().selectionOwner("_NET_SYSTEM_TRAY_S0"));
+    request(bar().window);
+    const xcb_window_t dying = makeIcon("Dying");
+    request(dying);
+    xcb_destroy_window(client, dying);
+
+    const xcb_window_t shy = makeIcon("Shy"); // never wants to be mapped, and sends garbage about itself
+    const std::uint32_t unmapped[] = {0xFFFFFFFF, 0};
+    xcb_change_property(client, XCB_PROP_MODE_REPLACE, shy, x().atom("_XEMBED_INFO"), x().atom("_XEMBED_INFO"), 32, 2,
+                        unmapped);
+    request(shy);
+    const xcb_window_t large = makeIcon("Large");
+    request(large);
+    request(large);
+    ASSERT_TRUE(waitUntil([this] { return isShown("Large"); })) << "cut down to an icon";
+    const std::uint32_t size[] = {4000, 3000};
+    for (int i = 0; i < 100; ++i) {
+        xcb_configure_window(client, large, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
+    }
+    x().sync();
+    session().start({"parcellite"});
+    ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    EXPECT_TRUE(isShown("Large"));
+    EXPECT_EQ(docked("Parcellite")->x, edge(1) - hostedIcon + 4) << "only one of the others takes a place";
+
+    // An icon that leaves by itself makes room; one that dies too.
+    xcb_reparent_window(client, large, x().root(), 0, 0);
+    EXPECT_TRUE(waitUntil([&] { return docked("Parcellite") && docked("Parcellite")->x == edge(0) - hostedIcon + 4; }));
+    xcb_destroy_window(client, shy);
+    clickChevron();
+    EXPECT_TRUE(waitUntil([this] { return !isShown("Parcellite"); })) << "the bar works";
+}
+
+TEST_F(HostTest, ItemsThatVanishOrHangHarmNobody) {
+    startRookBay();
+    const auto registerItem = [this](const std::string& argument) {
+        Program& sender = session().start({"dbus-send", "--session", "--print-reply",
+                                           "--dest=org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+                                           "org.kde.StatusNotifierWatcher.RegisterStatusNotifierItem",
+                                           "string:" + argument});
+        return sender.waitForExit();
+    };
+    ASSERT_TRUE(waitUntil([&] { return registerItem("/gone/at/once") == 0; })) << "the watcher answers";
+    for (const char* argument : {"org.nobody.Here", ":1.99999", "/", "not a name at all", ":1.1"}) {
+        EXPECT_EQ(registerItem(argument), 0) << argument;
+    }
+    Program& qlipper = session().start({"qlipper"});
+    ASSERT_TRUE(waitUntil([this] { return somethingAt(0); })) << "the first that shows, so beside the dot";
+    qlipper.signal(SIGSTOP);
+    x().click(edge(0) - hostedIcon / 2, bar().y + 14, 3);
+    session().start({"parcellite"});
+    ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); })) << "nobody waits for one that hangs";
+    clickChevron();
+    EXPECT_TRUE(waitUntil([this] { return !isShown("Parcellite"); }, 3));
+    clickChevron();
+    EXPECT_TRUE(waitUntil([this] { return isShown("Parcellite"); }, 3));
+    qlipper.signal(SIGKILL);
+    EXPECT_TRUE(waitUntil([this] { return docked("Parcellite")->x == edge(0) - hostedIcon + 4; })) << "room again";
+}
+
+} // namespace
+
+} // namespace rb
