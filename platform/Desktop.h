@@ -5,12 +5,15 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class Archives;
+class ByteCounts;
 class EventMonitors;
 class Files;
 class HotKeys;
 class LayerRenderer;
 class Log;
 class Panels;
+class Pasteboards;
 class Pointer;
 class RandomSource;
 class RunLoop;
@@ -46,6 +49,9 @@ struct Desktop {
     RandomSource& random;
     Sounds& sounds;
     Thumbnails& thumbnails;
+    Pasteboards& pasteboards;
+    Archives& archives;
+    ByteCounts& byteCounts;
     Log& log;
 };
 

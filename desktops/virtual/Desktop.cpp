@@ -35,6 +35,9 @@ VirtualDesktop::VirtualDesktop()
                  .random = random_,
                  .sounds = sounds_,
                  .thumbnails = thumbnails_,
+                 .pasteboards = pasteboards_,
+                 .archives = archives_,
+                 .byteCounts = byteCounts_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

@@ -3,6 +3,8 @@
 #include "desktops/virtual/Alerts.h"
 #include "desktops/virtual/Appearance.h"
 #include "desktops/virtual/Application.h"
+#include "desktops/virtual/Archives.h"
+#include "desktops/virtual/ByteCounts.h"
 #include "desktops/virtual/EventMonitors.h"
 #include "desktops/virtual/Files.h"
 #include "desktops/virtual/HotKeys.h"
@@ -12,6 +14,7 @@
 #include "desktops/virtual/Layers.h"
 #include "desktops/virtual/Log.h"
 #include "desktops/virtual/Panels.h"
+#include "desktops/virtual/Pasteboards.h"
 #include "desktops/virtual/Pointer.h"
 #include "desktops/virtual/RandomSource.h"
 #include "desktops/virtual/RunLoop.h"
@@ -64,6 +67,8 @@ public:
     VirtualRandomSource& random() { return random_; }
     VirtualSounds& sounds() { return sounds_; }
     VirtualThumbnails& thumbnails() { return thumbnails_; }
+    VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
+    VirtualArchives& archives() { return archives_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -97,6 +102,9 @@ private:
     VirtualRandomSource random_;
     VirtualSounds sounds_;
     VirtualThumbnails thumbnails_{files_};
+    VirtualPasteboards pasteboards_{runLoop_};
+    VirtualArchives archives_;
+    VirtualByteCounts byteCounts_;
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
     VirtualWindows windows_;
