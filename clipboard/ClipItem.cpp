@@ -99,8 +99,7 @@ bool RBClipItem::sameContentAs(const RBClipItem& other) const {
         return content_->text == other.content_->text;
     case Picture:
         return content_->imageData == other.content_->imageData ||
-               (content_->imageData && other.content_->imageData &&
-                *content_->imageData == *other.content_->imageData);
+               (content_->imageData && other.content_->imageData && *content_->imageData == *other.content_->imageData);
     case Files:
         return content_->paths == other.content_->paths;
     default:

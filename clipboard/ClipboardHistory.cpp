@@ -147,17 +147,16 @@ void RBClipboardHistory::saveNow() {
             saveNow();
         }
     });
-    desktop_.runLoop.background(QualityOfService::Utility,
-                                [&archives = desktop_.archives, &loop = desktop_.runLoop, url,
-                                 snapshot = std::move(snapshot), done]() mutable {
-                                    std::vector<ArchiveObject> objects;
-                                    objects.reserve(snapshot.size());
-                                    for (const RBClipItem& item : snapshot) {
-                                        objects.push_back(item.encode());
-                                    }
-                                    archives.write(url, RBClipItem::archiveClass(), objects);
-                                    loop.post(done);
-                                });
+    desktop_.runLoop.background(QualityOfService::Utility, [&archives = desktop_.archives, &loop = desktop_.runLoop,
+                                                            url, snapshot = std::move(snapshot), done]() mutable {
+        std::vector<ArchiveObject> objects;
+        objects.reserve(snapshot.size());
+        for (const RBClipItem& item : snapshot) {
+            objects.push_back(item.encode());
+        }
+        archives.write(url, RBClipItem::archiveClass(), objects);
+        loop.post(done);
+    });
 }
 
 } // namespace rb

@@ -161,8 +161,7 @@ void RBClipboardHistory::menuNeedsUpdate(Menu& menu) {
     menu.addSeparator();
     menu.addItem({.title = "点选即复制 · 按住 ⌥ 删除单条", .enabled = false});
     menu.addItem({.title = "暂停记录", .action = [this](MenuItem&) { togglePause(); }, .on = paused_});
-    menu.addItem(
-        {.title = "清空历史…", .action = [this](MenuItem&) { clearHistory(); }, .enabled = !items_.empty()});
+    menu.addItem({.title = "清空历史…", .action = [this](MenuItem&) { clearHistory(); }, .enabled = !items_.empty()});
 }
 
 void RBClipboardHistory::addEntry(Menu& menu, const std::shared_ptr<RBClipItem>& item, std::size_t position) {
@@ -242,16 +241,16 @@ void RBClipboardHistory::togglePause() {
 
 void RBClipboardHistory::clearHistory() {
     desktop_.application.activateIgnoringOtherApps();
-    desktop_.alerts.runModal({.messageText = "清空剪贴板历史？",
-                              .informativeText = "将删除全部 " + std::to_string(items_.size()) +
-                                                 " 条记录，当前剪贴板内容不受影响。",
-                              .buttons = {{.title = "清空", .destructive = true}, {.title = "取消"}}},
-                             lifetime_.guard([this](std::size_t button) {
-                                 if (button == 0) {
-                                     items_.clear();
-                                     scheduleSave();
-                                 }
-                             }));
+    desktop_.alerts.runModal(
+        {.messageText = "清空剪贴板历史？",
+         .informativeText = "将删除全部 " + std::to_string(items_.size()) + " 条记录，当前剪贴板内容不受影响。",
+         .buttons = {{.title = "清空", .destructive = true}, {.title = "取消"}}},
+        lifetime_.guard([this](std::size_t button) {
+            if (button == 0) {
+                items_.clear();
+                scheduleSave();
+            }
+        }));
 }
 
 } // namespace rb

@@ -40,7 +40,8 @@ public:
     virtual std::string location(const std::string& fileName) = 0;
     // The objects in their order, each with the keys whose values are of the kind that the class says; nothing when
     // the file isn't there or isn't such an archive. Main thread only.
-    virtual std::optional<std::vector<ArchiveObject>> read(const std::string& path, const ArchiveClass& objectClass) = 0;
+    virtual std::optional<std::vector<ArchiveObject>> read(const std::string& path,
+                                                           const ArchiveClass& objectClass) = 0;
     // Replaces the file as a whole, readable for the user alone. False leaves the old one. Any thread, one write of a
     // path at a time.
     virtual bool write(const std::string& path, const ArchiveClass& objectClass,

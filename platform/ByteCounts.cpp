@@ -16,7 +16,8 @@ std::string plainByteCount(std::int64_t bytes) {
         const char* name;
         double decimals; // as a factor
     };
-    static constexpr std::array<Unit, 4> units{{{"KB", 1}, {"MB", tenth}, {"GB", tenth * tenth}, {"TB", tenth * tenth}}};
+    static constexpr std::array<Unit, 4> units{
+        {{"KB", 1}, {"MB", tenth}, {"GB", tenth * tenth}, {"TB", tenth * tenth}}};
     double value = static_cast<double>(bytes) / step;
     std::size_t unit = 0;
     // Rounding may lead into the next unit: 999,999 bytes are 1 MB.

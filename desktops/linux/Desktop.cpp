@@ -27,10 +27,15 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , eventMonitors_(*connection_)
     , layerRenderer_(painter_)
     , sounds_(log)
-    , services_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
-                screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
-                eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log} {
-    application_.setLastWork([this] { userDefaults_.synchronize(); });
+    , pasteboards_(*connection_, runLoop_, log)
+    , archives_(dataFolder(), log)
+    , services_{application_,   runLoop_, userDefaults_, statusBar_,  windows_,     panels_,   alerts_,        screens_,
+                pointer_,       hotKeys_, sessionLock_,  appearance_, textMeter_,   updates_,  eventMonitors_, files_,
+                layerRenderer_, random_,  sounds_,       thumbnails_, pasteboards_, archives_, byteCounts_,    log} {
+    application_.setLastWork([this] {
+        userDefaults_.synchronize();
+        pasteboards_.general().handOver();
+    });
 }
 
 LinuxDesktop::~LinuxDesktop() {

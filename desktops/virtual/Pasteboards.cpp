@@ -25,7 +25,8 @@ Handle VirtualPasteboard::offeredTypes(const std::vector<std::string>& types,
     return answer([this, types, answered = std::move(answered)] {
         std::vector<std::string> offered;
         for (const std::string& type : types) {
-            const bool marked = std::find(contents_.marks.begin(), contents_.marks.end(), type) != contents_.marks.end();
+            const bool marked =
+                std::find(contents_.marks.begin(), contents_.marks.end(), type) != contents_.marks.end();
             if (marked || contents_.data.contains(type) || (type == PasteboardType::String && contents_.text) ||
                 (type == PasteboardType::FileUrl && !contents_.files.empty())) {
                 offered.push_back(type);
