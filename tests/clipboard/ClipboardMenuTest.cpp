@@ -51,10 +51,11 @@ TEST_F(ClipboardMenuTest, EntriesHaveKeysAndAlternates) {
     for (int i = 10; i >= 1; --i) {
         copyText("entry " + std::to_string(i));
     }
-    ASSERT_EQ(menu().items().size(), 20U + 4);
+    const auto items = menu().items();
+    ASSERT_EQ(items.size(), 20U + 4);
     for (std::size_t place = 0; place < 10; ++place) {
-        const MenuItem& main = entry(place);
-        const MenuItem& alternate = *menu().items()[2 * place + 1];
+        const MenuItem& main = *items[2 * place];
+        const MenuItem& alternate = *items[2 * place + 1];
         EXPECT_EQ(main.title, "entry " + std::to_string(place + 1));
         EXPECT_EQ(main.keyEquivalent, place < 9 ? std::to_string(place + 1) : "");
         EXPECT_EQ(main.keyEquivalentModifiers, NoModifiers);
@@ -68,7 +69,7 @@ TEST_F(ClipboardMenuTest, EntriesHaveKeysAndAlternates) {
     menus::choose(menu(), "删除  entry 10", OptionModifier);
     menus::chooseByKey(menu(), "2", OptionModifier);
     EXPECT_EQ(titles().size(), 8U);
-    EXPECT_THAT(titles(), Not(testing::Contains("entry 2")));
+    EXPECT_THAT(titles(), testing::Not(testing::Contains("entry 2")));
     EXPECT_EQ(desktop_.pasteboard().contents().text, "entry 1") << "the pasteboard isn't touched";
     menus::chooseByKey(menu(), "3", NoModifiers);
     EXPECT_EQ(desktop_.pasteboard().contents().text, "entry 4");

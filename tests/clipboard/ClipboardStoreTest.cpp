@@ -88,7 +88,7 @@ TEST_F(ClipboardStoreTest, WhatChangesWhileItIsReadIsReadAnew) {
     EXPECT_EQ(newestText(), "ordinary again");
     desktop_.pasteboard().copyText("dropped");
     desktop_.advance(0.4);
-    menus::choose(*history_->menu(), "暂停记录");
+    menus::choose(menu(), "暂停记录");
     desktop_.advance(5);
     EXPECT_EQ(history_->items().size(), 1U) << "paused in the middle of reading";
 }

@@ -40,6 +40,9 @@ struct Stage {
                 .random = given.random,
                 .sounds = given.sounds,
                 .thumbnails = thumbnails,
+                .pasteboards = given.pasteboards,
+                .archives = given.archives,
+                .byteCounts = given.byteCounts,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {
