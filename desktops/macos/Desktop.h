@@ -3,12 +3,15 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/Archives.h"
+#include "desktops/macos/ByteCounts.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/HotKeys.h"
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
+#include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/Pointer.h"
 #include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
@@ -56,9 +59,13 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
-    Desktop desktop_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
-                     screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
-                     eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log_};
+    MacPasteboards pasteboards_;
+    MacArchives archives_{log_};
+    MacByteCounts byteCounts_;
+    Desktop desktop_{application_, runLoop_,    userDefaults_,  statusBar_, windows_,       panels_,
+                     alerts_,      screens_,    pointer_,       hotKeys_,   sessionLock_,   appearance_,
+                     textMeter_,   updates_,    eventMonitors_, files_,     layerRenderer_, random_,
+                     sounds_,      thumbnails_, pasteboards_,   archives_,  byteCounts_,    log_};
 };
 
 } // namespace rb
