@@ -80,6 +80,11 @@ void SelectionOwner::handle(const xcb_generic_event_t& event) {
         }
         break;
     }
+    case XCB_SELECTION_NOTIFY: {
+        const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
+        handedOver_ = handedOver_ || (notify.requestor == window_ && notify.target == connection_.atom("SAVE_TARGETS"));
+        break;
+    }
     case XCB_PROPERTY_NOTIFY:
         sendPiece(reinterpret_cast<const xcb_property_notify_event_t&>(event));
         break;
@@ -220,19 +225,13 @@ void SelectionOwner::handOver() {
     xcb_flush(x);
     // The event loop has ended; the manager asks for the contents meanwhile.
     const double end = loop_.now() + handOverLimit;
-    while (loop_.now() < end && xcb_connection_has_error(x) == 0) {
-        const XReply<xcb_generic_event_t> event(xcb_poll_for_event(x));
-        if (!event) {
-            constexpr int moment = 20; // milliseconds
-            pollfd waiting{.fd = xcb_get_file_descriptor(x), .events = POLLIN, .revents = 0};
+    while (!handedOver_ && loop_.now() < end && xcb_connection_has_error(x) == 0) {
+        connection_.deliver();
+        constexpr int moment = 20; // milliseconds
+        pollfd waiting{.fd = xcb_get_file_descriptor(x), .events = POLLIN, .revents = 0};
+        if (!handedOver_) {
             ::poll(&waiting, 1, moment);
-            continue;
         }
-        if ((event->response_type & 0x7F) == XCB_SELECTION_NOTIFY &&
-            reinterpret_cast<const xcb_selection_notify_event_t&>(*event).target == saveTargets) {
-            return;
-        }
-        handle(*event);
     }
 }
 

@@ -66,6 +66,7 @@ private:
     xcb_timestamp_t time_ = XCB_CURRENT_TIME;
     std::vector<SelectionForm> forms_; // empty while someone else holds the selection
     std::list<Sending> sendings_;
+    bool handedOver_ = false;
     Handle events_;
 };
 

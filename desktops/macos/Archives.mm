@@ -150,7 +150,7 @@ std::optional<std::vector<ArchiveObject>> MacArchives::read(const std::string& p
     // Else a wrong class would raise.
     unarchiver.decodingFailurePolicy = NSDecodingFailurePolicySetErrorAndReturn;
     [unarchiver setClass:RBMacArchivedObject.class forClassName:nsString(objectClass.name)];
-    NSSet* classes = [NSSet setWithObjects:NSArray.class, RBMacArchivedObject.class, nil];
+    NSSet* classes = [NSSet setWithArray:@[ NSArray.class, RBMacArchivedObject.class ]];
     id root = [unarchiver decodeObjectOfClasses:classes forKey:NSKeyedArchiveRootObjectKey];
     [unarchiver finishDecoding];
     unarchiver.delegate = nil;
