@@ -21,12 +21,12 @@ inline constexpr int deepestDefaults = 64;                                   // 
 
 struct ParsedDefaults {
     std::optional<PropertyDictionary> values = std::nullopt;
-    // Where and why it isn't valid; empty when it is.
+    // Why it isn't valid, and for mistakes in the JSON itself the line; empty when it is valid.
     std::string error = {};
 };
 
 // Strict: one object of values as above and nothing else. Duplicate keys, null, malformed UTF-8, control characters
-// in strings, numbers beyond the types' ranges and too much depth or length are errors.
+// in strings, NUL bytes, numbers beyond the types' ranges and too much depth or length are errors.
 ParsedDefaults parseDefaults(std::string_view text);
 
 // The text of the values, which parseDefaults reads back as the same values; nothing when they are too deep, too

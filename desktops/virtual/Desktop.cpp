@@ -38,6 +38,11 @@ VirtualDesktop::VirtualDesktop()
                  .pasteboards = pasteboards_,
                  .archives = archives_,
                  .byteCounts = byteCounts_,
+                 .workspace = workspace_,
+                 .frontFolder = frontFolder_,
+                 .savePanels = savePanels_,
+                 .quickActions = quickActions_,
+                 .urlSessions = urlSessions_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

@@ -43,6 +43,11 @@ struct Stage {
                 .pasteboards = given.pasteboards,
                 .archives = given.archives,
                 .byteCounts = given.byteCounts,
+                .workspace = given.workspace,
+                .frontFolder = given.frontFolder,
+                .savePanels = given.savePanels,
+                .quickActions = given.quickActions,
+                .urlSessions = given.urlSessions,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {
