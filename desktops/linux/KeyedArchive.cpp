@@ -3,8 +3,6 @@
 #include "desktops/linux/PlistGuard.h"
 #include "desktops/linux/Utf8.h"
 
-#include <QString>
-
 #include <algorithm>
 #include <plist/plist.h>
 #include <utility>
@@ -161,10 +159,7 @@ std::optional<std::string> textOf(plist_t node) {
     std::uint64_t length = 0;
     const char* bytes = plist_get_string_ptr(node, &length);
     std::string text(bytes != nullptr ? bytes : "", bytes != nullptr ? length : 0);
-    if (!isValidUtf8(text)) {
-        text = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdString();
-    }
-    return text;
+    return isValidUtf8(text) ? text : wellFormedUtf8(text);
 }
 
 class Reader {

@@ -101,7 +101,7 @@ std::string textFrom(const std::string& target, const Bytes& bytes) {
     if (const bool latin = target == latinText || (target == plainMime && !isValidUtf8(text)); latin) {
         text = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())).toStdString();
     } else if (!isValidUtf8(text)) {
-        text = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdString();
+        text = wellFormedUtf8(text);
     }
     std::erase(text, '\0');
     return text;
