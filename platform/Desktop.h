@@ -5,6 +5,8 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class Archives;
+class ByteCounts;
 class EventMonitors;
 class Files;
 class FrontFolder;
@@ -12,6 +14,7 @@ class HotKeys;
 class LayerRenderer;
 class Log;
 class Panels;
+class Pasteboards;
 class Pointer;
 class QuickActions;
 class RandomSource;
@@ -53,6 +56,9 @@ struct Desktop {
     RandomSource& random;
     Sounds& sounds;
     Thumbnails& thumbnails;
+    Pasteboards& pasteboards;
+    Archives& archives;
+    ByteCounts& byteCounts;
     Workspace& workspace;
     FrontFolder& frontFolder;
     SavePanels& savePanels;

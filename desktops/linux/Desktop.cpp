@@ -29,6 +29,8 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , updates_(application_, appearance_, log)
     , layerRenderer_(painter_)
     , sounds_(log)
+    , pasteboards_(*connection_, runLoop_, log)
+    , archives_(dataFolder(), log)
     , workspace_(log)
     , frontFolder_(*connection_)
     , savePanels_(windows_)
@@ -54,13 +56,19 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
                 .random = random_,
                 .sounds = sounds_,
                 .thumbnails = thumbnails_,
+                .pasteboards = pasteboards_,
+                .archives = archives_,
+                .byteCounts = byteCounts_,
                 .workspace = workspace_,
                 .frontFolder = frontFolder_,
                 .savePanels = savePanels_,
                 .quickActions = quickActions_,
                 .urlSessions = urlSessions_,
                 .log = log} {
-    application_.setLastWork([this] { userDefaults_.synchronize(); });
+    application_.setLastWork([this] {
+        userDefaults_.synchronize();
+        pasteboards_.general().handOver();
+    });
 }
 
 LinuxDesktop::~LinuxDesktop() {

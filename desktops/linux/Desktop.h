@@ -3,6 +3,8 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/Archives.h"
+#include "desktops/linux/ByteCounts.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/Files.h"
 #include "desktops/linux/FrontFolder.h"
@@ -11,6 +13,7 @@
 #include "desktops/linux/LayerRenderer.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
+#include "desktops/linux/Pasteboards.h"
 #include "desktops/linux/Pointer.h"
 #include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
@@ -84,6 +87,9 @@ private:
     LinuxRandomSource random_;
     LinuxSounds sounds_;
     LinuxThumbnails thumbnails_;
+    LinuxPasteboards pasteboards_;
+    LinuxArchives archives_;
+    LinuxByteCounts byteCounts_;
     LinuxWorkspace workspace_;
     LinuxFrontFolder frontFolder_;
     LinuxSavePanels savePanels_;

@@ -1,6 +1,7 @@
 #include "desktops/linux/MenuExport.h"
 
 #include "desktops/linux/Appearance.h"
+#include "desktops/linux/KeyEquivalent.h"
 #include "desktops/linux/Pictures.h"
 
 #include <QBuffer>
@@ -8,6 +9,7 @@
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDataStream>
+#include <QGuiApplication>
 #include <QPixmap>
 #include <QTimer>
 
@@ -24,7 +26,8 @@ constexpr double symbolSize = 13;
 
 QString labelOf(const MenuItem& item) {
     // An underscore marks the letter to type; indentation has no property of its own.
-    QString label = QString::fromStdString(item.title).replace(QLatin1Char('_'), QStringLiteral("__"));
+    const std::string line = item.subtitle.empty() ? item.title : item.title + " — " + item.subtitle;
+    const QString label = QString::fromStdString(line).replace(QLatin1Char('_'), QStringLiteral("__"));
     return QString(qsizetype{2} * item.indentationLevel, QChar(0x2002)) + label;
 }
 
@@ -99,7 +102,8 @@ void MenuExport::list(int id, bool updateFirst) {
     }
     std::vector<int> children;
     for (const auto& item : menu->items()) {
-        if (item->alternate) {
+        if (item->alternate && !children.empty()) {
+            lines_[children.back()].alternates.push_back(item);
             continue;
         }
         const auto found = known.find(item.get());
@@ -108,6 +112,7 @@ void MenuExport::list(int id, bool updateFirst) {
             lines_[child] = {item, menu, {}};
         } else {
             known.erase(found);
+            lines_[child].alternates.clear();
         }
         children.push_back(child);
     }
@@ -199,12 +204,23 @@ void MenuExport::contentMayHaveChanged() {
     bus_.send(signal);
 }
 
-void MenuExport::choose(int id) {
+// In a later turn, since the choice may end the program, and with it this object; but with what is held now.
+void MenuExport::chooseLater(int id) {
+    const std::uint32_t modifiers = modifierFlags(QGuiApplication::queryKeyboardModifiers());
+    QTimer::singleShot(0, this, [this, id, modifiers] { choose(id, modifiers); });
+}
+
+void MenuExport::choose(int id, std::uint32_t modifiers) {
     const auto found = lines_.find(id);
     if (found == lines_.end() || !found->second.item || !found->second.menu->isEnabled(*found->second.item)) {
         return;
     }
-    const std::shared_ptr<MenuItem> item = found->second.item;
+    std::shared_ptr<MenuItem> item = found->second.item;
+    for (const auto& alternate : found->second.alternates) {
+        if (modifiers != NoModifiers && alternate->keyEquivalentModifiers == modifiers) {
+            item = alternate;
+        }
+    }
     if (const auto action = item->action) {
         action(*item);
         // Check marks and titles follow what was chosen; the action may have ended this export too.
@@ -275,8 +291,7 @@ bool MenuExport::handleMessage(const QDBusMessage& message, const QDBusConnectio
     if (member == QLatin1String("Event")) {
         answer(message, {});
         if (argument(1).toString() == QLatin1String("clicked")) {
-            // In a later turn: the choice may end the program, and with it this object.
-            QTimer::singleShot(0, this, [this, id = argument(0).toInt()] { choose(id); });
+            chooseLater(argument(0).toInt());
         }
         return true;
     }
@@ -292,7 +307,7 @@ bool MenuExport::handleMessage(const QDBusMessage& message, const QDBusConnectio
             events >> id >> name >> data >> time;
             events.endStructure();
             if (name == QLatin1String("clicked")) {
-                QTimer::singleShot(0, this, [this, id] { choose(id); });
+                chooseLater(id);
             }
         }
         events.endArray();

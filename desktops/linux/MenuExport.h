@@ -19,7 +19,8 @@ class LinuxAppearance;
 class Pictures;
 
 // A menu on the session bus (com.canonical.dbusmenu), for hosts that draw the menus of their items by themselves.
-// Such menus have no subtitles and no alternates; those stay out. Main thread only.
+// Such menus have one line an item, so a subtitle stands behind its title; and no alternates, so one is chosen when its
+// modifiers are held at the choice. Main thread only.
 class MenuExport final : public QDBusVirtualObject {
 public:
     MenuExport(std::shared_ptr<Menu> menu, const QDBusConnection& bus, const QString& path, const Pictures& pictures,
@@ -39,6 +40,7 @@ private:
         std::shared_ptr<MenuItem> item; // null for the menu itself
         std::shared_ptr<Menu> menu;     // that the item is in; for the menu itself, it
         std::vector<int> children;
+        std::vector<std::shared_ptr<MenuItem>> alternates = {};
     };
     // Lists what the menu of that line holds now, after it updated itself if asked to.
     void list(int id, bool updateFirst);
@@ -48,7 +50,9 @@ private:
     QVariantMap properties(const Line& line) const;
     QByteArray fingerprint(int id) const;
     bool aboutToShow(int id);
-    void choose(int id);
+    // With these modifiers held; or of ModifierFlags.
+    void choose(int id, std::uint32_t modifiers);
+    void chooseLater(int id);
     bool answer(const QDBusMessage& message, const QList<QVariant>& results) const;
 
     QDBusConnection bus_;

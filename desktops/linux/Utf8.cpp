@@ -52,4 +52,14 @@ bool isValidUtf8(std::string_view text) {
     return true;
 }
 
+std::string wellFormedUtf8(std::string_view text) {
+    std::string result;
+    for (std::size_t position = 0; position < text.size();) {
+        const std::size_t length = utf8SequenceLength(text, position);
+        result += length == 0 ? std::string_view("\uFFFD") : text.substr(position, length);
+        position += length == 0 ? 1 : length;
+    }
+    return result;
+}
+
 } // namespace rb

@@ -54,11 +54,12 @@ public:
     // Events that came in while a reply was awaited are delivered in a later turn of the event loop. To be called
     // after requests that wait for replies, once the listening has begun.
     void deliverQueuedEvents();
+    // Hands out all that has come in, at once: for who waits after the event loop has ended.
+    void deliver();
 
 private:
     XConnection(xcb_connection_t* connection, int screenNumber);
     void startListening();
-    void deliver();
 
     xcb_connection_t* connection_;
     xcb_screen_t* screen_ = nullptr;

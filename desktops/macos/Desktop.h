@@ -3,6 +3,8 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/Archives.h"
+#include "desktops/macos/ByteCounts.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FrontFolder.h"
@@ -10,6 +12,7 @@
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
+#include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/Pointer.h"
 #include "desktops/macos/QuickActions.h"
 #include "desktops/macos/RandomSource.h"
@@ -63,6 +66,9 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
+    MacPasteboards pasteboards_;
+    MacArchives archives_{log_};
+    MacByteCounts byteCounts_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
@@ -89,6 +95,9 @@ private:
                      .random = random_,
                      .sounds = sounds_,
                      .thumbnails = thumbnails_,
+                     .pasteboards = pasteboards_,
+                     .archives = archives_,
+                     .byteCounts = byteCounts_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,

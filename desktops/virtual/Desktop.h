@@ -3,6 +3,8 @@
 #include "desktops/virtual/Alerts.h"
 #include "desktops/virtual/Appearance.h"
 #include "desktops/virtual/Application.h"
+#include "desktops/virtual/Archives.h"
+#include "desktops/virtual/ByteCounts.h"
 #include "desktops/virtual/EventMonitors.h"
 #include "desktops/virtual/Files.h"
 #include "desktops/virtual/FrontFolder.h"
@@ -13,6 +15,7 @@
 #include "desktops/virtual/Layers.h"
 #include "desktops/virtual/Log.h"
 #include "desktops/virtual/Panels.h"
+#include "desktops/virtual/Pasteboards.h"
 #include "desktops/virtual/Pointer.h"
 #include "desktops/virtual/QuickActions.h"
 #include "desktops/virtual/RandomSource.h"
@@ -71,6 +74,8 @@ public:
     VirtualRandomSource& random() { return random_; }
     VirtualSounds& sounds() { return sounds_; }
     VirtualThumbnails& thumbnails() { return thumbnails_; }
+    VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
+    VirtualArchives& archives() { return archives_; }
     VirtualWorkspace& workspace() { return workspace_; }
     VirtualFrontFolder& frontFolder() { return frontFolder_; }
     VirtualSavePanels& savePanels() { return savePanels_; }
@@ -110,6 +115,9 @@ private:
     VirtualRandomSource random_;
     VirtualSounds sounds_;
     VirtualThumbnails thumbnails_{files_};
+    VirtualPasteboards pasteboards_{runLoop_};
+    VirtualArchives archives_;
+    VirtualByteCounts byteCounts_;
     VirtualWorkspace workspace_{runLoop_};
     VirtualFrontFolder frontFolder_{runLoop_};
     VirtualSavePanels savePanels_{runLoop_};

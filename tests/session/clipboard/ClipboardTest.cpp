@@ -1,0 +1,272 @@
+#include "clipboard/ClipItem.h"
+#include "desktops/linux/KeyedArchive.h"
+#include "tests/session/SessionTest.h"
+#include "tests/session/clipboard/CopyingProgram.h"
+
+#include <QImage>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <xkbcommon/xkbcommon-keysyms.h>
+
+// The history among real programs, and among badly behaved ones.
+namespace rb {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+class ClipboardSessionTest : public SessionTest {
+protected:
+    std::string archive() { return session().environment.at("XDG_DATA_HOME") + "/rook-bay/Clipboard.archive"; }
+    std::vector<RBClipItem> items() {
+        std::vector<RBClipItem> found;
+        const auto file = readFile(archive());
+        if (!file) {
+            return found;
+        }
+        const DecodedArchive decoded = decodeArchive(RBClipItem::archiveClass(), *file);
+        EXPECT_TRUE(decoded.objects) << decoded.fault;
+        for (const ArchiveObject& object : decoded.objects.value_or(std::vector<ArchiveObject>())) {
+            found.push_back(RBClipItem::decode(object, 0));
+        }
+        return found;
+    }
+    std::vector<std::string> texts() {
+        std::vector<std::string> found;
+        for (const RBClipItem& item : items()) {
+            found.push_back(item.text().value_or("kind " + std::to_string(item.kind())));
+        }
+        return found;
+    }
+    [[nodiscard]] bool waitForNewest(const std::string& text, double limit = 10) {
+        return waitUntil(
+            [&] {
+                const auto found = texts();
+                return !found.empty() && found.front() == text;
+            },
+            limit);
+    }
+    std::string file(const std::string& name, const std::string& contents) {
+        const std::string path = session().folder() + "/" + name;
+        writeFile(path, contents);
+        return path;
+    }
+    // As xclip copies; it goes into the background by itself.
+    void xclip(const std::string& contents, const std::string& target = "UTF8_STRING",
+               const std::string& selection = "clipboard") {
+        Program& program =
+            session().start({"xclip", "-selection", selection, "-t", target, "-i", file("copied", contents)});
+        ASSERT_EQ(program.waitForExit(), 0) << program.output();
+    }
+    std::string paste(const std::string& target = "UTF8_STRING") {
+        Program& program = session().start({"xclip", "-selection", "clipboard", "-t", target, "-o"});
+        EXPECT_TRUE(program.waitForExit(10));
+        return program.output();
+    }
+    // Opens the history and chooses by its key.
+    void chooseEntry(std::uint32_t key) {
+        ASSERT_NE(openMenu(), 0U);
+        x().tapKey(XKB_KEY_Down);
+        x().tapKey(XKB_KEY_Down);
+        x().tapKey(XKB_KEY_Right);
+        ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).size() == 2; }));
+        x().tapKey(key);
+        ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).empty(); }));
+    }
+    static std::string largePicture() {
+        QImage image(900, 500, QImage::Format_RGB32);
+        std::uint32_t state = 1;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int column = 0; column < image.width(); ++column) {
+                state = state * 1664525U + 1013904223U;
+                image.setPixel(column, y, state >> 8U);
+            }
+        }
+        const std::string path = (fs::temp_directory_path() / "rookbay-clip-XXXXXX.png").string();
+        std::string name = path;
+        const int made = mkstemps(name.data(), 4);
+        EXPECT_GE(made, 0);
+        ::close(made);
+        EXPECT_TRUE(image.save(QString::fromStdString(name)));
+        std::string bytes = readFile(name).value_or("");
+        fs::remove(name);
+        return bytes;
+    }
+};
+
+TEST_F(ClipboardSessionTest, CopiesOfRealProgramsLandOnceEach) {
+    xclip("before the start");
+    startRookBay();
+    xclip("first 文字");
+    ASSERT_TRUE(waitForNewest("first 文字"));
+    session().start({"sh", "-c", "printf 'by xsel' | xsel -b -i"});
+    ASSERT_TRUE(waitForNewest("by xsel"));
+    xclip("marked with the mouse only", "UTF8_STRING", "primary");
+    xclip("first 文字");
+    ASSERT_TRUE(waitForNewest("first 文字"));
+    const std::string picture = largePicture();
+    ASSERT_GT(picture.size(), 1'000'000U) << "so that it comes in pieces";
+    xclip(picture, "image/png");
+    ASSERT_TRUE(waitForNewest("kind 1"));
+    EXPECT_EQ(std::string(items()[0].imageData()->begin(), items()[0].imageData()->end()), picture);
+    xclip("file:///tmp/a%20b\r\nfile:///tmp/%E4%B8%AD\r\n", "text/uri-list");
+    ASSERT_TRUE(waitForNewest("kind 2"));
+    EXPECT_THAT(*items()[0].paths(), ElementsAre("/tmp/a b", "/tmp/中"));
+    EXPECT_THAT(texts(), ElementsAre("kind 2", "kind 1", "first 文字", "by xsel"));
+}
+
+TEST_F(ClipboardSessionTest, ChoosingAnEntryPastesInOtherPrograms) {
+    startRookBay();
+    xclip("one");
+    ASSERT_TRUE(waitForNewest("one"));
+    const std::string picture = largePicture();
+    xclip(picture, "image/png");
+    ASSERT_TRUE(waitForNewest("kind 1"));
+    const std::string path = file("a file.txt", "");
+    xclip("file://" + session().folder() + "/a%20file.txt", "text/uri-list");
+    ASSERT_TRUE(waitForNewest("kind 2"));
+    xclip("marked", "UTF8_STRING", "primary");
+    chooseEntry(XKB_KEY_3);
+    EXPECT_EQ(paste(), "one");
+    EXPECT_EQ(paste("text/plain;charset=utf-8"), "one");
+    chooseEntry(XKB_KEY_3);
+    EXPECT_EQ(paste("image/png"), picture) << "given in pieces";
+    chooseEntry(XKB_KEY_3);
+    EXPECT_EQ(paste("text/uri-list"), "file://" + session().folder() + "/a%20file.txt\r\n");
+    EXPECT_EQ(paste("x-special/gnome-copied-files"), "copy\nfile://" + session().folder() + "/a%20file.txt");
+    EXPECT_TRUE(waitForNewest("kind 2"));
+    EXPECT_EQ(items().size(), 3U) << "its own writing isn't recorded again";
+    Program& primary = session().start({"xclip", "-selection", "primary", "-o"});
+    EXPECT_TRUE(primary.waitForExit());
+    EXPECT_EQ(primary.output(), "marked");
+}
+
+TEST_F(ClipboardSessionTest, APasswordManagersHintIsHonoured) {
+    startRookBay();
+    {
+        const CopyingProgram manager(
+            session().display(), {.offered = {{"UTF8_STRING", "p4ssw0rd"}, {"x-kde-passwordManagerHint", "secret"}}});
+        ASSERT_TRUE(waitUntil([&] { return manager.asked("x-kde-passwordManagerHint") > 0; }));
+        EXPECT_TRUE(staysTrue([&] { return manager.asked("UTF8_STRING") == 0; }, 0.5)) << "never even read";
+    }
+    {
+        const CopyingProgram manager(
+            session().display(), {.offered = {{"UTF8_STRING", "p4ssw0rd"}, {"org.nspasteboard.ConcealedType", ""}}});
+        ASSERT_TRUE(waitUntil([&] { return manager.asked("TARGETS") > 0; }));
+        EXPECT_TRUE(staysTrue([&] { return manager.asked("UTF8_STRING") == 0; }, 0.5));
+    }
+    const CopyingProgram ordinary(session().display(),
+                                  {.offered = {{"UTF8_STRING", "ordinary"}, {"x-kde-passwordManagerHint", ""}}});
+    EXPECT_TRUE(waitForNewest("ordinary"));
+    EXPECT_EQ(items().size(), 1U);
+}
+
+TEST_F(ClipboardSessionTest, BadOwnersCostOnlyTheirOwnCopies) {
+    Program& rookBay = startRookBay();
+    const auto usable = [&] {
+        const double start = monotonicNow();
+        EXPECT_NE(openMenu(), 0U);
+        EXPECT_LT(monotonicNow() - start, 1.5) << "an owner never blocks the interface";
+        x().tapKey(XKB_KEY_Escape);
+        EXPECT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).empty(); }));
+    };
+    const std::string display = session().display();
+    {
+        const CopyingProgram silent(display, {.offered = {{"UTF8_STRING", "x"}}, .answersTargets = false});
+        ASSERT_TRUE(waitUntil([&] { return silent.asked("TARGETS") > 0; }));
+        usable();
+    }
+    {
+        const CopyingProgram silent(display, {.offered = {{"UTF8_STRING", "x"}}, .answersContents = false});
+        ASSERT_TRUE(waitUntil([&] { return silent.asked("UTF8_STRING") > 0; }));
+        usable();
+    }
+    {
+        // Falls silent in the middle, then dies.
+        const CopyingProgram dying(
+            display, {.offered = {{"image/png", std::string(300'000, 'x')}}, .pieceSize = 10'000, .mostPieces = 5});
+        ASSERT_TRUE(waitUntil([&] { return dying.asked("image/png") > 0; }));
+        usable();
+    }
+    {
+        // Says little and sends without an end.
+        const CopyingProgram lying(
+            display,
+            {.offered = {{"image/png", std::string(9'000'000, 'x')}}, .pieceSize = 65'536, .promisedSize = 10});
+        ASSERT_TRUE(waitUntil([&] { return lying.asked("image/png") > 0; }));
+        usable();
+    }
+    {
+        // Says too much.
+        const CopyingProgram boasting(
+            display, {.offered = {{"image/png", "x"}}, .pieceSize = 1, .promisedSize = 4'000'000'000U});
+        ASSERT_TRUE(waitUntil([&] { return boasting.asked("image/png") > 0; }));
+        usable();
+    }
+    CopyingProgram many(display, {.offered = {{"UTF8_STRING", "among many"}}, .furtherTargets = 5'000});
+    ASSERT_TRUE(waitForNewest("among many"));
+    for (int i = 0; i < 50; ++i) {
+        many.copyAgain(); // changes during the transfers
+    }
+    usable();
+    xclip("at last");
+    EXPECT_TRUE(waitForNewest("at last"));
+    EXPECT_THAT(texts(), ElementsAre("at last", "among many"));
+    EXPECT_TRUE(rookBay.isRunning());
+}
+
+TEST_F(ClipboardSessionTest, SlowPiecesAreStillPutTogether) {
+    startRookBay();
+    const std::string text(500'000 / 4, 'a');
+    const CopyingProgram slow(session().display(), {.offered = {{"UTF8_STRING", text}}, .pieceSize = 1000});
+    EXPECT_TRUE(waitForNewest(text));
+}
+
+TEST_F(ClipboardSessionTest, AtQuitAClipboardManagerKeepsWhatWasChosen) {
+    Program& rookBay = startRookBay();
+    xclip("handed over");
+    ASSERT_TRUE(waitForNewest("handed over"));
+    xclip("newer");
+    ASSERT_TRUE(waitForNewest("newer"));
+    chooseEntry(XKB_KEY_2);
+    EXPECT_EQ(paste(), "handed over");
+    session().start({"xfce4-clipman"});
+    ASSERT_TRUE(waitUntil([&] { return x().selectionOwner("CLIPBOARD_MANAGER") != 0; }));
+    const double start = monotonicNow();
+    rookBay.signal(SIGTERM);
+    EXPECT_EQ(rookBay.waitForExit(), 0);
+    EXPECT_LT(monotonicNow() - start, 1.9) << "it didn't wait in vain";
+    EXPECT_TRUE(waitUntil([&] { return x().selectionOwner("CLIPBOARD") != 0; }));
+    EXPECT_EQ(paste(), "handed over");
+}
+
+TEST_F(ClipboardSessionTest, AKillAtAnyMomentLeavesAWholeArchive) {
+    int rounds = 12;
+    if (const char* wanted = std::getenv("ROOKBAY_KILL_ROUNDS")) { // NOLINT(concurrency-mt-unsafe): one thread
+        rounds = std::atoi(wanted);
+    }
+    std::string newest;
+    for (int round = 0; round < rounds; ++round) {
+        Program& rookBay = startRookBay();
+        const std::size_t before = items().size();
+        xclip("round " + std::to_string(round));
+        // Within the 1.5 seconds, in the middle of the writing, or afterwards.
+        (void)staysTrue([] { return true; }, 1.42 + 0.02 * (round % 12));
+        rookBay.signal(SIGKILL);
+        ASSERT_TRUE(rookBay.waitForExit());
+        const auto found = texts();
+        ASSERT_GE(found.size(), std::min<std::size_t>(before, 30)) << "round " << round;
+        if (!found.empty() && found.front() != newest) {
+            EXPECT_EQ(found.front(), "round " + std::to_string(round));
+            newest = found.front();
+        }
+    }
+    EXPECT_FALSE(newest.empty());
+}
+
+} // namespace
+
+} // namespace rb
