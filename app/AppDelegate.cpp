@@ -30,7 +30,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     }
 
     createStatusMenu();
-    displayController_ = std::make_unique<DisplayController>(desktop_);
+    createDisplayController();
     startFeatures();
     newTextFile_.installTextQuickAction();
 
@@ -100,9 +100,15 @@ void AppDelegate::updateHotKeyMenuText() {
 
 void AppDelegate::showDisplays() {
     if (!displayController_) {
-        displayController_ = std::make_unique<DisplayController>(desktop_);
+        createDisplayController();
     }
     displayController_->show();
+}
+
+void AppDelegate::createDisplayController() {
+    displayController_ = std::make_unique<DisplayController>(
+        desktop_, DisplayController::QuickActions{.lockAndSleep = [this] { lockAndSleep(); },
+                                                  .showHotKeySettings = [this] { showHotKeySettings(); }});
 }
 
 void AppDelegate::checkForUpdatesFromMenu() {

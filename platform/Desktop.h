@@ -5,8 +5,11 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class ChildProcesses;
+class Displays;
 class EventMonitors;
 class Files;
+class Hardware;
 class HotKeys;
 class LayerRenderer;
 class Log;
@@ -46,6 +49,9 @@ struct Desktop {
     RandomSource& random;
     Sounds& sounds;
     Thumbnails& thumbnails;
+    Displays& displays;
+    Hardware& hardware;
+    ChildProcesses& childProcesses;
     Log& log;
 };
 
