@@ -161,17 +161,27 @@ void DisplayController::command(const std::string& command, std::size_t row) {
     });
 }
 
+std::size_t DisplayController::selectedMode(const DisplayRow& display) const {
+    if (const auto selected = modePickers_.find(display.id); selected != modePickers_.end()) {
+        return selected->second;
+    }
+    // Untouched: the picker shows the current mode, or its first item when that isn't among them.
+    const auto current =
+        std::find_if(display.modes.begin(), display.modes.end(),
+                     [&display](const ModeRecord& mode) { return mode.modeID == display.currentMode->modeID; });
+    return current == display.modes.end() ? 0 : static_cast<std::size_t>(current - display.modes.begin());
+}
+
 void DisplayController::applyResolution(std::size_t row) {
     if (busy_ || row >= rows_.size() || !rows_[row].currentMode || rows_[row].modeIdentity.empty()) {
         return;
     }
     const DisplayRow& display = rows_[row];
-    const auto selected = modePickers_.find(display.id);
-    // Nothing selected by the user means the current mode.
-    if (selected == modePickers_.end() || selected->second >= display.modes.size()) {
+    const std::size_t selected = selectedMode(display);
+    if (selected >= display.modes.size()) {
         return;
     }
-    const ModeRecord& chosen = display.modes[selected->second];
+    const ModeRecord& chosen = display.modes[selected];
     const auto helper = desktop_.childProcesses.resourcePath("ResolutionHelper");
     if (chosen.modeID == display.currentMode->modeID || !helper) {
         return;
@@ -220,7 +230,6 @@ void DisplayController::render() {
                           .busy = busy_,
                           .selectedPage = selectedPage_,
                           .technicalDetails = technicalDetails_,
-                          .selectedModes = modePickers_,
                           .blue = desktop_.appearance.color(SystemColor::Blue)};
     window_->setContent(windowContent(state, pageActions(), cards_, navigation_));
     resetScroll();

@@ -57,6 +57,8 @@ private:
     void finishDetection();
     void connectionTimerFired();
     void command(const std::string& command, std::size_t row);
+    // The item that the picker of the display shows; the display has a current mode.
+    std::size_t selectedMode(const DisplayRow& display) const;
     void trialFinished(const TrialResult& result);
     void showSheet(const std::string& message, const std::string& information);
 

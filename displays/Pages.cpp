@@ -50,9 +50,6 @@ View modePicker(const DisplayRow& display, std::size_t index, const PageState& s
             popUp.selected = mode;
         }
     }
-    if (const auto chosen = state.selectedModes.find(display.id); chosen != state.selectedModes.end()) {
-        popUp.selected = chosen->second;
-    }
     popUp.selectionChanged = [select = actions.selectMode, index](std::size_t mode) { select(index, mode); };
     const bool canApply = popUp.enabled && !popUp.items.empty();
     View picker{.content = std::move(popUp), .identifier = pickerIdentifier(index), .expands = true};

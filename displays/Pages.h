@@ -4,7 +4,6 @@
 #include "displays/PageParts.h"
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -20,8 +19,6 @@ struct PageState {
     bool busy = false;
     int selectedPage = displaysPage;
     bool technicalDetails = false;
-    // What the user selected in a picker, by the display's number; without an entry the current mode.
-    const std::map<std::uint32_t, std::size_t>& selectedModes;
     Color blue = {}; // the system's
 };
 

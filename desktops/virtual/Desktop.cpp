@@ -35,6 +35,9 @@ VirtualDesktop::VirtualDesktop()
                  .random = random_,
                  .sounds = sounds_,
                  .thumbnails = thumbnails_,
+                 .displays = displays_,
+                 .hardware = hardware_,
+                 .childProcesses = childProcesses_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

@@ -3,8 +3,11 @@
 #include "desktops/virtual/Alerts.h"
 #include "desktops/virtual/Appearance.h"
 #include "desktops/virtual/Application.h"
+#include "desktops/virtual/ChildProcesses.h"
+#include "desktops/virtual/Displays.h"
 #include "desktops/virtual/EventMonitors.h"
 #include "desktops/virtual/Files.h"
+#include "desktops/virtual/Hardware.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
 #include "desktops/virtual/Keyboard.h"
@@ -64,6 +67,9 @@ public:
     VirtualRandomSource& random() { return random_; }
     VirtualSounds& sounds() { return sounds_; }
     VirtualThumbnails& thumbnails() { return thumbnails_; }
+    VirtualDisplays& displays() { return displays_; }
+    VirtualHardware& hardware() { return hardware_; }
+    VirtualChildProcesses& childProcesses() { return childProcesses_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -97,6 +103,9 @@ private:
     VirtualRandomSource random_;
     VirtualSounds sounds_;
     VirtualThumbnails thumbnails_{files_};
+    VirtualDisplays displays_;
+    VirtualHardware hardware_;
+    VirtualChildProcesses childProcesses_{runLoop_};
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
     VirtualWindows windows_;
