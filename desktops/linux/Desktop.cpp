@@ -27,9 +27,12 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , eventMonitors_(*connection_)
     , layerRenderer_(painter_)
     , sounds_(log)
+    , displays_(*connection_, runLoop_)
+    , childProcesses_(runLoop_)
     , services_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
                 screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
-                eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log} {
+                eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_,
+                displays_,      hardware_, childProcesses_, log} {
     application_.setLastWork([this] { userDefaults_.synchronize(); });
 }
 

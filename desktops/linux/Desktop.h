@@ -3,8 +3,11 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/ChildProcesses.h"
+#include "desktops/linux/Displays.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/Files.h"
+#include "desktops/linux/Hardware.h"
 #include "desktops/linux/HotKeys.h"
 #include "desktops/linux/LayerPainter.h"
 #include "desktops/linux/LayerRenderer.h"
@@ -77,6 +80,9 @@ private:
     LinuxRandomSource random_;
     LinuxSounds sounds_;
     LinuxThumbnails thumbnails_;
+    LinuxDisplays displays_;
+    LinuxHardware hardware_;
+    LinuxChildProcesses childProcesses_;
     Desktop services_;
 };
 

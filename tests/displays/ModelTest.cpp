@@ -109,13 +109,13 @@ TEST(SnapshotTest, SpeedsAreShortened) {
 }
 
 TEST(SnapshotTest, ReadsEveryField) {
-    const auto snapshot = parseSnapshot(R"({"ports":[{"name":"左侧","connectionActive":true,"videoOnly":false,
+    const auto snapshot = parseSnapshot(R"json({"ports":[{"name":"左侧","connectionActive":true,"videoOnly":false,
         "transports":{"active":["CC","USB3",5]},"charging":{"summary":"Plugged in, charging on hold"},
         "displays":[{"monitorName":"A","branchDevice":"Hub","sinkType":"HDMI","lanes":4,"rate":5.4}],
         "cable":{"maxWatts":100,"speed":"USB4 (40 Gbps)","vendorName":"X","vendorID":1452,"currentRating":"5 A",
                  "maxVolts":20,"certification":{"listings":[{"model":"M"},{}]}},
         "powerSources":[{"name":"USB-PD","negotiated":{"powerW":60,"voltageV":20,"currentA":3},"maxPowerW":96.5}],
-        "devices":[{"name":"盘","speed":"10 Gbps"}]}]})");
+        "devices":[{"name":"盘","speed":"10 Gbps"}]}]})json");
     ASSERT_TRUE(snapshot);
     ASSERT_EQ(snapshot->ports.size(), 1U);
     const Port& port = snapshot->ports[0];

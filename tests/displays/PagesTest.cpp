@@ -112,14 +112,14 @@ TEST_F(PagesTest, NoConnections) {
                                           "公开模块。\n"));
 }
 
-constexpr const char* fullPort = R"({"ports":[{"name":"端口 1","connectionActive":true,
+constexpr const char* fullPort = R"json({"ports":[{"name":"端口 1","connectionActive":true,
     "transports":{"active":["CC","USB2","DisplayPort"]},
     "displays":[{"monitorName":"DELL","branchDevice":"Hub","sinkType":"HDMI","lanes":4,"rate":"HBR2"},{}],
     "cable":{"maxWatts":100,"speed":"USB 3.2 Gen 2 (10 Gbps)","vendorName":"Cable Co","vendorID":1452,
              "currentRating":"5 A","maxVolts":20,"certification":{"listings":[{"model":"C100"}]}},
     "powerSources":[{"name":"USB-PD","negotiated":{"powerW":59.96,"voltageV":20,"currentA":2.998},"maxPowerW":96}],
     "charging":{"summary":"Plugged in, charging on hold"},
-    "devices":[{"name":"硬盘","speed":"10 Gbps"},{}]}]})";
+    "devices":[{"name":"硬盘","speed":"10 Gbps"},{}]}]})json";
 
 TEST_F(PagesTest, APortWithEverything) {
     selected_ = connectionsPage;
