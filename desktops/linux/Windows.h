@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktops/linux/Pictures.h"
+#include "desktops/linux/Theme.h"
 #include "platform/Handle.h"
 #include "platform/Window.h"
 
@@ -35,6 +36,10 @@ public:
     LayerTicker& ticker() const { return ticker_; }
     const Pictures& pictures() const { return pictures_; }
     const LinuxAppearance& appearance() const { return appearance_; }
+    // Of windows that are always dark.
+    const Theme& darkTheme() const { return darkTheme_; }
+    bool isApplicationActive() const override;
+    bool hasKeyWindow() const override;
 
 private:
     friend class LinuxWindow;
@@ -45,6 +50,7 @@ private:
     LayerTicker& ticker_;
     Pictures pictures_;
     LinuxAppearance& appearance_;
+    Theme darkTheme_ = Theme::make(true, {});
     std::vector<LinuxWindow*> windows_;
     Handle appearanceChanges_;
 };

@@ -112,7 +112,7 @@ TEST_F(StandbyTest, ADisplayThatVanishesInStandbyStaysOnceAndCanBeWoken) {
         EXPECT_FALSE(controller().rows()[1].online);
         EXPECT_EQ(controller().rows()[1].uuid, "bus-3");
     }
-    window().clickButton("唤醒");
+    controller().wake(1);
     desktop_.advance(0.5);
     EXPECT_EQ(desktop_.childProcesses().commands().back(), "DisplayHelper wake bus-3");
     EXPECT_EQ(status(1), "已唤醒");
