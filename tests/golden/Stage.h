@@ -40,6 +40,9 @@ struct Stage {
                 .random = given.random,
                 .sounds = given.sounds,
                 .thumbnails = thumbnails,
+                .displays = given.displays,
+                .hardware = given.hardware,
+                .childProcesses = given.childProcesses,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {
