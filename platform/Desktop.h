@@ -9,23 +9,28 @@ class ChildProcesses;
 class Displays;
 class EventMonitors;
 class Files;
+class FrontFolder;
 class Hardware;
 class HotKeys;
 class LayerRenderer;
 class Log;
 class Panels;
 class Pointer;
+class QuickActions;
 class RandomSource;
 class RunLoop;
+class SavePanels;
 class Screens;
 class SessionLock;
 class Sounds;
 class StatusBar;
 class TextMeter;
 class Thumbnails;
+class URLSessions;
 class Updates;
 class UserDefaults;
 class Windows;
+class Workspace;
 
 // Everything the product may ask of the desktop it runs on. The services outlive whoever is given this.
 struct Desktop {
@@ -52,6 +57,11 @@ struct Desktop {
     Displays& displays;
     Hardware& hardware;
     ChildProcesses& childProcesses;
+    Workspace& workspace;
+    FrontFolder& frontFolder;
+    SavePanels& savePanels;
+    QuickActions& quickActions;
+    URLSessions& urlSessions;
     Log& log;
 };
 

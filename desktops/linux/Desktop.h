@@ -7,6 +7,7 @@
 #include "desktops/linux/Displays.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/Files.h"
+#include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/Hardware.h"
 #include "desktops/linux/HotKeys.h"
 #include "desktops/linux/LayerPainter.h"
@@ -14,8 +15,10 @@
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
+#include "desktops/linux/SavePanels.h"
 #include "desktops/linux/Screens.h"
 #include "desktops/linux/SessionLock.h"
 #include "desktops/linux/Sounds.h"
@@ -23,9 +26,11 @@
 #include "desktops/linux/Symbols.h"
 #include "desktops/linux/TextMeter.h"
 #include "desktops/linux/Thumbnails.h"
+#include "desktops/linux/URLSessions.h"
 #include "desktops/linux/Updates.h"
 #include "desktops/linux/UserDefaults.h"
 #include "desktops/linux/Windows.h"
+#include "desktops/linux/Workspace.h"
 #include "desktops/linux/XConnection.h"
 #include "platform/Desktop.h"
 
@@ -83,6 +88,11 @@ private:
     LinuxDisplays displays_;
     LinuxHardware hardware_;
     LinuxChildProcesses childProcesses_;
+    LinuxWorkspace workspace_;
+    LinuxFrontFolder frontFolder_;
+    LinuxSavePanels savePanels_;
+    LinuxQuickActions quickActions_;
+    LinuxURLSessions urlSessions_;
     Desktop services_;
 };
 

@@ -38,6 +38,11 @@ VirtualDesktop::VirtualDesktop()
                  .displays = displays_,
                  .hardware = hardware_,
                  .childProcesses = childProcesses_,
+                 .workspace = workspace_,
+                 .frontFolder = frontFolder_,
+                 .savePanels = savePanels_,
+                 .quickActions = quickActions_,
+                 .urlSessions = urlSessions_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

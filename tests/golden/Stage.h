@@ -43,6 +43,11 @@ struct Stage {
                 .displays = given.displays,
                 .hardware = given.hardware,
                 .childProcesses = given.childProcesses,
+                .workspace = given.workspace,
+                .frontFolder = given.frontFolder,
+                .savePanels = given.savePanels,
+                .quickActions = given.quickActions,
+                .urlSessions = given.urlSessions,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {
