@@ -3,9 +3,12 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/ChildProcesses.h"
+#include "desktops/macos/Displays.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FrontFolder.h"
+#include "desktops/macos/Hardware.h"
 #include "desktops/macos/HotKeys.h"
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
@@ -61,6 +64,9 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
+    MacDisplays displays_;
+    MacHardware hardware_;
+    MacChildProcesses childProcesses_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
@@ -86,6 +92,9 @@ private:
                      .random = random_,
                      .sounds = sounds_,
                      .thumbnails = thumbnails_,
+                     .displays = displays_,
+                     .hardware = hardware_,
+                     .childProcesses = childProcesses_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,
