@@ -1,5 +1,6 @@
 #include "desktops/linux/ChoiceWidgets.h"
 
+#include <QAbstractItemView>
 #include <QWheelEvent>
 
 #include <utility>
@@ -63,6 +64,8 @@ bool PopUpWidget::show(ViewContent& content) {
         addItems(items);
     }
     popUp_ = std::move(*popUp);
+    // The list is a window of its own and would be light in a dark one.
+    view()->setPalette(window()->palette());
     setCurrentIndex(count() == 0 ? -1 : static_cast<int>(popUp_.selected.value_or(0)));
     setEnabled(popUp_.enabled);
     return true;

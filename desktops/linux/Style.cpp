@@ -235,6 +235,7 @@ int LinuxStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
         return 120;
     case SH_Menu_KeyboardSearch:
         return 1;
+    case SH_ComboBox_Popup: // a list of limited length below it
     case SH_UnderlineShortcut:
     case SH_EtchDisabledText:
     case SH_DitherDisabledText:
