@@ -26,7 +26,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     updateFeed_.startUpdater();
 
     createStatusMenu();
-    displayController_ = std::make_unique<DisplayController>(desktop_);
+    createDisplayController();
     startFeatures();
     newTextFile_.installTextQuickAction();
 
@@ -96,9 +96,15 @@ void AppDelegate::updateHotKeyMenuText() {
 
 void AppDelegate::showDisplays() {
     if (!displayController_) {
-        displayController_ = std::make_unique<DisplayController>(desktop_);
+        createDisplayController();
     }
     displayController_->show();
+}
+
+void AppDelegate::createDisplayController() {
+    displayController_ = std::make_unique<DisplayController>(
+        desktop_, DisplayController::QuickActions{.lockAndSleep = [this] { lockAndSleep(); },
+                                                  .showHotKeySettings = [this] { showHotKeySettings(); }});
 }
 
 void AppDelegate::applicationNewTextFile(const std::optional<std::string>& folder) {

@@ -54,6 +54,7 @@ public:
 
 private:
     void createStatusMenu();
+    void createDisplayController();
     MenuItem menuItem(const std::string& title, const std::string& symbol, void (AppDelegate::*action)());
     MenuItem submenuItem(const std::string& title, const std::string& symbol, std::shared_ptr<Menu> menu) const;
     void updateHotKeyMenuText();

@@ -11,6 +11,9 @@ const std::vector<View>* childrenOf(const View& view) {
     if (const auto* box = std::get_if<BoxView>(&view.content)) {
         return &box->child;
     }
+    if (const auto* scroll = std::get_if<ScrollView>(&view.content)) {
+        return &scroll->child;
+    }
     return nullptr;
 }
 

@@ -18,7 +18,7 @@ namespace rb {
 
 struct View;
 
-enum class TextColor { Label, SecondaryLabel, TertiaryLabel };
+enum class TextColor { Label, SecondaryLabel, TertiaryLabel, SystemGreen, SystemBlue };
 
 struct LabelView {
     std::string text = {};
@@ -34,6 +34,28 @@ struct ButtonView {
     std::string keyEquivalent = {}; // "\r" makes it the default button
     bool enabled = true;
     Image image = {};
+    // Without a border title and image stand alone, on whatever is behind, and start at the left edge.
+    bool bordered = true;
+    // Of title and image in a button without a border.
+    TextColor contentColor = TextColor::Label;
+    // A bezel in the system's blue.
+    bool prominent = false;
+};
+
+struct CheckBoxView {
+    std::string title = {};
+    bool on = false;
+    std::function<void(bool on)> action = {};
+};
+
+// A button that shows the selected one of its items and lets the user select another.
+struct PopUpView {
+    std::vector<std::string> items = {};
+    // Nothing: the first, when there are items.
+    std::optional<std::size_t> selected = std::nullopt;
+    bool enabled = true;
+    // The user selected an item, which the button then shows by itself.
+    std::function<void(std::size_t index)> selectionChanged = {};
 };
 
 struct ImageView {
@@ -44,10 +66,13 @@ struct ImageView {
 enum class Orientation { Horizontal, Vertical };
 // Across the stack's direction. Fill stretches children to the whole breadth.
 enum class StackAlignment { Leading, Center, Fill };
+// Along it. FillEqually gives every child the same length.
+enum class StackDistribution { Natural, FillEqually };
 
 struct StackView {
     Orientation orientation = Orientation::Vertical;
     StackAlignment alignment = StackAlignment::Leading;
+    StackDistribution distribution = StackDistribution::Natural;
     double spacing = 0;
     Insets insets = {};
     std::vector<View> children; // no initialiser: Clang would need the whole View here
@@ -55,6 +80,14 @@ struct StackView {
 
 // Takes the space that the other children of its stack leave.
 struct SpacerView {};
+
+// Shows the part of its child that fits and lets the user scroll up and down. The child is as wide as the area.
+struct ScrollView {
+    std::vector<View> child; // at most one
+};
+
+// What a box is made of, where the system has materials; a plain colour of that purpose elsewhere.
+enum class Material { None, Sidebar };
 
 enum class BoxContentPlacement { Fill, Center };
 
@@ -64,6 +97,7 @@ struct BoxView {
     std::shared_ptr<Layer> layer = {};
     Insets insets = {};
     BoxContentPlacement placement = BoxContentPlacement::Fill;
+    Material material = Material::None;
     std::vector<View> child; // at most one
 
     bool acceptsFirstResponder = false;
@@ -80,7 +114,8 @@ struct BoxView {
     std::function<void()> updateLayer = {};
 };
 
-using ViewContent = std::variant<LabelView, ButtonView, ImageView, StackView, SpacerView, BoxView>;
+using ViewContent =
+    std::variant<LabelView, ButtonView, ImageView, StackView, SpacerView, BoxView, ScrollView, CheckBoxView, PopUpView>;
 
 struct View {
     ViewContent content = {};
@@ -89,6 +124,10 @@ struct View {
     std::optional<double> height = std::nullopt;
     // Space to the next child of the stack, instead of the stack's spacing.
     std::optional<double> spacingAfter = std::nullopt;
+    // Along its stack it takes the space that the others leave, as a spacer does.
+    bool expands = false;
+    // Across its stack it takes the whole breadth, whatever the stack's alignment.
+    bool fillsBreadth = false;
     std::string toolTip = {};
 };
 

@@ -119,6 +119,19 @@ void AlertDialog::present() {
     raise();
 }
 
+void AlertDialog::presentOn(QWidget& window) {
+    adjustSize();
+    setWindowModality(Qt::WindowModal);
+    // With the flags that it has: a new parent would give it others.
+    setParent(&window, windowFlags());
+    setPalette(QApplication::palette());
+    const QRect area = window.frameGeometry();
+    const QSize size = sizeHint();
+    move(area.left() + (area.width() - size.width()) / 2, area.top() + (area.height() - size.height()) / 3);
+    show();
+    raise();
+}
+
 void AlertDialog::closeEvent(QCloseEvent* event) {
     event->ignore();
     reject();

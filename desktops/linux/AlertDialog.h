@@ -19,6 +19,8 @@ public:
 
     // On the screen with the pointer, in front of the program's other windows.
     void present();
+    // Belonging to a window, which waits for the answer; over its middle.
+    void presentOn(QWidget& window);
     // In the order of the alert's list.
     const std::vector<QPushButton*>& buttons() const { return buttons_; }
 

@@ -3,10 +3,12 @@
 #include "desktops/linux/KeyCodes.h"
 #include "desktops/linux/LayerGeometry.h"
 #include "desktops/linux/LayerSurface.h"
+#include "desktops/linux/Theme.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 
 #include <algorithm>
 #include <utility>
@@ -157,7 +159,16 @@ void BoxWidget::showLayer() {
     }
 }
 
+void BoxWidget::setLayerOpacity(double opacity) {
+    layerOpacity_ = opacity;
+    surroundings_.canvas().update();
+}
+
 void BoxWidget::paintLayer(QPainter& painter, const QRectF& area) {
+    painter.setOpacity(layerOpacity_);
+    if (box_.material == Material::Sidebar) {
+        painter.fillRect(areaOnCanvas(), surroundings_.theme().sidebar);
+    }
     if (surface_) {
         surface_->paint(painter, area);
     }

@@ -35,6 +35,8 @@ public:
     // The window came onto the screen, or went. The layer is shown once it has its place.
     void setOnScreen(bool onScreen);
     void paintLayer(QPainter& painter, const QRectF& area);
+    // Of material and layer on the canvas, for entrances.
+    void setLayerOpacity(double opacity);
     // Gives up the layer and the keyboard: the view is no longer part of the window.
     void leave();
 
@@ -57,6 +59,7 @@ private:
     std::unique_ptr<LayerSurface> surface_;
     bool onScreen_ = false;
     bool entered_ = false;
+    double layerOpacity_ = 1;
 };
 
 } // namespace rb

@@ -18,9 +18,14 @@ public:
     void themeChanged() override;
 
     const std::string& keyEquivalent() const { return button_.keyEquivalent; }
-    bool isDefault() const { return button_.keyEquivalent == "\r"; }
+    bool isDefault() const { return button_.keyEquivalent == "\r" || button_.prominent; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 
 private:
+    void paintPlain();
+
     ContentSurroundings& surroundings_;
     ButtonView button_;
 };

@@ -31,6 +31,8 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , sounds_(log)
     , pasteboards_(*connection_, runLoop_, log)
     , archives_(dataFolder(), log)
+    , displays_(*connection_, runLoop_)
+    , childProcesses_(runLoop_)
     , workspace_(log)
     , frontFolder_(*connection_)
     , savePanels_(windows_)
@@ -59,6 +61,9 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
                 .pasteboards = pasteboards_,
                 .archives = archives_,
                 .byteCounts = byteCounts_,
+                .displays = displays_,
+                .hardware = hardware_,
+                .childProcesses = childProcesses_,
                 .workspace = workspace_,
                 .frontFolder = frontFolder_,
                 .savePanels = savePanels_,

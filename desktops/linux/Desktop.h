@@ -5,9 +5,12 @@
 #include "desktops/linux/Application.h"
 #include "desktops/linux/Archives.h"
 #include "desktops/linux/ByteCounts.h"
+#include "desktops/linux/ChildProcesses.h"
+#include "desktops/linux/Displays.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/Files.h"
 #include "desktops/linux/FrontFolder.h"
+#include "desktops/linux/Hardware.h"
 #include "desktops/linux/HotKeys.h"
 #include "desktops/linux/LayerPainter.h"
 #include "desktops/linux/LayerRenderer.h"
@@ -90,6 +93,9 @@ private:
     LinuxPasteboards pasteboards_;
     LinuxArchives archives_;
     LinuxByteCounts byteCounts_;
+    LinuxDisplays displays_;
+    LinuxHardware hardware_;
+    LinuxChildProcesses childProcesses_;
     LinuxWorkspace workspace_;
     LinuxFrontFolder frontFolder_;
     LinuxSavePanels savePanels_;

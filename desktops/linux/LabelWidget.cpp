@@ -25,6 +25,8 @@ Qt::Alignment alignmentOf(TextAlignment alignment) {
     return Qt::AlignLeft;
 }
 
+} // namespace
+
 const QColor& colorOf(TextColor color, const Theme& theme) {
     switch (color) {
     case TextColor::Label:
@@ -33,11 +35,13 @@ const QColor& colorOf(TextColor color, const Theme& theme) {
         return theme.secondaryLabel;
     case TextColor::TertiaryLabel:
         return theme.tertiaryLabel;
+    case TextColor::SystemGreen:
+        return theme.green;
+    case TextColor::SystemBlue:
+        return theme.blue;
     }
     return theme.label;
 }
-
-} // namespace
 
 LabelWidget::LabelWidget(QWidget& parent, ContentSurroundings& surroundings)
     : QLabel(&parent)

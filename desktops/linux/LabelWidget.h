@@ -2,9 +2,13 @@
 
 #include "desktops/linux/RealizedView.h"
 
+#include <QColor>
 #include <QLabel>
 
 namespace rb {
+
+// The colour of texts of that kind.
+const QColor& colorOf(TextColor color, const Theme& theme);
 
 // A text, on one line (shortened in the middle where it doesn't fit) or wrapped.
 class LabelWidget final : public QLabel, public RealizedView {

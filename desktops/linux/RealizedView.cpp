@@ -1,8 +1,10 @@
 #include "desktops/linux/RealizedView.h"
 #include "desktops/linux/BoxWidget.h"
 #include "desktops/linux/ButtonWidget.h"
+#include "desktops/linux/ChoiceWidgets.h"
 #include "desktops/linux/ImageWidget.h"
 #include "desktops/linux/LabelWidget.h"
+#include "desktops/linux/ScrollWidget.h"
 #include "desktops/linux/StackWidget.h"
 #include "desktops/linux/ToolTip.h"
 
@@ -24,6 +26,9 @@ struct Maker {
     RealizedView* operator()(const StackView& /*stack*/) const { return new StackWidget(parent, surroundings); }
     RealizedView* operator()(const SpacerView& /*spacer*/) const { return new SpacerWidget(parent); }
     RealizedView* operator()(const BoxView& /*box*/) const { return new BoxWidget(parent, surroundings); }
+    RealizedView* operator()(const ScrollView& /*scroll*/) const { return new ScrollWidget(parent, surroundings); }
+    RealizedView* operator()(const CheckBoxView& /*box*/) const { return new CheckBoxWidget(parent); }
+    RealizedView* operator()(const PopUpView& /*popUp*/) const { return new PopUpWidget(parent); }
 };
 
 } // namespace
@@ -33,6 +38,8 @@ void RealizedView::takeCommon(const View& view) {
     width_ = view.width;
     height_ = view.height;
     spacingAfter_ = view.spacingAfter;
+    expands_ = view.expands;
+    fillsBreadth_ = view.fillsBreadth;
     const QString toolTip = view.toolTip.empty() ? QString() : plainToolTip(view.toolTip);
     if (widget().toolTip() != toolTip) {
         widget().setToolTip(toolTip);

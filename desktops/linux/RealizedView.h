@@ -57,12 +57,17 @@ public:
     void place(const QRectF& frame);
     const std::string& identifier() const { return identifier_; }
     double gapAfter(double spacing) const { return spacingAfter_.value_or(spacing); }
+    // Takes the space along its stack that the others leave.
+    bool takesSpace() const { return expands_ || isSpacer(); }
+    bool fillsBreadth() const { return fillsBreadth_; }
 
 private:
     std::string identifier_;
     std::optional<double> width_;
     std::optional<double> height_;
     std::optional<double> spacingAfter_;
+    bool expands_ = false;
+    bool fillsBreadth_ = false;
 };
 
 // Shows the view in place of `existing` (may be null), in its widget when it can keep it, else in a new child of the

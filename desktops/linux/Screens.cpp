@@ -1,6 +1,7 @@
 #include "desktops/linux/Screens.h"
 
 #include "desktops/linux/ScreenSpace.h"
+#include "helpers/linux/shared/Randr.h"
 #include "platform/RunLoop.h"
 
 #include <QGuiApplication>
@@ -16,6 +17,8 @@ namespace {
 
 // Strut windows are few; whoever lists more windows than this has other worries.
 constexpr std::size_t mostWindows = 4096;
+// X identifiers have 29 bits.
+constexpr std::uint32_t firstFreeNumber = 0x80000000U;
 
 std::int32_t bounded(std::uint32_t value) {
     constexpr std::uint32_t widestDesktop = 65535;
@@ -240,8 +243,19 @@ std::vector<Strut> LinuxScreens::struts() const {
 }
 
 std::uint32_t LinuxScreens::idOf(const QScreen& screen) const {
-    const auto next = static_cast<std::uint32_t>(ids_.size() + 1);
-    return ids_.emplace(screen.name().toStdString(), next).first->second;
+    const std::string name = screen.name().toStdString();
+    if (const auto known = ids_.find(name); known != ids_.end()) {
+        return known->second;
+    }
+    // The number of its output; a screen that is none, such as a monitor made by hand, gets one that no output has.
+    std::uint32_t number = firstFreeNumber + static_cast<std::uint32_t>(ids_.size());
+    if (const auto state = readRandr(connection_.get(), connection_.root())) {
+        for (const RandrOutput& output : state->outputs) {
+            number = output.name == name ? output.id : number;
+        }
+    }
+    connection_.deliverQueuedEvents();
+    return ids_.emplace(name, number).first->second;
 }
 
 Screen LinuxScreens::describe(const QScreen& screen) const {

@@ -1,5 +1,11 @@
 #include "desktops/linux/StackWidget.h"
 
+#include "desktops/linux/BoxWidget.h"
+#include "motion/TimingCurve.h"
+
+#include <QGraphicsOpacityEffect>
+#include <QVariantAnimation>
+
 #include <algorithm>
 #include <utility>
 
@@ -21,6 +27,7 @@ bool StackWidget::show(ViewContent& content) {
     }
     std::vector<View> wanted = std::exchange(stack->children, {});
     stack_ = std::move(*stack);
+    endEntrance();
     std::vector<RealizedView*> previous = std::exchange(views_, {});
     for (std::size_t i = 0; i < wanted.size(); ++i) {
         RealizedView* existing = i < previous.size() ? previous[i] : nullptr;
@@ -39,12 +46,22 @@ double StackWidget::gapAfter(std::size_t index) const {
 StackWidget::Measured StackWidget::measure(double availableWidth) const {
     const double width = std::max(availableWidth - stack_.insets.left - stack_.insets.right, 0.0);
     Measured measured;
+    double gaps = 0;
     for (std::size_t i = 0; i < views_.size(); ++i) {
-        const QSizeF size = views_[i]->fittingSize(width);
+        gaps += gapAfter(i);
+    }
+    const double share = views_.empty() ? 0 : std::max(width - gaps, 0.0) / static_cast<double>(views_.size());
+    for (std::size_t i = 0; i < views_.size(); ++i) {
+        QSizeF size = views_[i]->fittingSize(isEqually() ? share : width);
+        if (isEqually()) {
+            size.setWidth(share);
+        } else if (views_[i]->takesSpace()) {
+            isVertical() ? size.setHeight(0) : size.setWidth(0);
+        }
         measured.sizes.push_back(size);
         measured.length += along(size) + gapAfter(i);
         measured.breadth = std::max(measured.breadth, across(size));
-        measured.spacers += views_[i]->isSpacer() ? 1 : 0;
+        measured.spacers += !isEqually() && views_[i]->takesSpace() ? 1 : 0;
     }
     if (!isVertical() && measured.length > width) {
         // Too much for one row: the widest gives way, which shortens or wraps its text.
@@ -74,16 +91,69 @@ void StackWidget::layOut() {
     const double left = std::max(along(area) - measured.length, 0.0);
     const double share = measured.spacers > 0 ? left / measured.spacers : 0;
     double offset = 0;
+    frames_.clear();
     for (std::size_t i = 0; i < views_.size(); ++i) {
-        const double length = along(measured.sizes[i]) + (views_[i]->isSpacer() ? share : 0);
+        const double length = along(measured.sizes[i]) + (!isEqually() && views_[i]->takesSpace() ? share : 0);
         const double natural = std::min(across(measured.sizes[i]), across(area));
-        const double breadth = stack_.alignment == StackAlignment::Fill ? across(area) : natural;
+        const bool fills = stack_.alignment == StackAlignment::Fill || views_[i]->fillsBreadth();
+        const double breadth = fills ? across(area) : natural;
         const double aside = stack_.alignment == StackAlignment::Center ? (across(area) - breadth) / 2 : 0;
         const QPointF corner(stack_.insets.left + (isVertical() ? aside : offset),
                              stack_.insets.top + (isVertical() ? offset : aside));
         const QSizeF size = isVertical() ? QSizeF(breadth, length) : QSizeF(length, breadth);
-        views_[i]->place({corner, size});
+        frames_.emplace_back(corner, size);
+        views_[i]->place(frames_.back());
         offset += length + gapAfter(i);
+    }
+}
+
+void StackWidget::reveal(const Reveal& reveal) {
+    endEntrance();
+    if (views_.empty() || frames_.size() != views_.size()) {
+        return;
+    }
+    for (RealizedView* view : views_) {
+        view->widget().setGraphicsEffect(new QGraphicsOpacityEffect(&view->widget())); // the widget's own from now on
+    }
+    const double length =
+        reveal.duration + reveal.delay * static_cast<double>(std::min(views_.size() - 1, reveal.last));
+    entrance_ = new QVariantAnimation(this);
+    entrance_->setStartValue(0.0);
+    entrance_->setEndValue(length);
+    entrance_->setDuration(static_cast<int>(length * 1000));
+    connect(entrance_, &QVariantAnimation::valueChanged, this,
+            [this, reveal](const QVariant& seconds) { showEntrance(reveal, seconds.toDouble()); });
+    connect(entrance_, &QVariantAnimation::finished, this, [this] { endEntrance(); });
+    showEntrance(reveal, 0);
+    entrance_->start();
+}
+
+void StackWidget::showEntrance(const Reveal& reveal, double seconds) {
+    for (std::size_t i = 0; i < views_.size() && i < frames_.size(); ++i) {
+        const double begin = reveal.delay * static_cast<double>(std::min(i, reveal.last));
+        const double progress = RBEaseOut.at((seconds - begin) / reveal.duration);
+        if (auto* effect = qobject_cast<QGraphicsOpacityEffect*>(views_[i]->widget().graphicsEffect())) {
+            effect->setOpacity(progress);
+        }
+        if (auto* box = dynamic_cast<BoxWidget*>(views_[i])) {
+            box->setLayerOpacity(progress);
+        }
+        views_[i]->place(frames_[i].translated(0, reveal.slide * (1 - progress)));
+    }
+}
+
+void StackWidget::endEntrance() {
+    if (QVariantAnimation* ended = std::exchange(entrance_, nullptr)) {
+        ended->disconnect(this);
+        ended->stop();
+        ended->deleteLater();
+        for (std::size_t i = 0; i < views_.size() && i < frames_.size(); ++i) {
+            views_[i]->widget().setGraphicsEffect(nullptr);
+            if (auto* box = dynamic_cast<BoxWidget*>(views_[i])) {
+                box->setLayerOpacity(1);
+            }
+            views_[i]->place(frames_[i]);
+        }
     }
 }
 

@@ -1,10 +1,13 @@
 #pragma once
 
 #include "desktops/linux/RealizedView.h"
+#include "platform/Window.h"
 
 #include <QWidget>
 
 #include <vector>
+
+class QVariantAnimation;
 
 namespace rb {
 
@@ -19,7 +22,14 @@ public:
     void layOut() override;
     std::vector<RealizedView*> children() const override { return views_; }
 
+    // Lets the children come into view one after another.
+    void reveal(const Reveal& reveal);
+
 private:
+    // Of the entrance, after that many seconds; the end takes its traces away.
+    void showEntrance(const Reveal& reveal, double seconds);
+    void endEntrance();
+
     struct Measured {
         std::vector<QSizeF> sizes;
         double length = 0; // along the stack, gaps included
@@ -32,9 +42,13 @@ private:
     double across(const QSizeF& size) const { return isVertical() ? size.width() : size.height(); }
     double gapAfter(std::size_t index) const;
 
+    bool isEqually() const { return stack_.distribution == StackDistribution::FillEqually && !isVertical(); }
+
     ContentSurroundings& surroundings_;
     StackView stack_; // without its children
     std::vector<RealizedView*> views_;
+    std::vector<QRectF> frames_; // of the views, at rest
+    QVariantAnimation* entrance_ = nullptr;
 };
 
 // Takes the room that is left.

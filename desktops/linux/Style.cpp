@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleOption>
+#include <QStyleOptionComboBox>
 #include <QToolTip>
 
 #include <algorithm>
@@ -28,7 +29,9 @@ constexpr int ringWidth = LinuxStyle::focusRingWidth;
 
 LinuxStyle::LinuxStyle(const Theme& theme)
     : QProxyStyle(QStringLiteral("Fusion"))
-    , theme_(theme) {}
+    , theme_(theme) {
+    setTheme(theme);
+}
 
 QFont LinuxStyle::interfaceFont(const QFont& session) {
     QFont font = session;
@@ -44,7 +47,11 @@ QFont LinuxStyle::interfaceFont(const QFont& session) {
     return font;
 }
 
-void LinuxStyle::drawButton(const QStyleOption& option, QPainter& painter, bool destructive) const {
+const Theme& LinuxStyle::themeOf(const QWidget* widget) const {
+    return widget && widget->window()->property(darkProperty).toBool() ? dark_ : theme_;
+}
+
+void LinuxStyle::drawButton(const QStyleOption& option, QPainter& painter, const Theme& theme, bool destructive) {
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(&option);
     const bool isDefault = button && (button->features & QStyleOptionButton::DefaultButton) != 0;
     const bool enabled = (option.state & State_Enabled) != 0;
@@ -54,24 +61,24 @@ void LinuxStyle::drawButton(const QStyleOption& option, QPainter& painter, bool 
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     if (enabled && (option.state & State_HasFocus) != 0 && (option.state & State_KeyboardFocusChange) != 0) {
-        QColor ring = theme_.accent;
+        QColor ring = theme.accent;
         ring.setAlphaF(0.45F);
         painter.setPen(QPen(ring, ringWidth));
         painter.drawRoundedRect(body.adjusted(-1, -1, 1, 1), buttonRadius + 1, buttonRadius + 1);
     }
-    QColor fill = pressed ? theme_.buttonPressed : theme_.button;
-    QColor edge = theme_.buttonBorder;
+    QColor fill = pressed ? theme.buttonPressed : theme.button;
+    QColor edge = theme.buttonBorder;
     if (isDefault && enabled) {
-        const QColor& loud = destructive ? theme_.destructive : theme_.accent;
+        const QColor& loud = destructive ? theme.destructive : theme.accent;
         fill = pressed ? loud.darker(118) : loud;
-        edge = theme_.dark ? QColor(255, 255, 255, 26) : QColor(0, 0, 0, 30);
+        edge = theme.dark ? QColor(255, 255, 255, 26) : QColor(0, 0, 0, 30);
     } else if (!enabled) {
         fill.setAlphaF(0.45F);
         edge.setAlphaF(edge.alphaF() * 0.6F);
     } else if ((option.state & State_MouseOver) != 0 && !pressed) {
-        fill = theme_.dark ? fill.lighter(110) : fill.darker(103);
+        fill = theme.dark ? fill.lighter(110) : fill.darker(103);
     }
-    if (!theme_.dark && enabled && !pressed) {
+    if (!theme.dark && enabled && !pressed) {
         // The faint shade under a light button that lifts it off the window.
         painter.setPen(Qt::NoPen);
         painter.setBrush(QColor(0, 0, 0, 16));
@@ -83,19 +90,46 @@ void LinuxStyle::drawButton(const QStyleOption& option, QPainter& painter, bool 
     painter.restore();
 }
 
+void LinuxStyle::drawPopUp(const QStyleOptionComplex& option, QPainter& painter, const Theme& theme) {
+    // A button of its width, whose ring would lie outside, and two small arrows.
+    QStyleOptionButton button;
+    button.QStyleOption::operator=(option);
+    button.rect = option.rect.adjusted(-ringWidth, -ringWidth, ringWidth, ringWidth);
+    drawButton(button, painter, theme, false);
+    const QPointF middle(option.rect.right() - 13.0, QRectF(option.rect).center().y());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen((option.state & State_Enabled) != 0 ? theme.secondaryLabel : theme.tertiaryLabel, 1.5,
+                        Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    for (const int direction : {-1, 1}) {
+        const QPointF tip = middle + QPointF(0, direction * 5.5);
+        painter.drawPolyline(QPolygonF{tip + QPointF(-3, direction * -3), tip, tip + QPointF(3, direction * -3)});
+    }
+    painter.restore();
+}
+
+void LinuxStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                                    const QWidget* widget) const {
+    if (control == CC_ComboBox) {
+        drawPopUp(*option, *painter, themeOf(widget));
+        return;
+    }
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
 void LinuxStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                              const QWidget* widget) const {
     switch (element) {
     case CE_PushButtonBevel:
-        drawButton(*option, *painter, widget && widget->property(destructiveProperty).toBool());
+        drawButton(*option, *painter, themeOf(widget), widget && widget->property(destructiveProperty).toBool());
         return;
     case CE_PushButtonLabel:
         if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
             QStyleOptionButton copy = *button;
             if ((copy.features & QStyleOptionButton::DefaultButton) != 0 && (copy.state & State_Enabled) != 0) {
-                copy.palette.setColor(QPalette::ButtonText, theme_.onAccent());
+                copy.palette.setColor(QPalette::ButtonText, themeOf(widget).onAccent());
             } else if (widget && widget->property(destructiveProperty).toBool()) {
-                copy.palette.setColor(QPalette::ButtonText, theme_.destructive);
+                copy.palette.setColor(QPalette::ButtonText, themeOf(widget).destructive);
             }
             // Pressed buttons darken; their text stays where it is.
             copy.state &= ~State_Sunken;
@@ -201,6 +235,7 @@ int LinuxStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
         return 120;
     case SH_Menu_KeyboardSearch:
         return 1;
+    case SH_ComboBox_Popup: // a list of limited length below it
     case SH_UnderlineShortcut:
     case SH_EtchDisabledText:
     case SH_DitherDisabledText:

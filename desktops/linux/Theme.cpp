@@ -31,6 +31,9 @@ Theme Theme::make(bool dark, const QColor& accent) {
         theme.separator = gray(255, 0.12);
         theme.bar = QColor(0x1F, 0x1F, 0x22);
         theme.toolTip = QColor(0x3A, 0x3A, 0x3E);
+        theme.sidebar = QColor(0x22, 0x22, 0x25);
+        theme.green = QColor(0x30, 0xD1, 0x58);
+        theme.blue = QColor(0x0A, 0x84, 0xFF);
     } else {
         theme.accent = accent.isValid() ? accent : QColor(0x00, 0x7A, 0xFF);
         theme.destructive = QColor(0xE0, 0x2E, 0x24);
@@ -47,6 +50,9 @@ Theme Theme::make(bool dark, const QColor& accent) {
         theme.separator = gray(0, 0.11);
         theme.bar = QColor(0xF6, 0xF6, 0xF8);
         theme.toolTip = QColor(0xFF, 0xFF, 0xFF);
+        theme.sidebar = QColor(0xE6, 0xE6, 0xEA);
+        theme.green = QColor(0x28, 0xA0, 0x45);
+        theme.blue = QColor(0x00, 0x7A, 0xFF);
     }
     return theme;
 }

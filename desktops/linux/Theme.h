@@ -23,6 +23,9 @@ struct Theme {
     QColor separator;
     QColor bar; // our own menu bar
     QColor toolTip;
+    QColor sidebar;
+    QColor green;
+    QColor blue;
 
     // An invalid accent takes the usual blue of that appearance.
     static Theme make(bool dark, const QColor& accent);

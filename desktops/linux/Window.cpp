@@ -1,11 +1,15 @@
 #include "desktops/linux/Window.h"
 
+#include "desktops/linux/AlertDialog.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/BoxWidget.h"
 #include "desktops/linux/ButtonWidget.h"
 #include "desktops/linux/KeyEquivalent.h"
 #include "desktops/linux/ProgramIcon.h"
 #include "desktops/linux/ScreenSpace.h"
+#include "desktops/linux/ScrollWidget.h"
+#include "desktops/linux/StackWidget.h"
+#include "desktops/linux/Style.h"
 #include "desktops/linux/Windows.h"
 #include "desktops/linux/XConnection.h"
 
@@ -56,6 +60,10 @@ public:
         setWindowTitle(QString::fromStdString(spec.title));
         setWindowIcon(programIcon());
         const QSize size(static_cast<int>(spec.contentSize.width), static_cast<int>(spec.contentSize.height));
+        if (spec.minimumSize) {
+            setMinimumSize(static_cast<int>(spec.minimumSize->width), static_cast<int>(spec.minimumSize->height));
+        }
+        setProperty(LinuxStyle::darkProperty, spec.dark);
         if (spec.resizable) {
             resize(size);
         } else {
@@ -74,13 +82,7 @@ protected:
     }
     void paintEvent(QPaintEvent* event) override {
         QPainter painter(this);
-        visit(window_.root_, [&](RealizedView& view) {
-            if (auto* box = dynamic_cast<BoxWidget*>(&view)) {
-                painter.save();
-                box->paintLayer(painter, event->rect());
-                painter.restore();
-            }
-        });
+        paintBoxes(window_.root_, painter, event->rect());
     }
     void keyPressEvent(QKeyEvent* event) override {
         if (!window_.pressKeyEquivalent(*event)) {
@@ -97,10 +99,12 @@ LinuxWindow::LinuxWindow(LinuxWindows& windows, const WindowSpec& spec)
     , spec_(spec)
     , topLevel_(std::make_unique<TopLevel>(*this, spec)) {
     windows_.add(*this);
+    usePalette();
 }
 
 LinuxWindow::~LinuxWindow() {
     windows_.remove(*this);
+    endSheet();
     firstResponder_ = nullptr; // nobody is told when the window itself goes
     showBoxes(false);
     root_ = nullptr;
@@ -240,7 +244,100 @@ Rect LinuxWindow::frame() const {
     return ScreenSpace::current().fromQt(QRectF(topLevel_->frameGeometry()));
 }
 
+void LinuxWindow::setFrame(const Rect& frame) {
+    // Qt places the frame and sizes the content.
+    const QRect place = ScreenSpace::current().toQt(frame).toRect();
+    const QSize around = topLevel_->frameGeometry().size() - topLevel_->size();
+    topLevel_->resize(place.size() - around);
+    topLevel_->move(place.topLeft());
+}
+
+void LinuxWindow::orderFront() {
+    const bool appears = !isVisible();
+    if (appears) {
+        topLevel_->setAttribute(Qt::WA_ShowWithoutActivating, true);
+        topLevel_->show();
+        topLevel_->setAttribute(Qt::WA_ShowWithoutActivating, false);
+    }
+    topLevel_->raise();
+    if (appears) {
+        layOut();
+        showBoxes(true);
+    }
+}
+
+bool LinuxWindow::isMiniaturized() const {
+    return topLevel_->isMinimized();
+}
+
+bool LinuxWindow::isKeyWindow() const {
+    return topLevel_->isActiveWindow();
+}
+
+Handle LinuxWindow::beginSheet(const Alert& alert, std::function<void(std::size_t button)> answer) {
+    endSheet();
+    const unsigned long number = ++sheetNumber_;
+    sheet_ = std::make_unique<AlertDialog>(alert, [this, number, answer = std::move(answer)](std::size_t button) {
+        if (number == sheetNumber_) {
+            endSheet();
+        }
+        if (answer) {
+            answer(button);
+        }
+    });
+    sheet_->presentOn(*topLevel_);
+    windows_.activate(*sheet_);
+    return Handle([this, number, alive = std::weak_ptr<int>(alive_)] {
+        if (!alive.expired() && number == sheetNumber_) {
+            endSheet();
+        }
+    });
+}
+
+void LinuxWindow::endSheet() {
+    // It may be in the middle of its own event.
+    if (AlertDialog* ended = sheet_.release()) {
+        ended->hide();
+        ended->setParent(nullptr);
+        ended->deleteLater();
+    }
+}
+
+RealizedView* LinuxWindow::find(const std::string& identifier) const {
+    RealizedView* found = nullptr;
+    visit(root_, [&](RealizedView& view) {
+        if (!found && view.identifier() == identifier) {
+            found = &view;
+        }
+    });
+    return found;
+}
+
+double LinuxWindow::scrollOffset(const std::string& identifier) const {
+    const auto* scroll = dynamic_cast<ScrollWidget*>(find(identifier));
+    return scroll ? scroll->offset() : 0;
+}
+
+void LinuxWindow::setScrollOffset(const std::string& identifier, double offset) {
+    if (auto* scroll = dynamic_cast<ScrollWidget*>(find(identifier))) {
+        scroll->setOffset(offset);
+    }
+}
+
+void LinuxWindow::reveal(const std::string& stackIdentifier, const Reveal& reveal) {
+    if (auto* stack = dynamic_cast<StackWidget*>(find(stackIdentifier))) {
+        stack->reveal(reveal);
+    }
+}
+
+void LinuxWindow::usePalette() {
+    if (spec_.dark) {
+        topLevel_->setPalette(theme().palette());
+    }
+}
+
 void LinuxWindow::themeChanged() {
+    usePalette();
     visit(root_, [](RealizedView& view) { view.themeChanged(); });
     topLevel_->update();
 }
@@ -258,7 +355,7 @@ const Pictures& LinuxWindow::pictures() const {
 }
 
 const Theme& LinuxWindow::theme() const {
-    return windows_.appearance().theme();
+    return spec_.dark ? windows_.darkTheme() : windows_.appearance().theme();
 }
 
 QWidget& LinuxWindow::canvas() {

@@ -9,6 +9,7 @@ class QKeyEvent;
 
 namespace rb {
 
+class AlertDialog;
 class BoxWidget;
 class LinuxWindows;
 
@@ -28,12 +29,25 @@ public:
     bool isVisible() const override;
     bool makeFirstResponder(const std::string& identifier) override;
     Rect frame() const override;
+    void setFrame(const Rect& frame) override;
+    void orderFront() override;
+    bool isMiniaturized() const override;
+    bool isKeyWindow() const override;
+    Handle beginSheet(const Alert& alert, std::function<void(std::size_t button)> answer) override;
+    double scrollOffset(const std::string& identifier) const override;
+    void setScrollOffset(const std::string& identifier, double offset) override;
+    void reveal(const std::string& stackIdentifier, const Reveal& reveal) override;
 
     void themeChanged();
     QWidget& topLevel() const;
+    // The question on the window; null when there is none.
+    AlertDialog* sheet() const { return sheet_.get(); }
 
 private:
     class TopLevel;
+    RealizedView* find(const std::string& identifier) const;
+    void usePalette();
+    void endSheet();
 
     LayerTicker& ticker() const override;
     const Pictures& pictures() const override;
@@ -54,6 +68,9 @@ private:
     std::unique_ptr<TopLevel> topLevel_;
     RealizedView* root_ = nullptr; // owned by the top level
     BoxWidget* firstResponder_ = nullptr;
+    std::unique_ptr<AlertDialog> sheet_;
+    unsigned long sheetNumber_ = 0;
+    std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };
 
 } // namespace rb

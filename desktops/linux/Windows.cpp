@@ -5,6 +5,7 @@
 #include "desktops/linux/Window.h"
 #include "desktops/linux/XConnection.h"
 
+#include <QApplication>
 #include <QWidget>
 
 #include <algorithm>
@@ -32,6 +33,14 @@ std::unique_ptr<Window> LinuxWindows::createWindow(const WindowSpec& spec) {
 std::size_t LinuxWindows::visibleCount() const {
     return static_cast<std::size_t>(
         std::count_if(windows_.begin(), windows_.end(), [](const LinuxWindow* window) { return window->isVisible(); }));
+}
+
+bool LinuxWindows::isApplicationActive() const {
+    return QGuiApplication::applicationState() == Qt::ApplicationActive;
+}
+
+bool LinuxWindows::hasKeyWindow() const {
+    return QApplication::activeWindow() != nullptr;
 }
 
 void LinuxWindows::activate(QWidget& window) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktops/linux/Pictures.h"
+#include "desktops/linux/Theme.h"
 #include "platform/Handle.h"
 #include "platform/Observers.h"
 #include "platform/Window.h"
@@ -37,6 +38,10 @@ public:
     const Pictures& pictures() const { return pictures_; }
     const LinuxAppearance& appearance() const { return appearance_; }
     Handle themeChanges(std::function<void()> changed) const { return themeChanges_.add(std::move(changed)); }
+    // Of windows that are always dark.
+    const Theme& darkTheme() const { return darkTheme_; }
+    bool isApplicationActive() const override;
+    bool hasKeyWindow() const override;
 
 private:
     friend class LinuxWindow;
@@ -47,6 +52,7 @@ private:
     LayerTicker& ticker_;
     Pictures pictures_;
     LinuxAppearance& appearance_;
+    Theme darkTheme_ = Theme::make(true, {});
     std::vector<LinuxWindow*> windows_;
     mutable Observers<> themeChanges_;
     Handle appearanceChanges_;

@@ -5,9 +5,12 @@
 #include "desktops/macos/Application.h"
 #include "desktops/macos/Archives.h"
 #include "desktops/macos/ByteCounts.h"
+#include "desktops/macos/ChildProcesses.h"
+#include "desktops/macos/Displays.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FrontFolder.h"
+#include "desktops/macos/Hardware.h"
 #include "desktops/macos/HotKeys.h"
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
@@ -69,6 +72,9 @@ private:
     MacPasteboards pasteboards_;
     MacArchives archives_{log_};
     MacByteCounts byteCounts_;
+    MacDisplays displays_;
+    MacHardware hardware_;
+    MacChildProcesses childProcesses_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
@@ -98,6 +104,9 @@ private:
                      .pasteboards = pasteboards_,
                      .archives = archives_,
                      .byteCounts = byteCounts_,
+                     .displays = displays_,
+                     .hardware = hardware_,
+                     .childProcesses = childProcesses_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,

@@ -22,6 +22,9 @@ public:
     ViewNode& operator=(const ViewNode&) = delete;
 
     NSView* native() const { return native_; }
+    // The scroll view of that subtree, or nil when this is none.
+    NSScrollView* scrollView() const;
+    const std::vector<std::unique_ptr<ViewNode>>& children() const { return children_; }
     // Whether update() can show it in place.
     bool isSameKind(const View& view) const;
     void update(const View& view);
@@ -38,6 +41,10 @@ private:
     void updateImage(const ImageView& image);
     void updateStack(const StackView& stack);
     void updateBox(const BoxView& box);
+    void updateScroll(const ScrollView& scroll);
+    void updateCheckBox(const CheckBoxView& box);
+    void updatePopUp(const PopUpView& popUp);
+    void setAction(std::function<void()> action);
     void setSize(std::optional<double> width, std::optional<double> height);
 
     std::size_t kind_;

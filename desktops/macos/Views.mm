@@ -28,6 +28,18 @@
 
 @end
 
+// The content of a scroll view, from the top downwards.
+@interface RBMacFlippedView : NSView
+@end
+
+@implementation RBMacFlippedView
+
+- (BOOL)isFlipped {
+    return YES;
+}
+
+@end
+
 namespace rb {
 
 namespace {
@@ -40,6 +52,10 @@ NSColor* textColor(TextColor color) {
         return NSColor.secondaryLabelColor;
     case TextColor::TertiaryLabel:
         return NSColor.tertiaryLabelColor;
+    case TextColor::SystemGreen:
+        return NSColor.systemGreenColor;
+    case TextColor::SystemBlue:
+        return NSColor.systemBlueColor;
     }
     return NSColor.labelColor;
 }
@@ -79,6 +95,27 @@ struct Create {
     NSView* operator()(const StackView&) const { return [[NSStackView alloc] initWithFrame:NSZeroRect]; }
     NSView* operator()(const SpacerView&) const { return [[NSView alloc] initWithFrame:NSZeroRect]; }
     NSView* operator()(const BoxView&) const { return [[RBMacBoxView alloc] initWithFrame:NSZeroRect]; }
+    NSView* operator()(const ScrollView&) const {
+        NSScrollView* scroll = [[NSScrollView alloc] initWithFrame:NSZeroRect];
+        scroll.hasVerticalScroller = YES;
+        scroll.drawsBackground = NO;
+        RBMacFlippedView* content = [[RBMacFlippedView alloc] initWithFrame:NSZeroRect];
+        content.translatesAutoresizingMaskIntoConstraints = NO;
+        scroll.documentView = content;
+        NSClipView* clip = scroll.contentView;
+        [NSLayoutConstraint activateConstraints:@[
+            [content.leadingAnchor constraintEqualToAnchor:clip.leadingAnchor],
+            [content.topAnchor constraintEqualToAnchor:clip.topAnchor],
+            [content.widthAnchor constraintEqualToAnchor:clip.widthAnchor]
+        ]];
+        return scroll;
+    }
+    NSView* operator()(const CheckBoxView&) const {
+        return [NSButton checkboxWithTitle:@"" target:nil action:nil];
+    }
+    NSView* operator()(const PopUpView&) const {
+        return [[NSPopUpButton alloc] initWithFrame:NSZeroRect pullsDown:NO];
+    }
 };
 
 } // namespace
@@ -130,6 +167,12 @@ void ViewNode::update(const View& view) {
         updateStack(*stack);
     } else if (const auto* box = std::get_if<BoxView>(&view.content)) {
         updateBox(*box);
+    } else if (const auto* scroll = std::get_if<ScrollView>(&view.content)) {
+        updateScroll(*scroll);
+    } else if (const auto* check = std::get_if<CheckBoxView>(&view.content)) {
+        updateCheckBox(*check);
+    } else if (const auto* popUp = std::get_if<PopUpView>(&view.content)) {
+        updatePopUp(*popUp);
     }
     setSize(width, height);
 }
@@ -155,18 +198,85 @@ void ViewNode::updateLabel(const LabelView& label) {
 }
 
 void ViewNode::updateButton(const ButtonView& button) {
-    if (buttonTarget_ == nil) {
-        buttonTarget_ = [[RBMacButtonTarget alloc] init];
-    }
-    [buttonTarget_ setAction:button.action];
+    setAction(button.action);
     NSButton* native = (NSButton*)native_;
     native.title = nsString(button.title);
-    native.target = buttonTarget_;
-    native.action = @selector(press:);
+    native.bordered = button.bordered ? YES : NO;
+    native.bezelColor = button.prominent ? NSColor.systemBlueColor : nil;
+    native.contentTintColor = button.bordered ? nil : textColor(button.contentColor);
     native.keyEquivalent = nsString(button.keyEquivalent);
     native.enabled = button.enabled ? YES : NO;
     native.image = nsImage(button.image);
     native.imagePosition = native.image != nil ? NSImageLeading : NSNoImage;
+}
+
+void ViewNode::setAction(std::function<void()> action) {
+    if (buttonTarget_ == nil) {
+        buttonTarget_ = [[RBMacButtonTarget alloc] init];
+    }
+    [buttonTarget_ setAction:std::move(action)];
+    NSControl* control = (NSControl*)native_;
+    control.target = buttonTarget_;
+    control.action = @selector(press:);
+}
+
+void ViewNode::updateCheckBox(const CheckBoxView& box) {
+    NSButton* native = (NSButton*)native_;
+    native.title = nsString(box.title);
+    native.state = box.on ? NSControlStateValueOn : NSControlStateValueOff;
+    __weak NSButton* button = native;
+    setAction([action = box.action, button] {
+        if (action) {
+            action(button.state == NSControlStateValueOn);
+        }
+    });
+}
+
+void ViewNode::updatePopUp(const PopUpView& popUp) {
+    NSPopUpButton* native = (NSPopUpButton*)native_;
+    [native removeAllItems];
+    for (const std::string& item : popUp.items) {
+        // Through the menu: a pop-up button drops an item of the same title.
+        [native.menu addItemWithTitle:nsString(item) action:nil keyEquivalent:@""];
+    }
+    if (!popUp.items.empty()) {
+        [native selectItemAtIndex:static_cast<NSInteger>(popUp.selected.value_or(0))];
+    }
+    native.enabled = popUp.enabled ? YES : NO;
+    __weak NSPopUpButton* button = native;
+    setAction([changed = popUp.selectionChanged, button] {
+        const NSInteger index = button.indexOfSelectedItem;
+        if (changed && index >= 0) {
+            changed(static_cast<std::size_t>(index));
+        }
+    });
+}
+
+NSScrollView* ViewNode::scrollView() const {
+    return [native_ isKindOfClass:NSScrollView.class] ? (NSScrollView*)native_ : nil;
+}
+
+void ViewNode::updateScroll(const ScrollView& scroll) {
+    NSView* content = scrollView().documentView;
+    if (scroll.child.empty()) {
+        for (const auto& child : children_) {
+            [child->native() removeFromSuperview];
+        }
+        children_.clear();
+        return;
+    }
+    children_.resize(1);
+    if (!render(children_.front(), scroll.child.front())) {
+        return;
+    }
+    NSView* child = children_.front()->native();
+    [content addSubview:child];
+    [NSLayoutConstraint activateConstraints:@[
+        [child.leadingAnchor constraintEqualToAnchor:content.leadingAnchor],
+        [child.trailingAnchor constraintEqualToAnchor:content.trailingAnchor],
+        [child.topAnchor constraintEqualToAnchor:content.topAnchor],
+        [child.bottomAnchor constraintEqualToAnchor:content.bottomAnchor]
+    ]];
 }
 
 void ViewNode::updateImage(const ImageView& image) {
@@ -179,7 +289,8 @@ void ViewNode::updateStack(const StackView& stack) {
     native.orientation =
         vertical ? NSUserInterfaceLayoutOrientationVertical : NSUserInterfaceLayoutOrientationHorizontal;
     native.alignment = stackAlignment(stack);
-    native.distribution = NSStackViewDistributionFill;
+    native.distribution = stack.distribution == StackDistribution::FillEqually ? NSStackViewDistributionFillEqually
+                                                                               : NSStackViewDistributionFill;
     native.spacing = stack.spacing;
     const Insets& insets = stack.insets;
     native.edgeInsets = {insets.top, insets.left, insets.bottom, insets.right};
@@ -198,7 +309,13 @@ void ViewNode::updateStack(const StackView& stack) {
         }
         NSView* child = children_[index]->native();
         [native setCustomSpacing:view.spacingAfter.value_or(stack.spacing) afterView:child];
-        if (stack.alignment == StackAlignment::Fill) {
+        if (view.expands) {
+            constexpr NSLayoutPriority willing = 1; // to become longer than it asks for
+            [child setContentHuggingPriority:willing
+                              forOrientation:vertical ? NSLayoutConstraintOrientationVertical
+                                                      : NSLayoutConstraintOrientationHorizontal];
+        }
+        if (stack.alignment == StackAlignment::Fill || view.fillsBreadth) {
             // The alignment holds one side, this the other.
             [places_ addObject:vertical ? [child.trailingAnchor constraintEqualToAnchor:native.trailingAnchor
                                                                                constant:-insets.right]

@@ -8,6 +8,8 @@ namespace rb {
 class MacWindows final : public Windows {
 public:
     std::unique_ptr<Window> createWindow(const WindowSpec& spec) override;
+    bool isApplicationActive() const override;
+    bool hasKeyWindow() const override;
 };
 
 } // namespace rb

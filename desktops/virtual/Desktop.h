@@ -5,9 +5,12 @@
 #include "desktops/virtual/Application.h"
 #include "desktops/virtual/Archives.h"
 #include "desktops/virtual/ByteCounts.h"
+#include "desktops/virtual/ChildProcesses.h"
+#include "desktops/virtual/Displays.h"
 #include "desktops/virtual/EventMonitors.h"
 #include "desktops/virtual/Files.h"
 #include "desktops/virtual/FrontFolder.h"
+#include "desktops/virtual/Hardware.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
 #include "desktops/virtual/Keyboard.h"
@@ -76,6 +79,9 @@ public:
     VirtualThumbnails& thumbnails() { return thumbnails_; }
     VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
     VirtualArchives& archives() { return archives_; }
+    VirtualDisplays& displays() { return displays_; }
+    VirtualHardware& hardware() { return hardware_; }
+    VirtualChildProcesses& childProcesses() { return childProcesses_; }
     VirtualWorkspace& workspace() { return workspace_; }
     VirtualFrontFolder& frontFolder() { return frontFolder_; }
     VirtualSavePanels& savePanels() { return savePanels_; }
@@ -118,6 +124,9 @@ private:
     VirtualPasteboards pasteboards_{runLoop_};
     VirtualArchives archives_;
     VirtualByteCounts byteCounts_;
+    VirtualDisplays displays_;
+    VirtualHardware hardware_;
+    VirtualChildProcesses childProcesses_{runLoop_};
     VirtualWorkspace workspace_{runLoop_};
     VirtualFrontFolder frontFolder_{runLoop_};
     VirtualSavePanels savePanels_{runLoop_};

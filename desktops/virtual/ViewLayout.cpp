@@ -34,6 +34,19 @@ double gapAfter(const StackView& stack, std::size_t index) {
     return index + 1 < stack.children.size() ? stack.children[index].spacingAfter.value_or(stack.spacing) : 0;
 }
 
+bool takesSpace(const View& view) {
+    return view.expands || std::holds_alternative<SpacerView>(view.content);
+}
+
+// The length of each child of a stack that divides the width equally.
+double equalShare(const StackView& stack, double width) {
+    double gaps = 0;
+    for (std::size_t i = 0; i < stack.children.size(); ++i) {
+        gaps += gapAfter(stack, i);
+    }
+    return std::max(width - gaps, 0.0) / static_cast<double>(stack.children.size());
+}
+
 struct Fitting {
     double width;
     const TextMeter& meter;
@@ -48,6 +61,20 @@ struct Fitting {
     Size operator()(const ButtonView& button) const {
         return {meter.textSize(button.title, buttonFont).width + 2 * buttonPadding, buttonHeight};
     }
+    Size operator()(const CheckBoxView& box) const {
+        return {meter.textSize(box.title, buttonFont).width + buttonHeight, buttonHeight};
+    }
+    Size operator()(const PopUpView& popUp) const {
+        double widest = 0;
+        for (const std::string& item : popUp.items) {
+            widest = std::max(widest, meter.textSize(item, buttonFont).width);
+        }
+        return {widest + 3 * buttonPadding, buttonHeight};
+    }
+    // As high as its content, where it may be.
+    Size operator()(const ScrollView& scroll) const {
+        return scroll.child.empty() ? Size{} : fittingSize(scroll.child.front(), width, meter);
+    }
     Size operator()(const ImageView& image) const {
         const auto* symbol = std::get_if<Symbol>(&image.image);
         return image.size == Size{} && symbol ? meter.symbolSize(*symbol) : image.size;
@@ -56,10 +83,11 @@ struct Fitting {
     Size operator()(const StackView& stack) const {
         const Axis axis{stack.orientation == Orientation::Vertical};
         const double available = inner({width, 0}, stack.insets).width;
+        const bool equally = stack.distribution == StackDistribution::FillEqually && !axis.vertical;
         double along = 0;
         double across = 0;
         for (std::size_t i = 0; i < stack.children.size(); ++i) {
-            const Size child = fittingSize(stack.children[i], available, meter);
+            const Size child = fittingSize(stack.children[i], equally ? equalShare(stack, available) : available, meter);
             along += axis.along(child) + gapAfter(stack, i);
             across = std::max(across, axis.across(child));
         }
@@ -75,8 +103,9 @@ struct Fitting {
 
 class Layouter {
 public:
-    Layouter(const TextMeter& meter, std::vector<PlacedView>& placed)
+    Layouter(const TextMeter& meter, const ScrollOffsets& offsets, std::vector<PlacedView>& placed)
         : meter_(meter)
+        , offsets_(offsets)
         , placed_(placed) {}
 
     void place(const View& view, const ViewPath& path, const Rect& frame) {
@@ -85,6 +114,13 @@ public:
             placeStack(*stack, path, frame);
         } else if (const auto* box = std::get_if<BoxView>(&view.content)) {
             placeBox(*box, path, frame);
+        } else if (const auto* scroll = std::get_if<ScrollView>(&view.content); scroll && !scroll->child.empty()) {
+            const View& child = scroll->child.front();
+            const double height = std::max(fittingSize(child, frame.width, meter_).height, frame.height);
+            const auto offset = offsets_.find(view.identifier);
+            const double most = height - frame.height;
+            const double down = offset != offsets_.end() ? std::clamp(offset->second, 0.0, most) : 0;
+            place(child, childPath(path, 0), {frame.x, frame.maxY() - height + down, frame.width, height});
         }
     }
 
@@ -97,21 +133,28 @@ private:
     void placeStack(const StackView& stack, const ViewPath& path, const Rect& frame) {
         const Axis axis{stack.orientation == Orientation::Vertical};
         const Size area = inner(frame.size(), stack.insets);
+        const bool equally = stack.distribution == StackDistribution::FillEqually && !axis.vertical;
         std::vector<Size> sizes;
         double used = 0;
         double spacers = 0;
         for (std::size_t i = 0; i < stack.children.size(); ++i) {
-            sizes.push_back(fittingSize(stack.children[i], area.width, meter_));
+            sizes.push_back(fittingSize(stack.children[i], equally ? equalShare(stack, area.width) : area.width, meter_));
+            if (equally) {
+                sizes.back().width = equalShare(stack, area.width);
+            } else if (takesSpace(stack.children[i])) {
+                sizes.back() = axis.size(0, axis.across(sizes.back()));
+                spacers += 1;
+            }
             used += axis.along(sizes.back()) + gapAfter(stack, i);
-            spacers += std::holds_alternative<SpacerView>(stack.children[i].content) ? 1 : 0;
         }
         const double share = spacers > 0 ? std::max(axis.along(area) - used, 0.0) / spacers : 0;
         double offset = 0;
         for (std::size_t i = 0; i < stack.children.size(); ++i) {
-            const bool spacer = std::holds_alternative<SpacerView>(stack.children[i].content);
+            const bool spacer = !equally && takesSpace(stack.children[i]);
             const double along = axis.along(sizes[i]) + (spacer ? share : 0);
             const double natural = std::min(axis.across(sizes[i]), axis.across(area));
-            const double across = stack.alignment == StackAlignment::Fill ? axis.across(area) : natural;
+            const bool fills = stack.alignment == StackAlignment::Fill || stack.children[i].fillsBreadth;
+            const double across = fills ? axis.across(area) : natural;
             const double aside = stack.alignment == StackAlignment::Center ? (axis.across(area) - across) / 2 : 0;
             const Size size = axis.size(along, across);
             const double left = frame.x + stack.insets.left + (axis.vertical ? aside : offset);
@@ -136,6 +179,7 @@ private:
     }
 
     const TextMeter& meter_;
+    const ScrollOffsets& offsets_;
     std::vector<PlacedView>& placed_;
 };
 
@@ -148,6 +192,9 @@ const std::vector<View>& childrenOf(const View& view) {
     }
     if (const auto* box = std::get_if<BoxView>(&view.content)) {
         return box->child;
+    }
+    if (const auto* scroll = std::get_if<ScrollView>(&view.content)) {
+        return scroll->child;
     }
     return none;
 }
@@ -169,9 +216,9 @@ Size fittingSize(const View& view, double availableWidth, const TextMeter& meter
     return {view.width.value_or(asked.width), view.height.value_or(asked.height)};
 }
 
-std::vector<PlacedView> layOut(const View& root, Size area, const TextMeter& meter) {
+std::vector<PlacedView> layOut(const View& root, Size area, const TextMeter& meter, const ScrollOffsets& offsets) {
     std::vector<PlacedView> placed;
-    Layouter(meter, placed).place(root, {}, {0, 0, area.width, area.height});
+    Layouter(meter, offsets, placed).place(root, {}, {0, 0, area.width, area.height});
     return placed;
 }
 

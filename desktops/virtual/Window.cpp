@@ -51,7 +51,7 @@ VirtualWindow::~VirtualWindow() {
 void VirtualWindow::setContent(View content) {
     windows_.surroundings_.loop.requireMainThread("Window::setContent");
     const View previous = std::exchange(content_, std::move(content));
-    placed_ = layOut(content_, spec_.contentSize, windows_.surroundings_.meter);
+    layOutContent();
     std::erase_if(hovered_, [this](const ViewPath& path) { return !boxAt(path); });
     if (firstResponder_) {
         const BoxView* survivor = boxAt(*firstResponder_);
@@ -98,6 +98,101 @@ void VirtualWindow::orderOut() {
     }
     showLayers();
     windows_.updateHover();
+}
+
+void VirtualWindow::layOutContent() {
+    placed_ = layOut(content_, spec_.contentSize, windows_.surroundings_.meter, scrollOffsets_);
+}
+
+void VirtualWindow::setFrame(const Rect& frame) {
+    windows_.surroundings_.loop.requireMainThread("Window::setFrame");
+    origin_ = frame.origin();
+    spec_.contentSize = {frame.width, frame.height - titleBarHeight};
+    layOutContent();
+    showLayers();
+    windows_.updateHover();
+}
+
+void VirtualWindow::orderFront() {
+    windows_.surroundings_.loop.requireMainThread("Window::orderFront");
+    std::erase(windows_.ordered_, this);
+    windows_.ordered_.push_back(this);
+    showLayers();
+    windows_.updateHover();
+}
+
+bool VirtualWindow::isKeyWindow() const {
+    return windows_.keyWindow() == this;
+}
+
+Handle VirtualWindow::beginSheet(const Alert& alert, std::function<void(std::size_t button)> answer) {
+    windows_.surroundings_.loop.requireMainThread("Window::beginSheet");
+    if (sheet_) {
+        contractViolation("a second sheet on the window " + spec_.title);
+    }
+    const unsigned long number = ++nextSheet_;
+    sheet_ = Sheet{alert, std::move(answer), number};
+    sheets_.push_back(alert);
+    return Handle([this, number, alive = std::weak_ptr<int>(alive_)] {
+        if (!alive.expired() && sheet_ && sheet_->number == number) {
+            sheet_.reset();
+        }
+    });
+}
+
+void VirtualWindow::answerSheet(std::size_t button) {
+    if (!sheet_ || button >= std::max<std::size_t>(sheet_->alert.buttons.size(), 1)) {
+        throw ImpossibleAct("no sheet with a button number " + std::to_string(button) + " is on the window");
+    }
+    const auto answer = std::exchange(sheet_, std::nullopt)->answer;
+    call(answer, button);
+}
+
+double VirtualWindow::scrollOffset(const std::string& identifier) const {
+    const auto found = scrollOffsets_.find(identifier);
+    return found != scrollOffsets_.end() ? found->second : 0;
+}
+
+void VirtualWindow::setScrollOffset(const std::string& identifier, double offset) {
+    for (const PlacedView& placed : placed_) {
+        const auto* scroll = std::get_if<ScrollView>(&placed.view->content);
+        if (scroll && placed.view->identifier == identifier && !scroll->child.empty()) {
+            const Size content = fittingSize(scroll->child.front(), placed.frame.width, windows_.surroundings_.meter);
+            scrollOffsets_[identifier] =
+                std::clamp(offset, 0.0, std::max(content.height - placed.frame.height, 0.0));
+            layOutContent();
+            showLayers();
+            windows_.updateHover();
+            return;
+        }
+    }
+}
+
+void VirtualWindow::reveal(const std::string& stackIdentifier, const Reveal& /*reveal*/) {
+    windows_.surroundings_.loop.requireMainThread("Window::reveal");
+    reveals_.push_back(stackIdentifier);
+}
+
+void VirtualWindow::selectItem(const std::string& popUpIdentifier, std::size_t index) {
+    requireReachable("select in " + popUpIdentifier);
+    const PlacedView* placed = find(popUpIdentifier);
+    const auto* popUp = placed ? std::get_if<PopUpView>(&placed->view->content) : nullptr;
+    if (!popUp || !popUp->enabled || index >= popUp->items.size()) {
+        throw ImpossibleAct("nothing to select in " + popUpIdentifier);
+    }
+    call(popUp->selectionChanged, index);
+}
+
+void VirtualWindow::clickCheckBox(const std::string& title) {
+    requireReachable("click \"" + title + "\"");
+    for (const PlacedView& placed : placed_) {
+        if (const auto* box = std::get_if<CheckBoxView>(&placed.view->content); box && box->title == title) {
+            const bool on = !box->on;
+            call(box->action, on);
+            return;
+        }
+    }
+    throw ImpossibleAct("the window has no check box \"" + title + "\"");
 }
 
 bool VirtualWindow::isVisible() const {
@@ -172,8 +267,8 @@ void VirtualWindow::requireReachable(const std::string& act) const {
     if (!isVisible()) {
         throw ImpossibleAct(act + ": the window isn't on the screen");
     }
-    if (windows_.surroundings_.alerts.current()) {
-        throw ImpossibleAct(act + ": an alert is up");
+    if (windows_.surroundings_.alerts.current() || sheet_) {
+        throw ImpossibleAct(act + ": a question is up");
     }
 }
 

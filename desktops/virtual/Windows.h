@@ -28,6 +28,8 @@ public:
     explicit VirtualWindows(const Surroundings& surroundings);
 
     std::unique_ptr<Window> createWindow(const WindowSpec& spec) override;
+    bool isApplicationActive() const override { return surroundings_.application.isActive(); }
+    bool hasKeyWindow() const override { return keyWindow() != nullptr; }
 
     // From the backmost to the frontmost.
     const std::vector<VirtualWindow*>& visible() const { return ordered_; }

@@ -7,9 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace rb {
 
@@ -39,10 +39,15 @@ protected:
         desktop_.application().terminate();
         app_.reset();
     }
-    // The Screens and connections window as far as it exists.
-    long displaysShown() {
-        const auto lines = desktop_.log().lines();
-        return std::count(lines.begin(), lines.end(), "Rook Bay: the Screens and connections window is not built yet");
+    // Whether the Screens and connections window is open; it is closed again.
+    bool displaysWereShown() {
+        for (VirtualWindow* window : std::vector(desktop_.windows().visible())) {
+            if (window->spec().title == "Rook Bay · 屏幕与连接") {
+                window->close();
+                return true;
+            }
+        }
+        return false;
     }
     std::string statusLine() { return desktop_.statusMenu().items().at(1)->title; }
     std::string toolTip() { return desktop_.statusBar().items().at(0)->toolTip(); }

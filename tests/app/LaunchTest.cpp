@@ -120,17 +120,18 @@ TEST_F(LaunchTest, UpdatesAreOfferedOnlyWhenTheyAreConfiguredAndPossible) {
 TEST_F(LaunchTest, ConnectionsAreShownOnRequestOnly) {
     desktop_.application().setArguments({"--verbose"});
     launch();
-    EXPECT_EQ(displaysShown(), 0);
+    EXPECT_FALSE(displaysWereShown());
     desktop_.chooseMenuItem("屏幕与连接…");
-    EXPECT_EQ(displaysShown(), 1);
+    EXPECT_TRUE(displaysWereShown());
     EXPECT_TRUE(desktop_.application().reopen());
+    EXPECT_TRUE(displaysWereShown());
     EXPECT_TRUE(desktop_.application().reopen(true));
-    EXPECT_EQ(displaysShown(), 3);
+    EXPECT_TRUE(displaysWereShown());
     quit();
 
     desktop_.application().setArguments({"-x", "--connections"});
     launch();
-    EXPECT_EQ(displaysShown(), 4);
+    EXPECT_TRUE(displaysWereShown());
 }
 
 TEST_F(LaunchTest, QuittingByTheMenuReleasesTheHotKeyAndLeavesNothing) {
@@ -148,6 +149,7 @@ TEST_F(LaunchTest, QuittingByTheMenuReleasesTheHotKeyAndLeavesNothing) {
 TEST_F(LaunchTest, QuittingInTheMiddleOfEverythingIsOrderly) {
     AppDelegate& app = launch();
     app.showHotKeySettings();
+    app.showDisplays(); // its first pass is under way
     app.toasts().RBShowToast("晾衣绳已清空", "tshirt", SystemColor::Blue);
     app.lockAndSleep();
     desktop_.hotKeys().press(105, 0); // posted, not yet run

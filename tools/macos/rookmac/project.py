@@ -3,7 +3,7 @@
 import shutil
 from pathlib import Path
 
-from . import bundle
+from . import bundle, toolchain
 from .facts import TOOLS
 from .toolchain import ARCHITECTURES, MINIMUM, SDK_VERSION
 
@@ -51,8 +51,19 @@ def helpers():
     return found
 
 
+def libraries():
+    """A folder with the header libraries of Debian that the program includes, and nothing else of /usr/include."""
+    folder = toolchain.CACHE / "libraries"
+    folder.mkdir(parents=True, exist_ok=True)
+    link = folder / "nlohmann"
+    if not link.exists():
+        link.unlink(missing_ok=True)
+        link.symlink_to("/usr/include/nlohmann")
+    return folder
+
+
 def source_flags(path):
-    flags = [*LANGUAGE, *WARNINGS, f"-I{ROOT}", f'-DROOKBAY_VERSION="{version()}"']
+    flags = [*LANGUAGE, *WARNINGS, f"-I{ROOT}", f"-isystem{libraries()}", f'-DROOKBAY_VERSION="{version()}"']
     return flags + OBJECTIVE_C if path.suffix == ".mm" else flags
 
 

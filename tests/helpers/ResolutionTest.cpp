@@ -1,0 +1,143 @@
+#include "helpers/linux/resolution/Guardian.h"
+#include "helpers/linux/resolution/ModeChange.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace rb {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Two displays side by side and one below the first.
+RandrState desk() {
+    return {.width = 3200,
+            .height = 1800,
+            .millimetreWidth = 320,
+            .millimetreHeight = 180,
+            .modes = {{1, 1920, 1080, 60}, {2, 1280, 720, 60}, {3, 2560, 1440, 60}},
+            .crtcs = {{.id = 11, .x = 0, .y = 0, .width = 1920, .height = 1080, .mode = 1, .outputs = {21}},
+                      {.id = 12, .x = 1920, .y = 0, .width = 1280, .height = 720, .mode = 2, .outputs = {22}},
+                      {.id = 13, .x = 0, .y = 1080, .width = 1280, .height = 720, .mode = 2, .outputs = {23}},
+                      {.id = 14}},
+            .outputs = {{.id = 21, .crtc = 11, .modes = {1, 2, 3}},
+                        {.id = 22, .crtc = 12, .modes = {2}},
+                        {.id = 23, .crtc = 13, .modes = {2}},
+                        {.id = 24, .modes = {1}}}};
+}
+
+TEST(ModeChangeTest, NeighboursMoveAlong) {
+    const auto smaller = planChange(desk(), 21, 2);
+    ASSERT_TRUE(smaller);
+    EXPECT_EQ(smaller->crtc, 11U);
+    ASSERT_EQ(smaller->after.crtcs.size(), 3U) << "what is off stays out of it";
+    EXPECT_EQ(smaller->after.crtcs[0].mode, 2U);
+    EXPECT_EQ(smaller->after.crtcs[1].x, 1280);
+    EXPECT_EQ(smaller->after.crtcs[2].y, 720);
+    EXPECT_EQ(smaller->after.width, 2560U);
+    EXPECT_EQ(smaller->after.height, 1440U);
+    EXPECT_EQ(smaller->after.millimetreWidth, 256U);
+    EXPECT_EQ(smaller->before.width, 3200U);
+    const auto larger = planChange(desk(), 21, 3);
+    EXPECT_EQ(larger->after.crtcs[1].x, 2560);
+    EXPECT_EQ(larger->after.width, 3840U);
+    EXPECT_EQ(larger->after.height, 2160U);
+}
+
+TEST(ModeChangeTest, TurnedAndScaledOutputsStaySo) {
+    RandrState state = desk();
+    state.crtcs[0].rotation = XCB_RANDR_ROTATION_ROTATE_90;
+    state.crtcs[0].width = 1080;
+    state.crtcs[0].height = 1920;
+    const auto turned = planChange(state, 21, 2);
+    EXPECT_EQ(turned->after.crtcs[0].width, 720U);
+    EXPECT_EQ(turned->after.crtcs[0].height, 1280U);
+    state = desk();
+    state.crtcs[0].width = 960; // two pixels a point
+    state.crtcs[0].height = 540;
+    EXPECT_EQ(planChange(state, 21, 2)->after.crtcs[0].width, 640U);
+}
+
+TEST(ModeChangeTest, OnlyModesOfADisplayThatIsOn) {
+    EXPECT_FALSE(planChange(desk(), 22, 1));
+    EXPECT_FALSE(planChange(desk(), 24, 1));
+    EXPECT_FALSE(planChange(desk(), 99, 1));
+    EXPECT_FALSE(planChange(desk(), 21, 99));
+    EXPECT_FALSE(planChange({}, 0, 0));
+}
+
+TEST(ModeChangeTest, ARecordIsReadAsItWasWritten) {
+    const Arrangement before = planChange(desk(), 21, 2)->before;
+    EXPECT_EQ(readArrangement(writeArrangement(before)), before);
+    for (const char* bad : {"", "[]", "{}", R"({"width":1,"height":1,"millimetreWidth":1,"millimetreHeight":1})",
+                            R"({"width":99999,"height":1,"millimetreWidth":1,"millimetreHeight":1,"crtcs":[]})",
+                            R"({"width":1,"height":1,"millimetreWidth":1,"millimetreHeight":1,"crtcs":[5]})",
+                            R"({"width":1,"height":18446744073709551615,"millimetreWidth":1,"millimetreHeight":1,
+                                "crtcs":[]})"}) {
+        EXPECT_FALSE(readArrangement(bad)) << bad;
+    }
+}
+
+TEST(RecordTest, ALinkIsNotFollowedAndAForeignTextNotApplied) {
+    std::string folder = (fs::temp_directory_path() / "rookbay-record-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
+    const std::string target = folder + "/precious";
+    std::ofstream(target) << "mine";
+    fs::create_symlink(target, folder + "/link");
+    EXPECT_FALSE(restoreRecord(folder + "/link"));
+    EXPECT_TRUE(restoreRecord(folder + "/none")) << "nothing to do";
+    {
+        const Guardian guardian(folder + "/link");
+        ASSERT_TRUE(guardian.started());
+        EXPECT_FALSE(guardian.writeRecord("{}"));
+    }
+    std::ifstream stream(target);
+    std::string text;
+    stream >> text;
+    EXPECT_EQ(text, "mine");
+    fs::remove_all(folder);
+}
+
+struct Ran {
+    std::string output;
+    int code = -1;
+};
+Ran run(const std::string& command) {
+    Ran ran;
+    FILE* pipe = ::popen((std::string(HELPERS_FOLDER "/") + command + " 2>&1").c_str(), "r"); // NOLINT(cert-env33-c)
+    std::array<char, 4096> buffer{};
+    while (const std::size_t length = std::fread(buffer.data(), 1, buffer.size(), pipe)) {
+        ran.output.append(buffer.data(), length);
+    }
+    ran.code = WEXITSTATUS(::pclose(pipe));
+    return ran;
+}
+
+TEST(HelperProgramsTest, ExplainThemselvesAndRefuseNonsense) {
+    for (const std::string name : {"ResolutionHelper", "CableHelper", "DisplayHelper"}) {
+        EXPECT_THAT(run(name + " --help").output, testing::StartsWith("用法：" + name));
+        EXPECT_EQ(run(name + " --help").code, 0);
+        EXPECT_THAT(run(name + " --version").output, testing::StartsWith(name + " "));
+        EXPECT_EQ(run(name + " --nonsense").code, 2);
+        EXPECT_EQ(run(name + " trial").code, 2);
+        EXPECT_EQ(run(name + " --version >/dev/full").code, 1) << "nobody could read it";
+    }
+    EXPECT_EQ(run("CableHelper --root /nonexistent").output, "{\"ports\":[]}\n");
+    EXPECT_THAT(run("DisplayHelper probe nowhere").output, testing::HasSubstr("\"ok\":false"));
+}
+
+TEST(HelperProgramsTest, WithoutADisplayTheySaySo) {
+    ::unsetenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe): single-threaded
+    EXPECT_THAT(run("ResolutionHelper trial 1:2:3:4 5 </dev/null").output, testing::HasSubstr("DISPLAY"));
+    EXPECT_EQ(run("DisplayHelper list").output, "[]\n");
+}
+
+} // namespace
+
+} // namespace rb
