@@ -10,7 +10,8 @@ AppDelegate::AppDelegate(const Desktop& desktop)
     , hotKey_(desktop)
     , hotKeySettings_(desktop, hotKey_, [this] { updateHotKeyMenuText(); })
     , toasts_(desktop)
-    , newTextFile_(desktop) {}
+    , newTextFile_(desktop)
+    , updateFeed_(desktop) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -22,12 +23,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     clothesline_ = std::make_unique<RBClothesline>(desktop_);
     menuBarHider_ = std::make_unique<RBMenuBarHider>(desktop_);
 
-    const auto configured = [this](const char* key) {
-        return !desktop_.application.infoString(key).value_or("").empty();
-    };
-    if (configured("SUFeedURL") && configured("SUPublicEDKey")) {
-        updater_ = desktop_.updates.startUpdater(*this);
-    }
+    updateFeed_.startUpdater();
 
     createStatusMenu();
     displayController_ = std::make_unique<DisplayController>(desktop_);
@@ -82,7 +78,7 @@ void AppDelegate::createStatusMenu() {
     menu.addSeparator();
     menu.addItem(menuItem("屏幕与连接…", "display.2", &AppDelegate::showDisplays));
     menu.addItem(menuItem("设置快捷键…", "keyboard", &AppDelegate::showHotKeySettings))->keyEquivalent = ",";
-    if (updater_) {
+    if (updateFeed_.hasUpdater()) {
         menu.addItem(menuItem("检查更新…", "arrow.triangle.2.circlepath", &AppDelegate::checkForUpdatesFromMenu));
     }
     menu.addSeparator();
@@ -105,8 +101,12 @@ void AppDelegate::showDisplays() {
     displayController_->show();
 }
 
-void AppDelegate::checkForUpdatesFromMenu() {
-    updater_->checkForUpdates();
+void AppDelegate::applicationNewTextFile(const std::optional<std::string>& folder) {
+    if (folder) {
+        newTextFile_.newTextFileIn(*folder);
+    } else {
+        newTextFile_.newTextFile();
+    }
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {

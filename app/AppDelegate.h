@@ -4,6 +4,7 @@
 #include "app/LockHotKey.h"
 #include "app/NewTextFile.h"
 #include "app/Toasts.h"
+#include "app/UpdateFeed.h"
 #include "clipboard/ClipboardHistory.h"
 #include "clothesline/Clothesline.h"
 #include "displays/DisplayController.h"
@@ -11,7 +12,6 @@
 #include "platform/Application.h"
 #include "platform/Menu.h"
 #include "platform/StatusBar.h"
-#include "platform/Updates.h"
 
 #include <memory>
 
@@ -20,7 +20,7 @@ namespace rb {
 // The program's spine: creates the features, builds the status menu and hangs their own menus in it, owns the lock
 // hot key and its settings window, and puts back what must be put back when the program quits. Lives as long as the
 // process. Main thread only.
-class AppDelegate final : public ApplicationDelegate, private UpdaterDelegate {
+class AppDelegate final : public ApplicationDelegate {
 public:
     explicit AppDelegate(const Desktop& desktop);
     ~AppDelegate() override;
@@ -32,6 +32,8 @@ public:
     bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
     // Files opened with the program hang on the line.
     void applicationOpenFiles(const std::vector<std::string>& paths) override { clothesline_->hangFiles(paths); }
+    // A new text file, in that folder or, without one, where the user is looking.
+    void applicationNewTextFile(const std::optional<std::string>& folder) override;
     void applicationWillTerminate() override;
     // The preview panel is driven by the clothesline.
     bool acceptsPreviewPanelControl() override { return true; }
@@ -42,7 +44,7 @@ public:
     void lockAndSleep() { hotKey_.lockAndSleep(); }
     void showHotKeySettings() { hotKeySettings_.showHotKeySettings(); }
     void newTextFile() { newTextFile_.newTextFile(); }
-    void checkForUpdatesFromMenu();
+    void checkForUpdatesFromMenu() { updateFeed_.checkForUpdatesFromMenu(); }
 
     LockHotKey& hotKey() { return hotKey_; }
     HotKeySettings& hotKeySettings() { return hotKeySettings_; }
@@ -56,20 +58,18 @@ private:
     MenuItem submenuItem(const std::string& title, const std::string& symbol, std::shared_ptr<Menu> menu) const;
     void updateHotKeyMenuText();
     void startFeatures();
-    std::optional<std::string> feedURLStringForUpdater() override { return std::nullopt; }
 
     const Desktop& desktop_;
     LockHotKey hotKey_;
     HotKeySettings hotKeySettings_;
     Toasts toasts_;
     NewTextFile newTextFile_;
+    UpdateFeed updateFeed_;
 
     std::unique_ptr<RBClipboardHistory> clipboard_;
     std::unique_ptr<RBClothesline> clothesline_;
     std::unique_ptr<RBMenuBarHider> menuBarHider_;
     std::unique_ptr<DisplayController> displayController_;
-    // Null when updating is not configured.
-    std::unique_ptr<Updater> updater_;
     bool featuresRunning_ = false;
 
     std::shared_ptr<Menu> statusMenu_;

@@ -8,6 +8,9 @@ inline constexpr const char* HotKeyCode = "HotKeyCode";           // integer, vi
 inline constexpr const char* HotKeyModifiers = "HotKeyModifiers"; // integer, or of HotKeyModifiers
 inline constexpr const char* HotKeyDisplay = "HotKeyDisplay";     // text shown to the user
 
+inline constexpr const char* TextFileLastDirectory = "TextFileLastDirectory"; // folder of the last new text file
+inline constexpr const char* RBUseMirrorFeed = "RBUseMirrorFeed";             // updates come through the mirror
+
 // The clothesline.
 inline constexpr const char* ClotheslinePaths = "ClotheslinePaths"; // array of paths, oldest first
 inline constexpr const char* FileShelfPaths = "FileShelfPaths";     // older name of ClotheslinePaths

@@ -17,6 +17,8 @@ public:
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
     // The user asked to open these files with the program; absolute paths.
     virtual void applicationOpenFiles(const std::vector<std::string>& paths) = 0;
+    // The user asked for a new text file from outside: in that folder (absolute), or where they are looking.
+    virtual void applicationNewTextFile(const std::optional<std::string>& folder) = 0;
     // Last call before the process ends in order, also on a termination signal.
     virtual void applicationWillTerminate() = 0;
     virtual bool acceptsPreviewPanelControl() = 0;

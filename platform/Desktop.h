@@ -7,22 +7,27 @@ class Appearance;
 class Application;
 class EventMonitors;
 class Files;
+class FrontFolder;
 class HotKeys;
 class LayerRenderer;
 class Log;
 class Panels;
 class Pointer;
+class QuickActions;
 class RandomSource;
 class RunLoop;
+class SavePanels;
 class Screens;
 class SessionLock;
 class Sounds;
 class StatusBar;
 class TextMeter;
 class Thumbnails;
+class URLSessions;
 class Updates;
 class UserDefaults;
 class Windows;
+class Workspace;
 
 // Everything the product may ask of the desktop it runs on. The services outlive whoever is given this.
 struct Desktop {
@@ -46,6 +51,11 @@ struct Desktop {
     RandomSource& random;
     Sounds& sounds;
     Thumbnails& thumbnails;
+    Workspace& workspace;
+    FrontFolder& frontFolder;
+    SavePanels& savePanels;
+    QuickActions& quickActions;
+    URLSessions& urlSessions;
     Log& log;
 };
 

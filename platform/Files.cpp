@@ -40,4 +40,16 @@ std::string lastPathComponent(const std::string& path) {
     return path.substr(path.find_last_of('/') + 1);
 }
 
+std::string deletingLastPathComponent(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    if (slash == std::string::npos) {
+        return {};
+    }
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string appendingPathComponent(const std::string& folder, const std::string& name) {
+    return folder.ends_with('/') ? folder + name : folder + "/" + name;
+}
+
 } // namespace rb

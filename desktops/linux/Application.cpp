@@ -112,7 +112,7 @@ LinuxApplication::~LinuxApplication() {
 int LinuxApplication::run(ApplicationDelegate& delegate) {
     delegate_ = &delegate;
     instance_.setReopen([this](const std::vector<std::string>& arguments) {
-        if (terminated_ || openFiles(arguments)) {
+        if (terminated_ || obeyCommand(arguments)) {
             return;
         }
         const QWindowList windows = QGuiApplication::topLevelWindows();
@@ -121,7 +121,7 @@ int LinuxApplication::run(ApplicationDelegate& delegate) {
         delegate_->applicationShouldHandleReopen(visible);
     });
     delegate.applicationDidFinishLaunching();
-    openFiles(arguments_);
+    obeyCommand(arguments_);
     const int code = terminated_ ? 0 : QApplication::exec();
     tellWillTerminate();
     instance_.setReopen([](const std::vector<std::string>&) {});
@@ -129,12 +129,19 @@ int LinuxApplication::run(ApplicationDelegate& delegate) {
     return code;
 }
 
-bool LinuxApplication::openFiles(const std::vector<std::string>& arguments) {
-    if (arguments.empty() || arguments.front() != hangCommand) {
+bool LinuxApplication::obeyCommand(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) {
         return false;
     }
-    delegate_->applicationOpenFiles({arguments.begin() + 1, arguments.end()});
-    return true;
+    if (arguments.front() == hangCommand) {
+        delegate_->applicationOpenFiles({arguments.begin() + 1, arguments.end()});
+        return true;
+    }
+    if (arguments.front() == newTextCommand) {
+        delegate_->applicationNewTextFile(arguments.size() > 1 ? std::optional(arguments[1]) : std::nullopt);
+        return true;
+    }
+    return false;
 }
 
 void LinuxApplication::terminate() {

@@ -43,8 +43,8 @@ public:
 private:
     class QtApplication;
 
-    // Hangs the files of a "hang" command; false when the arguments are none.
-    bool openFiles(const std::vector<std::string>& arguments);
+    // Does what a command asks for ("hang", "new-text"); false when the arguments are none.
+    bool obeyCommand(const std::vector<std::string>& arguments);
     void catchSignals();
     void tellWillTerminate();
     void readInfo() const;

@@ -19,7 +19,10 @@ struct CommandLine {
 // The command that hangs files on the line; the files, by absolute path, follow it among the arguments.
 inline constexpr const char* hangCommand = "hang";
 
-// Relative paths count from the working folder.
+// The command for a new text file; the folder, if one is named, follows it.
+inline constexpr const char* newTextCommand = "new-text";
+
+// Files and folders may also be named by file URIs, as file managers do. Relative paths count from the working folder.
 CommandLine readCommandLine(const std::vector<std::string>& arguments, const std::string& workingFolder);
 
 } // namespace rb

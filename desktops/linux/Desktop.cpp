@@ -24,12 +24,40 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , statusBar_(*connection_, runLoop_, screens_, symbols_, appearance_)
     , hotKeys_(*connection_, runLoop_, log)
     , sessionLock_(userDefaults_, runLoop_, log)
+    , updates_(application_, appearance_, log)
     , eventMonitors_(*connection_)
     , layerRenderer_(painter_)
     , sounds_(log)
-    , services_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
-                screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
-                eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log} {
+    , workspace_(log)
+    , frontFolder_(*connection_)
+    , savePanels_(windows_)
+    , quickActions_(log)
+    , services_{.application = application_,
+                .runLoop = runLoop_,
+                .userDefaults = userDefaults_,
+                .statusBar = statusBar_,
+                .windows = windows_,
+                .panels = panels_,
+                .alerts = alerts_,
+                .screens = screens_,
+                .pointer = pointer_,
+                .hotKeys = hotKeys_,
+                .sessionLock = sessionLock_,
+                .appearance = appearance_,
+                .textMeter = textMeter_,
+                .updates = updates_,
+                .eventMonitors = eventMonitors_,
+                .files = files_,
+                .layerRenderer = layerRenderer_,
+                .random = random_,
+                .sounds = sounds_,
+                .thumbnails = thumbnails_,
+                .workspace = workspace_,
+                .frontFolder = frontFolder_,
+                .savePanels = savePanels_,
+                .quickActions = quickActions_,
+                .urlSessions = urlSessions_,
+                .log = log} {
     application_.setLastWork([this] { userDefaults_.synchronize(); });
 }
 

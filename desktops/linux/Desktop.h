@@ -5,14 +5,17 @@
 #include "desktops/linux/Application.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/Files.h"
+#include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/HotKeys.h"
 #include "desktops/linux/LayerPainter.h"
 #include "desktops/linux/LayerRenderer.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
+#include "desktops/linux/SavePanels.h"
 #include "desktops/linux/Screens.h"
 #include "desktops/linux/SessionLock.h"
 #include "desktops/linux/Sounds.h"
@@ -20,9 +23,11 @@
 #include "desktops/linux/Symbols.h"
 #include "desktops/linux/TextMeter.h"
 #include "desktops/linux/Thumbnails.h"
+#include "desktops/linux/URLSessions.h"
 #include "desktops/linux/Updates.h"
 #include "desktops/linux/UserDefaults.h"
 #include "desktops/linux/Windows.h"
+#include "desktops/linux/Workspace.h"
 #include "desktops/linux/XConnection.h"
 #include "platform/Desktop.h"
 
@@ -77,6 +82,11 @@ private:
     LinuxRandomSource random_;
     LinuxSounds sounds_;
     LinuxThumbnails thumbnails_;
+    LinuxWorkspace workspace_;
+    LinuxFrontFolder frontFolder_;
+    LinuxSavePanels savePanels_;
+    LinuxQuickActions quickActions_;
+    LinuxURLSessions urlSessions_;
     Desktop services_;
 };
 

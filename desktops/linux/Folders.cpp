@@ -39,19 +39,31 @@ std::string home() {
     return "/";
 }
 
-std::string folder(const char* variable, const char* belowHome) {
-    const std::string base = absoluteFolder(variable);
-    return (base.empty() ? home() + belowHome : base) + "/rook-bay";
+std::string base(const char* variable, const char* belowHome) {
+    const std::string named = absoluteFolder(variable);
+    return named.empty() ? home() + belowHome : named;
 }
 
 } // namespace
 
+std::string configHome() {
+    return base("XDG_CONFIG_HOME", "/.config");
+}
+
+std::string dataHome() {
+    return base("XDG_DATA_HOME", "/.local/share");
+}
+
 std::string configFolder() {
-    return folder("XDG_CONFIG_HOME", "/.config");
+    return configHome() + "/rook-bay";
 }
 
 std::string dataFolder() {
-    return folder("XDG_DATA_HOME", "/.local/share");
+    return dataHome() + "/rook-bay";
+}
+
+std::string cacheFolder() {
+    return base("XDG_CACHE_HOME", "/.cache") + "/rook-bay";
 }
 
 std::string runtimeFolder() {

@@ -2,6 +2,8 @@
 
 #include "platform/RandomSource.h"
 
+#include <QUuid>
+
 #include <random>
 
 namespace rb {
@@ -9,6 +11,9 @@ namespace rb {
 class LinuxRandomSource final : public RandomSource {
 public:
     int upTo10000() override { return uniform_(engine_); }
+    std::string newUUIDString() override {
+        return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+    }
 
 private:
     std::minstd_rand engine_{std::random_device{}()};

@@ -35,6 +35,11 @@ VirtualDesktop::VirtualDesktop()
                  .random = random_,
                  .sounds = sounds_,
                  .thumbnails = thumbnails_,
+                 .workspace = workspace_,
+                 .frontFolder = frontFolder_,
+                 .savePanels = savePanels_,
+                 .quickActions = quickActions_,
+                 .urlSessions = urlSessions_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

@@ -5,6 +5,7 @@
 #include "desktops/virtual/Application.h"
 #include "desktops/virtual/EventMonitors.h"
 #include "desktops/virtual/Files.h"
+#include "desktops/virtual/FrontFolder.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
 #include "desktops/virtual/Keyboard.h"
@@ -13,17 +14,21 @@
 #include "desktops/virtual/Log.h"
 #include "desktops/virtual/Panels.h"
 #include "desktops/virtual/Pointer.h"
+#include "desktops/virtual/QuickActions.h"
 #include "desktops/virtual/RandomSource.h"
 #include "desktops/virtual/RunLoop.h"
+#include "desktops/virtual/SavePanels.h"
 #include "desktops/virtual/Screens.h"
 #include "desktops/virtual/SessionLock.h"
 #include "desktops/virtual/Sounds.h"
 #include "desktops/virtual/StatusBar.h"
 #include "desktops/virtual/TextMeter.h"
 #include "desktops/virtual/Thumbnails.h"
+#include "desktops/virtual/URLSessions.h"
 #include "desktops/virtual/Updates.h"
 #include "desktops/virtual/UserDefaults.h"
 #include "desktops/virtual/Windows.h"
+#include "desktops/virtual/Workspace.h"
 #include "platform/Desktop.h"
 
 #include <memory>
@@ -64,6 +69,11 @@ public:
     VirtualRandomSource& random() { return random_; }
     VirtualSounds& sounds() { return sounds_; }
     VirtualThumbnails& thumbnails() { return thumbnails_; }
+    VirtualWorkspace& workspace() { return workspace_; }
+    VirtualFrontFolder& frontFolder() { return frontFolder_; }
+    VirtualSavePanels& savePanels() { return savePanels_; }
+    VirtualQuickActions& quickActions() { return quickActions_; }
+    VirtualURLSessions& urlSessions() { return urlSessions_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -97,6 +107,11 @@ private:
     VirtualRandomSource random_;
     VirtualSounds sounds_;
     VirtualThumbnails thumbnails_{files_};
+    VirtualWorkspace workspace_{runLoop_};
+    VirtualFrontFolder frontFolder_{runLoop_};
+    VirtualSavePanels savePanels_{runLoop_};
+    VirtualQuickActions quickActions_{runLoop_};
+    VirtualURLSessions urlSessions_{runLoop_};
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
     VirtualWindows windows_;

@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 
 #include <map>
+#include <optional>
 #include <string>
 
 namespace rb {
@@ -13,6 +14,8 @@ class VirtualFiles final : public Files {
 public:
     FileFacts facts(const std::string& path) const override;
     std::string homeDirectory() const override { return "/Users/rb"; }
+    std::string desktopDirectory() const override { return "/Users/rb/Desktop"; }
+    std::optional<std::string> createEmptyFile(const std::string& path) override;
 
     void addDocument(const std::string& path) { files_[path] = {.exists = true}; }
     // A picture file; `size` in pixels, upright. Without a size the file is damaged and can't be decoded.
@@ -21,13 +24,18 @@ public:
     void addPackage(const std::string& path) {
         files_[path] = {.exists = true, .isDirectory = true, .isPackage = true};
     }
+    // A link that leads nowhere.
+    void addDanglingLink(const std::string& path) { files_[path] = {.isSymbolicLink = true}; }
     void remove(const std::string& path) { files_.erase(path); }
     // Zero for what is not a picture that can be decoded.
     Size imageSize(const std::string& path) const;
+    // From now on nothing can be made, for this reason; without one it can again.
+    void refuseNewFiles(std::optional<std::string> reason) { refusal_ = std::move(reason); }
 
 private:
     std::map<std::string, FileFacts> files_;
     std::map<std::string, Size> imageSizes_;
+    std::optional<std::string> refusal_;
 };
 
 } // namespace rb

@@ -9,7 +9,7 @@ namespace rb {
 
 class VirtualRunLoop;
 
-// An update controller that only writes down its checks, if this system has one.
+// An update controller that writes down its checks, if this system has one; the test ends their cycles.
 class VirtualUpdates final : public Updates {
 public:
     // One check: the feed that the delegate named, nothing for the primary one.
@@ -23,6 +23,10 @@ public:
 
     void setAvailable(bool available) { available_ = available; }
     const std::vector<Check>& checks() const { return checks_; }
+    // The controller checks by itself, as it does from time to time.
+    void checkByItself();
+    // The cycle that is under way ends; the controller must be there.
+    void finishCycle(const std::optional<UpdateError>& error);
 
 private:
     class VirtualUpdater;
@@ -31,6 +35,7 @@ private:
     Journal& journal_;
     bool available_ = true;
     std::vector<Check> checks_;
+    VirtualUpdater* updater_ = nullptr;
 };
 
 } // namespace rb
