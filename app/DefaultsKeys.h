@@ -18,5 +18,6 @@ inline constexpr const char* ClotheslineScreenshots = "ClotheslineScreenshots";
 inline constexpr const char* ClotheslineHoverReveal = "ClotheslineHoverReveal";
 inline constexpr const char* ClotheslineDragReveal = "ClotheslineDragReveal";
 inline constexpr const char* ClotheslineSound = "ClotheslineSound";
+inline constexpr const char* ClotheslineInbox = "ClotheslineInbox";
 
 } // namespace rb::DefaultsKey

@@ -79,6 +79,7 @@ bool LineTick::inMenuBarBand(Point pointer, const Screen* screen) const {
 }
 
 void LineTick::mouseWentDown() {
+    line_.catcher().mouseWentDown();
     const Point pointer = desktop_.pointer.location();
     if (!inMenuBarBand(pointer, screenAt(pointer))) {
         return;
@@ -98,6 +99,7 @@ void LineTick::tick() {
     if (!inBand) {
         suppressed_ = false;
     }
+    line_.catcher().tick(pointer, screen);
     if (line_.revealed()) {
         tickRevealed(pointer);
     } else {

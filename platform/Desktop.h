@@ -5,7 +5,9 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class DragPasteboard;
 class EventMonitors;
+class FileOperations;
 class Files;
 class FrontFolder;
 class HotKeys;
@@ -13,6 +15,7 @@ class LayerRenderer;
 class Log;
 class Panels;
 class Pointer;
+class PreviewPanel;
 class QuickActions;
 class RandomSource;
 class RunLoop;
@@ -51,6 +54,9 @@ struct Desktop {
     RandomSource& random;
     Sounds& sounds;
     Thumbnails& thumbnails;
+    FileOperations& fileOperations;
+    DragPasteboard& dragPasteboard;
+    PreviewPanel& previewPanel;
     Workspace& workspace;
     FrontFolder& frontFolder;
     SavePanels& savePanels;

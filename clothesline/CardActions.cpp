@@ -1,0 +1,65 @@
+#include "clothesline/CardActions.h"
+
+#include "app/Toasts.h"
+#include "clothesline/Clothesline.h"
+#include "clothesline/FileNames.h"
+#include "platform/FileOperations.h"
+#include "platform/Files.h"
+#include "platform/Log.h"
+#include "platform/Sounds.h"
+#include "platform/Workspace.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace rb {
+
+void CardActions::copyItem(const RBPegItemRef& item) {
+    if (!line_.contains(*item)) {
+        return;
+    }
+    if (!desktop_.files.facts(item->path).exists) {
+        line_.prune();
+        return;
+    }
+    line_.showPill(item);
+    line_.nudge(*item, 3);
+}
+
+void CardActions::openItem(const RBPegItem& item) {
+    desktop_.workspace.openFile(item.path, {});
+}
+
+void CardActions::revealItem(const RBPegItem& item) {
+    desktop_.workspace.revealFiles({item.path});
+}
+
+void CardActions::copyPathOf(const RBPegItem& item) {
+    (void)item;
+    toasts_.RBShowToast("已拷贝路径", "doc.on.doc.fill", SystemColor::Blue);
+}
+
+void CardActions::trashItem(const RBPegItemRef& item) {
+    if (const auto failure = desktop_.fileOperations.trashItem(item->path)) {
+        desktop_.log.write("could not trash " + item->path + ": " + failure->reason);
+        desktop_.sounds.beep();
+        return;
+    }
+    line_.playTrash();
+    line_.removeItem(item, {.quietly = true, .fall = true});
+}
+
+void CardActions::saveToDesktop(const RBPegItemRef& item) {
+    const auto failure = placeUnderFreeName(
+        desktop_.files, desktop_.files.desktopDirectory(), lastPathComponent(item->path),
+        [&](const std::string& target) { return desktop_.fileOperations.moveItem(item->path, target); });
+    if (failure) {
+        desktop_.log.write("could not save to Desktop: " + failure->reason);
+        desktop_.sounds.beep();
+        return;
+    }
+    line_.removeItem(item, {.quietly = true, .fall = false});
+    toasts_.RBShowToast("已存到桌面", "checkmark.circle.fill", SystemColor::Green);
+}
+
+} // namespace rb
