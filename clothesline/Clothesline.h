@@ -74,7 +74,7 @@ public:
     // The same items in another order.
     void setOrder(std::vector<RBPegItemRef> order) { items_.setOrder(std::move(order)); }
     void save() const { items_.save(); }
-    void itemRemoved(const RBPegItem& item) { reorder_.itemRemoved(item); }
+    void itemRemoved(RBPegItem& item) { reorder_.itemRemoved(item); }
     void lineBecameEmpty() { items_.lineBecameEmpty(); }
     void removeItem(const RBPegItemRef& item, LineItems::RemoveOptions options) { items_.remove(item, options); }
     void takeDown(const RBPegItemRef& item) { items_.takeDown(item); }

@@ -21,6 +21,11 @@ RBPegItemRef LineInput::folderAt(Point location) const {
     return card && card->isFolder ? card : nullptr;
 }
 
+RBPegItemRef LineInput::pressed() const {
+    RBPegItemRef card = pressed_.lock();
+    return card && line_.contains(*card) ? card : nullptr;
+}
+
 void LineInput::mouseDown(const PanelMouseEvent& event) {
     const RBPegItemRef card = cardAt(event.location);
     pressed_ = card;
@@ -30,13 +35,13 @@ void LineInput::mouseDown(const PanelMouseEvent& event) {
 }
 
 void LineInput::mouseDragged(const PanelMouseEvent& event) {
-    if (const RBPegItemRef card = pressed_.lock()) {
+    if (const RBPegItemRef card = pressed()) {
         card->peg.mouseDragged(event);
     }
 }
 
 void LineInput::mouseUp(const PanelMouseEvent& event) {
-    if (const RBPegItemRef card = pressed_.lock()) {
+    if (const RBPegItemRef card = pressed()) {
         card->peg.mouseUp(event);
     }
     pressed_.reset();
@@ -49,7 +54,7 @@ void LineInput::rightMouseDown(const PanelMouseEvent& event) {
 }
 
 void LineInput::pressureChanged(int stage) {
-    if (const RBPegItemRef card = pressed_.lock()) {
+    if (const RBPegItemRef card = pressed()) {
         card->peg.pressureChanged(stage);
     }
 }

@@ -29,6 +29,8 @@ private:
     // The frontmost card whose view contains the point, or null.
     RBPegItemRef cardAt(Point location) const;
     RBPegItemRef folderAt(Point location) const;
+    // The card of the press under way, as long as it hangs.
+    RBPegItemRef pressed() const;
     void moveDragTo(const RBPegItemRef& folder);
 
     RBClothesline& line_;

@@ -38,6 +38,7 @@ bool lasted(std::optional<double>& since, double now, double seconds) {
 
 void LineTick::start() {
     screensChanged();
+    line_.catcher().mouseWentDown(); // a drag of before is none of ours
     constexpr std::uint64_t anyMouseDown = LeftMouseDownMask | RightMouseDownMask;
     globalMonitor_ = desktop_.eventMonitors.addGlobalMonitor(anyMouseDown, [this] { mouseWentDown(); });
     localMonitor_ = desktop_.eventMonitors.addLocalMonitor(anyMouseDown, [this] { mouseWentDown(); });

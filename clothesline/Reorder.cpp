@@ -143,8 +143,9 @@ void Reorder::restoreOrder() {
     line_.setOrder(std::move(order));
 }
 
-void Reorder::itemRemoved(const RBPegItem& item) {
+void Reorder::itemRemoved(RBPegItem& item) {
     if (item.moving) {
+        item.moving = false;
         underWay_ = false;
         original_.reset();
         hold(nullptr);

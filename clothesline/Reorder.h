@@ -26,7 +26,7 @@ public:
     void end(const RBPegItemRef& item, End how);
     bool isUnderWay() const { return underWay_; }
     // The card left the line in the middle of it.
-    void itemRemoved(const RBPegItem& item);
+    void itemRemoved(RBPegItem& item);
 
 private:
     void hold(const RBPegItemRef& folder);

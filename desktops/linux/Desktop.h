@@ -3,7 +3,9 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/DragPasteboard.h"
 #include "desktops/linux/EventMonitors.h"
+#include "desktops/linux/FileOperations.h"
 #include "desktops/linux/Files.h"
 #include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/HotKeys.h"
@@ -12,6 +14,7 @@
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/PreviewPanel.h"
 #include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
@@ -82,6 +85,9 @@ private:
     LinuxRandomSource random_;
     LinuxSounds sounds_;
     LinuxThumbnails thumbnails_;
+    LinuxFileOperations fileOperations_;
+    LinuxDragPasteboard dragPasteboard_;
+    LinuxPreviewPanel previewPanel_;
     LinuxWorkspace workspace_;
     LinuxFrontFolder frontFolder_;
     LinuxSavePanels savePanels_;
