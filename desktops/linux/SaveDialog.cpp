@@ -15,7 +15,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QTranslator>
+#include <QUrl>
 
 #include <utility>
 
@@ -25,17 +27,18 @@ namespace {
 
 constexpr QSize usualSize(720, 460);
 
-// The dialog's own columns, tool tips and questions in the language of everything else, where the toolkit's
-// translations are installed. Once per program.
-void useTranslations() {
-    static bool done = false;
-    if (std::exchange(done, true)) {
-        return;
+// What stands at the side: the user's usual folders, as far as they are there.
+QList<QUrl> places() {
+    QList<QUrl> urls;
+    for (const QStandardPaths::StandardLocation place :
+         {QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation, QStandardPaths::DocumentsLocation,
+          QStandardPaths::DownloadLocation}) {
+        const QUrl url = QUrl::fromLocalFile(QStandardPaths::writableLocation(place));
+        if (QFileInfo(url.toLocalFile()).isDir() && !urls.contains(url)) {
+            urls << url;
+        }
     }
-    auto* translator = new QTranslator(QCoreApplication::instance());
-    if (translator->load(QStringLiteral("qtbase_zh_CN"), QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-        QCoreApplication::installTranslator(translator);
-    }
+    return urls;
 }
 
 // The nearest folder that is there.
@@ -49,13 +52,24 @@ QString existingFolder(const std::string& folder) {
 
 } // namespace
 
+// Before the dialog is made, which would go back to its own words when the language changes.
+void SaveDialog::useTranslations() {
+    static bool done = false;
+    if (std::exchange(done, true)) {
+        return;
+    }
+    auto* translator = new QTranslator(QCoreApplication::instance());
+    if (translator->load(QStringLiteral("qtbase_zh_CN"), QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(translator);
+    }
+}
+
 SaveDialog::SaveDialog(const SavePanelSpec& spec, SavePanels::Validate validate, SavePanels::Answer answer)
     : QFileDialog(nullptr, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint | Qt::WindowSystemMenuHint)
     , extension_(spec.extension)
     , validate_(std::move(validate))
     , answer_(std::move(answer))
     , refusal_(new QLabel) {
-    useTranslations();
     setAttribute(Qt::WA_QuitOnClose, false);
     setModal(false);
     setWindowIcon(programIcon());
@@ -72,6 +86,7 @@ SaveDialog::SaveDialog(const SavePanelSpec& spec, SavePanels::Validate validate,
         setNameFilter(QStringLiteral("%1 (*.%2)").arg(ending.toUpper(), ending));
     }
     setWindowTitle(QString::fromStdString(spec.title));
+    setSidebarUrls(places());
     setLabelText(QFileDialog::LookIn, QStringLiteral("位置："));
     setLabelText(QFileDialog::FileName, QStringLiteral("名称："));
     setLabelText(QFileDialog::FileType, QStringLiteral("类型："));

@@ -14,6 +14,10 @@ namespace rb {
 // button cancel.
 class SaveDialog final : public QFileDialog {
 public:
+    // The toolkit's own columns, tool tips and questions in the language of everything else, where its translations
+    // are installed. To be called before the first dialog is made.
+    static void useTranslations();
+
     SaveDialog(const SavePanelSpec& spec, SavePanels::Validate validate, SavePanels::Answer answer);
 
     // In the middle of the screen with the pointer, the name without its extension selected.

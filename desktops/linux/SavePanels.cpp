@@ -37,6 +37,7 @@ private:
 } // namespace
 
 std::unique_ptr<SavePanel> LinuxSavePanels::begin(const SavePanelSpec& spec, Validate validate, Answer answer) {
+    SaveDialog::useTranslations();
     return std::make_unique<LinuxSavePanel>(windows_, spec, std::move(validate), std::move(answer));
 }
 

@@ -26,14 +26,14 @@ bool readActions(const QString& text, const Found& found) {
     int depth = 0;
     bool isFile = false;
     while (!reader.atEnd()) {
-        const qint64 before = reader.characterOffset();
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
             ++depth;
             if (depth == 1) {
                 isFile = reader.name() == QLatin1String("actions");
             } else if (depth == 2 && reader.name() == QLatin1String("action")) {
-                start = before;
+                // The reader may have looked one sign ahead.
+                start = text.lastIndexOf(QLatin1String("<action"), reader.characterOffset() - 1);
                 id.clear();
             } else if (depth == 3 && reader.name() == QLatin1String("unique-id")) {
                 id = reader.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
@@ -42,12 +42,16 @@ bool readActions(const QString& text, const Found& found) {
             break;
         case QXmlStreamReader::EndElement:
             if (depth == 2) {
-                found(id, start, reader.characterOffset());
+                const qint64 end = text.lastIndexOf(QLatin1String("</action"), reader.characterOffset() - 1);
+                found(id, start, text.indexOf(QLatin1Char('>'), end) + 1);
             }
             --depth;
             break;
-        case QXmlStreamReader::DTD:
-            return false;
+        case QXmlStreamReader::DTD: // Thunar's own file for all users has one, without entities
+            if (!reader.entityDeclarations().isEmpty()) {
+                return false;
+            }
+            break;
         default:
             break;
         }

@@ -73,30 +73,31 @@ void LinuxWorkspace::openURL(const std::string& url) {
 // Not by the file's own type: a new file is empty, and some desktops take an empty file for nothing in particular.
 void LinuxWorkspace::openInTextEditor(const std::string& path, Done done) {
     auto* question = new QProcess(QCoreApplication::instance());
-    const auto answered = lifetime_.guard([this, question, path, done = std::move(done)]() mutable {
+    const Answer answer(std::move(done));
+    const auto answered = [this, question, path, answer] {
         const QString entry = QString::fromUtf8(question->readAllStandardOutput()).trimmed();
         const QString file = entry.isEmpty()
                                  ? QString()
                                  : QStandardPaths::locate(QStandardPaths::ApplicationsLocation, entry);
         if (file.isEmpty()) {
             log_.write("no program for plain text is set");
-            Answer(std::move(done))(false);
+            answer(false);
             return;
         }
-        handOver({"gio", "launch", file.toStdString(), path}, std::move(done));
-    });
-    const auto finish = [question, answered, told = std::make_shared<bool>(false)]() mutable {
-        if (!std::exchange(*told, true)) {
-            answered();
-            question->deleteLater();
-        }
+        handOver({"gio", "launch", file.toStdString(), path}, [answer](bool opened) { answer(opened); });
     };
-    QObject::connect(question, &QProcess::finished, question, finish);
-    QObject::connect(question, &QProcess::errorOccurred, question, [finish](QProcess::ProcessError error) mutable {
-        if (error == QProcess::FailedToStart) {
-            finish();
-        }
-    });
+    const auto finish = [question, answered] {
+        question->deleteLater();
+        answered();
+    };
+    QObject::connect(question, &QProcess::finished, question,
+                     lifetime_.guard([finish](int, QProcess::ExitStatus) { finish(); }));
+    QObject::connect(question, &QProcess::errorOccurred, question,
+                     lifetime_.guard([finish](QProcess::ProcessError error) {
+                         if (error == QProcess::FailedToStart) {
+                             finish();
+                         }
+                     }));
     question->setStandardErrorFile(QProcess::nullDevice());
     question->setStandardInputFile(QProcess::nullDevice());
     question->start(QStringLiteral("xdg-mime"), {QStringLiteral("query"), QStringLiteral("default"),

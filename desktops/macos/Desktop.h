@@ -5,22 +5,27 @@
 #include "desktops/macos/Application.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/Files.h"
+#include "desktops/macos/FrontFolder.h"
 #include "desktops/macos/HotKeys.h"
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
 #include "desktops/macos/Pointer.h"
+#include "desktops/macos/QuickActions.h"
 #include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
+#include "desktops/macos/SavePanels.h"
 #include "desktops/macos/Screens.h"
 #include "desktops/macos/SessionLock.h"
 #include "desktops/macos/Sounds.h"
 #include "desktops/macos/StatusBar.h"
 #include "desktops/macos/TextMeter.h"
 #include "desktops/macos/Thumbnails.h"
+#include "desktops/macos/URLSessions.h"
 #include "desktops/macos/Updates.h"
 #include "desktops/macos/UserDefaults.h"
 #include "desktops/macos/Window.h"
+#include "desktops/macos/Workspace.h"
 #include "platform/Desktop.h"
 
 namespace rb {
@@ -56,9 +61,37 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
-    Desktop desktop_{application_,   runLoop_, userDefaults_,  statusBar_,   windows_,    panels_,     alerts_,
-                     screens_,       pointer_, hotKeys_,       sessionLock_, appearance_, textMeter_,  updates_,
-                     eventMonitors_, files_,   layerRenderer_, random_,      sounds_,     thumbnails_, log_};
+    MacWorkspace workspace_;
+    MacFrontFolder frontFolder_;
+    MacSavePanels savePanels_;
+    MacQuickActions quickActions_;
+    MacURLSessions urlSessions_;
+    Desktop desktop_{.application = application_,
+                     .runLoop = runLoop_,
+                     .userDefaults = userDefaults_,
+                     .statusBar = statusBar_,
+                     .windows = windows_,
+                     .panels = panels_,
+                     .alerts = alerts_,
+                     .screens = screens_,
+                     .pointer = pointer_,
+                     .hotKeys = hotKeys_,
+                     .sessionLock = sessionLock_,
+                     .appearance = appearance_,
+                     .textMeter = textMeter_,
+                     .updates = updates_,
+                     .eventMonitors = eventMonitors_,
+                     .files = files_,
+                     .layerRenderer = layerRenderer_,
+                     .random = random_,
+                     .sounds = sounds_,
+                     .thumbnails = thumbnails_,
+                     .workspace = workspace_,
+                     .frontFolder = frontFolder_,
+                     .savePanels = savePanels_,
+                     .quickActions = quickActions_,
+                     .urlSessions = urlSessions_,
+                     .log = log_};
 };
 
 } // namespace rb

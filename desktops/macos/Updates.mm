@@ -13,6 +13,7 @@
 // What the controller asks its delegate; it looks the methods up by name.
 @protocol RBMacUpdaterDelegate <NSObject>
 - (NSString*)feedURLStringForUpdater:(id)updater;
+- (void)updater:(id)updater didFinishUpdateCycleForUpdateCheck:(NSInteger)updateCheck error:(NSError*)error;
 @end
 
 @interface RBMacUpdaterQuestions : NSObject <RBMacUpdaterDelegate>
@@ -25,6 +26,15 @@
 - (NSString*)feedURLStringForUpdater:(id)updater {
     const auto feed = self.target != nullptr ? self.target->feedURLStringForUpdater() : std::nullopt;
     return feed ? rb::nsString(*feed) : nil;
+}
+
+- (void)updater:(id)updater didFinishUpdateCycleForUpdateCheck:(NSInteger)updateCheck error:(NSError*)error {
+    if (self.target == nullptr) {
+        return;
+    }
+    self.target->updaterDidFinishUpdateCycle(
+        error != nil ? std::optional(rb::UpdateError{.domain = rb::utf8String(error.domain), .code = error.code})
+                     : std::nullopt);
 }
 
 @end

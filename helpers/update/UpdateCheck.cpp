@@ -75,7 +75,12 @@ UpdateCheck::UpdateCheck(Settings settings, UpdateView& view, Failed failed)
     , view_(view)
     , failed_(std::move(failed)) {}
 
-UpdateCheck::~UpdateCheck() = default;
+UpdateCheck::~UpdateCheck() {
+    if (process_) {
+        process_->disconnect(); // its end under our hands is nobody's news
+        process_->kill();
+    }
+}
 
 void UpdateCheck::start() {
     view_.showChecking();

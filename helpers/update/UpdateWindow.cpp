@@ -65,7 +65,8 @@ ProblemTexts textsOf(UpdateProblem problem) {
 
 QString plainNotes(const std::string& notes) {
     const QString text = QString::fromStdString(notes);
-    return (Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text).trimmed();
+    QString plain = Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text;
+    return plain.remove(QChar(QChar::ObjectReplacementCharacter)).trimmed();
 }
 
 QString shownSize(std::uint64_t bytes) {

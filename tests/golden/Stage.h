@@ -40,6 +40,11 @@ struct Stage {
                 .random = given.random,
                 .sounds = given.sounds,
                 .thumbnails = thumbnails,
+                .workspace = given.workspace,
+                .frontFolder = given.frontFolder,
+                .savePanels = given.savePanels,
+                .quickActions = given.quickActions,
+                .urlSessions = given.urlSessions,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {

@@ -44,6 +44,22 @@ TEST(CommandLine, FilesToHangBecomeAbsolute) {
     EXPECT_EQ(read({"hang"}).action, Action::Refuse);
 }
 
+TEST(CommandLine, ANewTextFileMayNameItsFolder) {
+    const auto arguments = [](const std::vector<std::string>& words) {
+        const CommandLine line = readCommandLine(words, "/work");
+        EXPECT_EQ(line.action, CommandLine::Action::Run);
+        return line.arguments;
+    };
+    using Words = std::vector<std::string>;
+    EXPECT_EQ(arguments({"new-text"}), Words{"new-text"});
+    EXPECT_EQ(arguments({"new-text", ""}), Words{"new-text"});
+    EXPECT_EQ(arguments({"new-text", "a b"}), (Words{"new-text", "/work/a b"}));
+    EXPECT_EQ(arguments({"new-text", "/100%25"}), (Words{"new-text", "/100%25"})) << "a path is no address";
+    EXPECT_EQ(arguments({"new-text", "file:///a%20b/%E6%96%87"}), (Words{"new-text", "/a b/文"}));
+    EXPECT_EQ(arguments({"new-text", "file://localhost/a%2"}), (Words{"new-text", "/a%2"}));
+    EXPECT_EQ(readCommandLine({"new-text", "a", "b"}, "/work").action, CommandLine::Action::Refuse);
+}
+
 } // namespace
 
 } // namespace rb

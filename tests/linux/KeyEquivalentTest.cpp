@@ -1,5 +1,6 @@
 #include "desktops/linux/KeyEquivalent.h"
 
+#include <QInputDevice>
 #include <gtest/gtest.h>
 
 namespace rb {
@@ -7,7 +8,8 @@ namespace rb {
 namespace {
 
 QKeyEvent press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
-    return {QEvent::KeyPress, key, modifiers};
+    static const QInputDevice keyboard; // without an application Qt would make one and never free it
+    return {QEvent::KeyPress, key, modifiers, 0, 0, 0, {}, false, 1, &keyboard};
 }
 
 TEST(KeyEquivalent, IsShownAsLinuxNamesTheKeys) {

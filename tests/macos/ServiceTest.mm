@@ -73,6 +73,7 @@ public:
             told += path + " ";
         }
     }
+    void applicationNewTextFile(const std::optional<std::string>& /*folder*/) override {}
     void applicationWillTerminate() override {}
     bool acceptsPreviewPanelControl() override { return false; }
     void beginPreviewPanelControl(PreviewPanel& /*panel*/) override {}

@@ -249,6 +249,7 @@ public:
     void applicationOpenFiles(const std::vector<std::string>& paths) override {
         events += "open:" + paths.front() + " ";
     }
+    void applicationNewTextFile(const std::optional<std::string>& /*folder*/) override {}
     void applicationWillTerminate() override { events += "terminate "; }
     bool acceptsPreviewPanelControl() override { return false; }
     void beginPreviewPanelControl(PreviewPanel& /*panel*/) override {}

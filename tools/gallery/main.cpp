@@ -30,6 +30,7 @@ public:
     }
     bool applicationShouldHandleReopen(bool /*hasVisibleWindows*/) override { return true; }
     void applicationOpenFiles(const std::vector<std::string>& /*paths*/) override {}
+    void applicationNewTextFile(const std::optional<std::string>& /*folder*/) override {}
     void applicationWillTerminate() override {}
     bool acceptsPreviewPanelControl() override { return false; }
     void beginPreviewPanelControl(rb::PreviewPanel& /*panel*/) override {}

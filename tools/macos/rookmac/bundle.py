@@ -11,6 +11,9 @@ from pathlib import Path
 from .sign import sign_bundle
 from .toolchain import MINIMUM
 
+# Folders that go into Contents/Resources as they are.
+FOLDERS = [Path(__file__).resolve().parents[3] / "resources/NewText.workflow"]
+
 
 def information(template, version):
     """The information dictionary; a key without a value is left to deployment and not written."""
@@ -28,6 +31,8 @@ def lay_out(app, template, version, icon, program, helpers):
     (contents / "PkgInfo").write_bytes(b"APPL????")
     shutil.copy(program, contents / "MacOS" / info["CFBundleExecutable"])
     shutil.copy(icon, resources / f"{info['CFBundleIconFile']}.icns")
+    for folder in FOLDERS:
+        shutil.copytree(folder, resources / folder.name)
     for helper in helpers:
         shutil.copy(helper, resources / helper.name)
 

@@ -3,6 +3,7 @@
 import shutil
 from pathlib import Path
 
+from . import bundle
 from .facts import TOOLS
 from .toolchain import ARCHITECTURES, MINIMUM, SDK_VERSION
 
@@ -162,6 +163,7 @@ class NinjaFile:
         template, entitlements = PACKAGING / "Info.plist.in", PACKAGING / "entitlements.plist"
         arguments = [template, entitlements, version(), icon, program, *programs]
         tools = [TOOLS / "rookmac/bundle.py", TOOLS / "rookmac/sign.py"]
+        tools += [path for folder in bundle.FOLDERS for path in sorted(folder.rglob("*")) if path.is_file()]
         self.build([self.out / "bundle.stamp"], "bundle", arguments[:2] + arguments[3:], implicit=tools,
                    app=quote([app]), arguments=quote(arguments))  # fmt: skip
         path.write_text("\n".join(self.lines) + "\n")
