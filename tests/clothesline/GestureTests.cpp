@@ -103,7 +103,7 @@ TEST_F(Gestures, TheArrowKeysWalkTheLineAndStopAtItsEnds) {
 TEST_F(Gestures, TheCornerTakesTheCardDownAndLeavesTheFile) {
     const auto cards = hang(2);
     const Rect frame = cards[0]->peg.frame;
-    const Point corner{28 - frame.width / 2, frame.height / 2 - 28};
+    const Point corner{27.5 - frame.width / 2, frame.height / 2 - 27.5};
     const Point beside{corner.x + 1, corner.y};
     over(cards[0]);
     hand().press(over(cards[0], beside));
