@@ -3,7 +3,9 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/DragPasteboard.h"
 #include "desktops/macos/EventMonitors.h"
+#include "desktops/macos/FileOperations.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FrontFolder.h"
 #include "desktops/macos/HotKeys.h"
@@ -11,6 +13,7 @@
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
 #include "desktops/macos/Pointer.h"
+#include "desktops/macos/PreviewPanel.h"
 #include "desktops/macos/QuickActions.h"
 #include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
@@ -33,7 +36,7 @@ namespace rb {
 // All services of macOS. Created first thing in the program, on the main thread, and outlives everything else.
 class MacDesktop {
 public:
-    MacDesktop() = default;
+    MacDesktop() { application_.setPreviewPanel(previewPanel_); }
     MacDesktop(const MacDesktop&) = delete;
     MacDesktop& operator=(const MacDesktop&) = delete;
 
@@ -61,6 +64,9 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
+    MacFileOperations fileOperations_;
+    MacDragPasteboard dragPasteboard_;
+    MacPreviewPanel previewPanel_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
@@ -86,6 +92,9 @@ private:
                      .random = random_,
                      .sounds = sounds_,
                      .thumbnails = thumbnails_,
+                     .fileOperations = fileOperations_,
+                     .dragPasteboard = dragPasteboard_,
+                     .previewPanel = previewPanel_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,
