@@ -64,11 +64,13 @@ protected:
     }
 
 private:
-    // In the middle of the screen with the pointer, as large as the content would like.
+    // In the lower part of the screen with the pointer, so that what hangs at its top stays in sight; as large as the
+    // content would like.
     void place() {
         const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
-        const QRect area = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
-        const QSize most = area.size() * 4 / 5;
+        QRect area = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+        area.setTop(area.top() + area.height() / 4);
+        const QSize most = area.size() * 9 / 10;
         const QSize size = content_->sizeHint().boundedTo(most).expandedTo(minimumSize());
         setGeometry(QRect(area.center() - QPoint(size.width(), size.height()) / 2, size));
     }
