@@ -36,7 +36,7 @@ public:
     // What a drop of the drag would do; opens the line for one with files.
     std::uint32_t dropEntered(const DraggingInfo& drag);
     void dropExited() { setDropHighlight(false); }
-    bool performDrop(const DraggingInfo& drag);
+    bool performDrop(const DraggingInfo& drag) override;
 
 private:
     std::uint32_t dragUpdated(const DraggingInfo& drag) override { return dropEntered(drag); }

@@ -1,13 +1,16 @@
 #include "desktops/linux/DragSource.h"
 
+#include "desktops/linux/Bitmap.h"
 #include "desktops/linux/XConnection.h"
 #include "platform/Files.h"
 #include "platform/RunLoop.h"
 
 #include <QDrag>
+#include <QGuiApplication>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QMimeData>
+#include <QPainter>
 #include <QUrl>
 #include <QWidget>
 
@@ -20,6 +23,7 @@ namespace {
 
 constexpr double watchTime = 60; // seconds; a target may first ask its user what to do
 constexpr std::uint32_t escapeKeycode = 9;
+constexpr double pictureOpacity = 0.85;
 
 std::uint32_t operationFor(Qt::DropAction action) {
     switch (action) {
@@ -43,11 +47,30 @@ Qt::DropActions actionsFor(std::uint32_t operations) {
     return actions;
 }
 
+// As large as it hangs; a symbol needs no picture, the pointer's own will do.
+QPixmap pictureFor(const FileDrag& drag, const QSizeF& size, double ratio) {
+    const auto* bitmap = std::get_if<std::shared_ptr<const Bitmap>>(&drag.picture);
+    const auto picture = bitmap ? std::dynamic_pointer_cast<const LinuxBitmap>(*bitmap) : nullptr;
+    if (!picture) {
+        return {};
+    }
+    QPixmap pixmap((size * ratio).toSize());
+    pixmap.fill(Qt::transparent);
+    QRectF target(QPointF(), QSizeF(picture->image().size()).scaled(size * ratio, Qt::KeepAspectRatio));
+    target.moveCenter(QRectF(QPointF(), size * ratio).center());
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setOpacity(pictureOpacity);
+    painter.drawImage(target, picture->halvedTo(target.size().toSize()));
+    painter.end();
+    pixmap.setDevicePixelRatio(ratio);
+    return pixmap;
+}
+
 } // namespace
 
-DragSource::DragSource(RunLoop& loop, const Pictures& pictures)
-    : loop_(loop)
-    , pictures_(pictures) {}
+DragSource::DragSource(RunLoop& loop)
+    : loop_(loop) {}
 
 DragSource::~DragSource() = default;
 
@@ -68,12 +91,16 @@ void DragSource::run(const QPointer<QWidget>& window, QPoint hotSpot) {
         data->setUrls({QUrl::fromLocalFile(QString::fromStdString(drag_->path))});
         drag->setMimeData(data);
         const QSizeF size(drag_->frame.width, drag_->frame.height);
-        drag->setPixmap(pictures_.pixmap(drag_->picture, size, drag_->frame.width, window->palette().text().color(),
-                                         window->devicePixelRatioF()));
+        drag->setPixmap(pictureFor(*drag_, size, window->devicePixelRatioF()));
         drag->setHotSpot(hotSpot);
         std::unique_ptr<XConnection> connection;
-        const Handle escape = cancelAtEscape(connection);
-        const Qt::DropActions actions = actionsFor(drag_->operationsOutside | drag_->operationsInside);
+        const Handle keys = watchKeys(connection);
+        Qt::DropActions actions = actionsFor(drag_->operationsOutside | drag_->operationsInside);
+        if (actions.testFlag(Qt::CopyAction) && QGuiApplication::queryKeyboardModifiers() == Qt::ControlModifier) {
+            // File managers move whatever may be moved, so a copy is all that is offered. Folder cards have the file
+            // under their own name in any case.
+            actions = Qt::CopyAction;
+        }
         done = drag->exec(actions, actions.testFlag(Qt::MoveAction) ? Qt::MoveAction : Qt::CopyAction);
     }
     const std::unique_ptr<FileDrag> ended = std::move(drag_);
@@ -86,7 +113,7 @@ void DragSource::run(const QPointer<QWidget>& window, QPoint hotSpot) {
     }
 }
 
-Handle DragSource::cancelAtEscape(std::unique_ptr<XConnection>& connection) {
+Handle DragSource::watchKeys(std::unique_ptr<XConnection>& connection) {
     connection = XConnection::open();
     if (!connection) {
         return {};

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "desktops/linux/Pictures.h"
 #include "platform/Dragging.h"
 #include "platform/Handle.h"
 
@@ -21,7 +20,7 @@ class XConnection;
 // move is believed only when the file has left its place, which is watched for a while after the drag.
 class DragSource {
 public:
-    DragSource(RunLoop& loop, const Pictures& pictures);
+    explicit DragSource(RunLoop& loop);
     ~DragSource();
     DragSource(const DragSource&) = delete;
     DragSource& operator=(const DragSource&) = delete;
@@ -35,11 +34,10 @@ public:
 private:
     void run(const QPointer<QWidget>& window, QPoint hotSpot);
     // Programs hear of Escape only with the focus, which a panel never has.
-    static Handle cancelAtEscape(std::unique_ptr<XConnection>& connection);
+    static Handle watchKeys(std::unique_ptr<XConnection>& connection);
     void watch(const FileDrag& drag);
 
     RunLoop& loop_;
-    const Pictures& pictures_;
     std::unique_ptr<FileDrag> drag_;
     std::unique_ptr<QFileSystemWatcher> watcher_;
     Handle patience_;

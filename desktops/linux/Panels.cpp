@@ -319,7 +319,7 @@ void LinuxPanel::compositorChanged() {
 LinuxPanels::LinuxPanels(LayerTicker& ticker, XConnection* connection, const Pictures& pictures)
     : ticker_(ticker)
     , pictures_(pictures)
-    , dragSource_(ticker.loop(), pictures)
+    , dragSource_(ticker.loop())
     , compositor_(connection) {
     compositor_.setListener([this] {
         for (LinuxPanel* panel : panels_) {

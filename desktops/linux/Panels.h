@@ -19,6 +19,7 @@ namespace rb {
 
 class LinuxPanels;
 class MenuWidget;
+class Pictures;
 class Symbols;
 class XConnection;
 

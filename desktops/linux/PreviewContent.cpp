@@ -24,6 +24,7 @@ constexpr int largestPicture = 2400; // pixels on the longer side
 constexpr qint64 mostText = 1 << 20; // bytes
 constexpr int documentSide = 720;    // points
 constexpr int iconSide = 128;
+constexpr int nameSize = 16; // pixels
 
 // A picture scaled down to fit, centred.
 class PictureView final : public QWidget {
@@ -98,7 +99,7 @@ public:
         auto* name = addLabel(info.fileName());
         QFont font = name->font();
         font.setBold(true);
-        font.setPointSizeF(font.pointSizeF() * 1.25);
+        font.setPixelSize(nameSize);
         name->setFont(font);
         facts_ = addLabel({});
         layout_->addStretch();
