@@ -4,7 +4,9 @@
 #include "desktops/linux/Style.h"
 #include "desktops/linux/TextMeter.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QCompleter>
 #include <QCursor>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -164,6 +166,9 @@ void SaveDialog::accept() {
     const std::string chosen = path.toStdString();
     const auto refusal = validate_ ? validate_(chosen) : std::nullopt;
     if (refusal) {
+        if (name->completer() != nullptr) {
+            name->completer()->popup()->hide(); // it would cover what is said
+        }
         say(*refusal);
         return;
     }

@@ -167,7 +167,7 @@ void UpdateWindow::show(const Page& page) {
 void UpdateWindow::fit() {
     // Wrapped texts know their height only for a width.
     for (QLabel* label : {heading_, text_}) {
-        label->setFixedHeight(label->heightForWidth(textWidth));
+        label->setFixedHeight(std::max(label->heightForWidth(textWidth), 0));
     }
     adjustSize();
 }
