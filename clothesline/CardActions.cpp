@@ -6,7 +6,9 @@
 #include "platform/FileOperations.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
+#include "platform/Pasteboards.h"
 #include "platform/Sounds.h"
+#include "platform/Thumbnails.h"
 #include "platform/Workspace.h"
 
 #include <algorithm>
@@ -22,6 +24,14 @@ void CardActions::copyItem(const RBPegItemRef& item) {
         line_.prune();
         return;
     }
+    SharedBytes png;
+    if (item->isImage) {
+        std::string ending = item->path.substr(item->path.find_last_of("./"));
+        std::transform(ending.begin(), ending.end(), ending.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        png = ending == ".png" ? desktop_.fileOperations.contents(item->path) : desktop_.thumbnails.pngData(item->path);
+    }
+    desktop_.pasteboards.general().write(PasteboardPictureFile{.path = item->path, .png = png});
     line_.showPill(item);
     line_.nudge(*item, 3);
 }
@@ -35,7 +45,7 @@ void CardActions::revealItem(const RBPegItem& item) {
 }
 
 void CardActions::copyPathOf(const RBPegItem& item) {
-    (void)item;
+    desktop_.pasteboards.general().write(item.path);
     toasts_.RBShowToast("已拷贝路径", "doc.on.doc.fill", SystemColor::Blue);
 }
 

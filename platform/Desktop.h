@@ -5,6 +5,8 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class Archives;
+class ByteCounts;
 class DragPasteboard;
 class EventMonitors;
 class FileOperations;
@@ -14,6 +16,7 @@ class HotKeys;
 class LayerRenderer;
 class Log;
 class Panels;
+class Pasteboards;
 class Pointer;
 class PreviewPanel;
 class QuickActions;
@@ -62,6 +65,9 @@ struct Desktop {
     SavePanels& savePanels;
     QuickActions& quickActions;
     URLSessions& urlSessions;
+    Pasteboards& pasteboards;
+    Archives& archives;
+    ByteCounts& byteCounts;
     Log& log;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Bytes.h"
+
 #include <optional>
 #include <string>
 
@@ -20,6 +22,8 @@ public:
     virtual std::optional<FileFailure> moveItem(const std::string& from, const std::string& to) = 0;
     // Folders with all they hold.
     virtual std::optional<FileFailure> copyItem(const std::string& from, const std::string& to) = 0;
+    // All bytes of a file; null when they can't be read.
+    virtual SharedBytes contents(const std::string& path) const = 0;
     // From where the user can put it back; never deletes instead.
     virtual std::optional<FileFailure> trashItem(const std::string& path) = 0;
 };

@@ -3,6 +3,8 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/Archives.h"
+#include "desktops/linux/ByteCounts.h"
 #include "desktops/linux/DragPasteboard.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/FileOperations.h"
@@ -13,6 +15,7 @@
 #include "desktops/linux/LayerRenderer.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
+#include "desktops/linux/Pasteboards.h"
 #include "desktops/linux/Pointer.h"
 #include "desktops/linux/PreviewPanel.h"
 #include "desktops/linux/QuickActions.h"
@@ -93,6 +96,9 @@ private:
     LinuxSavePanels savePanels_;
     LinuxQuickActions quickActions_;
     LinuxURLSessions urlSessions_;
+    LinuxPasteboards pasteboards_;
+    LinuxArchives archives_;
+    LinuxByteCounts byteCounts_;
     Desktop services_;
 };
 

@@ -88,7 +88,7 @@ void LinuxDragPasteboard::answerFrom(xcb_atom_t property) {
                                 static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
     // A list too long for one property comes in pieces, which the drop will read.
     const bool inPieces = reply->type == connection_.atom("INCR");
-    answered({inPieces || !filesOfUriList(list).empty() ? FileURLDragType : URLDragType});
+    answered({inPieces || !localFilesOf(list).empty() ? FileURLDragType : URLDragType});
 }
 
 void LinuxDragPasteboard::answerFromTypeList() {

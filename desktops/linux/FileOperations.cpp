@@ -121,6 +121,15 @@ std::optional<FileFailure> LinuxFileOperations::copyItem(const std::string& from
     return copyInto(copy, from, to);
 }
 
+SharedBytes LinuxFileOperations::contents(const std::string& path) const {
+    QFile file(QString::fromStdString(path));
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
+        return nullptr;
+    }
+    const QByteArray bytes = file.readAll();
+    return file.error() == QFileDevice::NoError ? std::make_shared<const Bytes>(bytes.begin(), bytes.end()) : nullptr;
+}
+
 std::optional<FileFailure> LinuxFileOperations::trashItem(const std::string& path) {
     struct stat before {};
     if (lstat(path.c_str(), &before) != 0) {

@@ -10,6 +10,7 @@ class LinuxFileOperations final : public FileOperations {
 public:
     std::optional<FileFailure> moveItem(const std::string& from, const std::string& to) override;
     std::optional<FileFailure> copyItem(const std::string& from, const std::string& to) override;
+    SharedBytes contents(const std::string& path) const override;
     // By the rules that file managers share: on the file's own file system where that has a Trash, else in the home's.
     std::optional<FileFailure> trashItem(const std::string& path) override;
 };

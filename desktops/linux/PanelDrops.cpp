@@ -40,7 +40,7 @@ std::uint32_t LinuxDraggingInfo::sourceOperationMask() const {
 }
 
 std::vector<std::string> LinuxDraggingInfo::files() const {
-    return filesOfUriList(event_.mimeData()->data(QStringLiteral("text/uri-list")).toStdString());
+    return localFilesOf(event_.mimeData()->data(QStringLiteral("text/uri-list")).toStdString());
 }
 
 void answerDrag(QDropEvent& event, std::uint32_t operation) {

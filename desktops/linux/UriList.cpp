@@ -1,6 +1,9 @@
 #include "desktops/linux/UriList.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
+#include <cstdint>
 #include <optional>
 #include <unistd.h>
 
@@ -8,95 +11,97 @@ namespace rb {
 
 namespace {
 
-std::optional<unsigned> hexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return static_cast<unsigned>(c - '0');
+int hexDigit(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return digit - '0';
     }
-    const char lower = static_cast<char>(c | 0x20);
-    if (lower >= 'a' && lower <= 'f') {
-        return static_cast<unsigned>(lower - 'a') + 10;
-    }
-    return std::nullopt;
+    const char lower = static_cast<char>(digit | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
 std::optional<std::string> percentDecoded(std::string_view text) {
     std::string decoded;
-    decoded.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        char c = text[i];
-        if (c == '%') {
-            const auto high = i + 2 < text.size() ? hexDigit(text[i + 1]) : std::nullopt;
-            const auto low = high ? hexDigit(text[i + 2]) : std::nullopt;
-            if (!low) {
-                return std::nullopt;
-            }
-            c = static_cast<char>(*high * 16 + *low);
-            i += 2;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        if (text[index] != '%') {
+            decoded += text[index];
+            continue;
         }
-        if (c == '\0') {
+        if (index + 2 >= text.size()) {
             return std::nullopt;
         }
-        decoded += c;
+        const int high = hexDigit(text[index + 1]);
+        const int low = hexDigit(text[index + 2]);
+        // No file name holds a byte of zero.
+        if (high < 0 || low < 0 || high + low == 0) {
+            return std::nullopt;
+        }
+        decoded += static_cast<char>(high * 16 + low);
+        index += 2;
     }
     return decoded;
 }
 
-bool startsWithScheme(std::string_view uri) {
-    constexpr std::string_view scheme = "file:";
-    if (uri.size() < scheme.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < scheme.size(); ++i) {
-        const char c = uri[i];
-        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c) != scheme[i]) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool isThisMachine(std::string_view host) {
+bool isThisHost(std::string_view host) {
     std::array<char, 256> name{};
     return host.empty() || host == "localhost" ||
-           (gethostname(name.data(), name.size() - 1) == 0 && host == std::string_view(name.data()));
+           (gethostname(name.data(), name.size() - 1) == 0 && host == name.data());
 }
 
-std::optional<std::string> fileOf(std::string_view uri) {
-    if (!startsWithScheme(uri)) {
+std::optional<std::string> localFile(std::string_view uri) {
+    constexpr std::string_view scheme = "file:";
+    if (uri.size() <= scheme.size() || !std::equal(scheme.begin(), scheme.end(), uri.begin(), [](char wanted, char is) {
+            return wanted == std::tolower(static_cast<unsigned char>(is));
+        })) {
         return std::nullopt;
     }
-    std::string_view rest = uri.substr(5);
-    if (rest.starts_with("//")) {
-        rest.remove_prefix(2);
-        const std::size_t slash = rest.find('/');
-        if (slash == std::string_view::npos || !isThisMachine(rest.substr(0, slash))) {
+    uri.remove_prefix(scheme.size());
+    if (uri.starts_with("//")) {
+        uri.remove_prefix(2);
+        const std::size_t slash = std::min(uri.find('/'), uri.size());
+        if (!isThisHost(uri.substr(0, slash))) {
             return std::nullopt;
         }
-        rest.remove_prefix(slash);
+        uri.remove_prefix(slash);
     }
-    if (!rest.starts_with('/')) {
+    if (!uri.starts_with('/')) {
         return std::nullopt;
     }
-    return percentDecoded(rest.substr(0, rest.find_first_of("?#")));
+    return percentDecoded(uri);
 }
 
 } // namespace
 
-std::vector<std::string> filesOfUriList(std::string_view list) {
-    std::vector<std::string> files;
-    while (!list.empty()) {
-        const std::size_t end = std::min(list.find_first_of("\r\n"), list.size());
-        std::string_view line = list.substr(0, end);
-        list.remove_prefix(std::min(end + 1, list.size()));
-        // Some programs end the whole with a zero byte.
-        while (!line.empty() && (line.back() == '\0' || line.back() == ' ')) {
-            line.remove_suffix(1);
+std::vector<std::string> localFilesOf(std::string_view uriList) {
+    std::vector<std::string> paths;
+    for (std::size_t start = 0; start < uriList.size();) {
+        const std::size_t end = std::min(uriList.find_first_of(std::string_view("\r\n\0", 3), start), uriList.size());
+        if (auto path = localFile(uriList.substr(start, end - start))) {
+            // Folders may end with a slash; paths of the product don't.
+            while (path->size() > 1 && path->ends_with('/')) {
+                path->pop_back();
+            }
+            paths.push_back(std::move(*path));
         }
-        if (auto file = fileOf(line)) {
-            files.push_back(std::move(*file));
+        start = end + 1;
+    }
+    return paths;
+}
+
+std::string fileUri(std::string_view path) {
+    constexpr std::string_view plain = "/-._~!$&'()*+,;=:@";
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string uri = "file://";
+    for (const char character : path) {
+        const auto byte = static_cast<std::uint8_t>(character);
+        if (byte < 0x80 && (std::isalnum(byte) != 0 || plain.find(character) != std::string_view::npos)) {
+            uri += character;
+        } else {
+            uri += '%';
+            uri += digits[byte >> 4U];
+            uri += digits[byte & 0xFU];
         }
     }
-    return files;
+    return uri;
 }
 
 } // namespace rb

@@ -3,6 +3,8 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/Archives.h"
+#include "desktops/macos/ByteCounts.h"
 #include "desktops/macos/DragPasteboard.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/FileOperations.h"
@@ -12,6 +14,7 @@
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
+#include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/Pointer.h"
 #include "desktops/macos/PreviewPanel.h"
 #include "desktops/macos/QuickActions.h"
@@ -72,6 +75,9 @@ private:
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
+    MacPasteboards pasteboards_;
+    MacArchives archives_{log_};
+    MacByteCounts byteCounts_;
     Desktop desktop_{.application = application_,
                      .runLoop = runLoop_,
                      .userDefaults = userDefaults_,
@@ -100,6 +106,9 @@ private:
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
+                     .pasteboards = pasteboards_,
+                     .archives = archives_,
+                     .byteCounts = byteCounts_,
                      .log = log_};
 };
 

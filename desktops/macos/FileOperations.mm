@@ -35,6 +35,15 @@ std::optional<FileFailure> MacFileOperations::copyItem(const std::string& from, 
     return failureFrom(error);
 }
 
+SharedBytes MacFileOperations::contents(const std::string& path) const {
+    NSData* data = [NSData dataWithContentsOfFile:nsString(path)];
+    if (data == nil) {
+        return nullptr;
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(data.bytes);
+    return std::make_shared<const Bytes>(bytes, bytes + data.length);
+}
+
 std::optional<FileFailure> MacFileOperations::trashItem(const std::string& path) {
     NSError* error = nil;
     if ([NSFileManager.defaultManager trashItemAtURL:url(path) resultingItemURL:nil error:&error]) {

@@ -43,6 +43,9 @@ VirtualDesktop::VirtualDesktop()
                  .savePanels = savePanels_,
                  .quickActions = quickActions_,
                  .urlSessions = urlSessions_,
+                 .pasteboards = pasteboards_,
+                 .archives = archives_,
+                 .byteCounts = byteCounts_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

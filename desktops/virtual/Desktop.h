@@ -3,6 +3,8 @@
 #include "desktops/virtual/Alerts.h"
 #include "desktops/virtual/Appearance.h"
 #include "desktops/virtual/Application.h"
+#include "desktops/virtual/Archives.h"
+#include "desktops/virtual/ByteCounts.h"
 #include "desktops/virtual/DragPasteboard.h"
 #include "desktops/virtual/EventMonitors.h"
 #include "desktops/virtual/FileOperations.h"
@@ -16,6 +18,7 @@
 #include "desktops/virtual/Layers.h"
 #include "desktops/virtual/Log.h"
 #include "desktops/virtual/Panels.h"
+#include "desktops/virtual/Pasteboards.h"
 #include "desktops/virtual/Pointer.h"
 #include "desktops/virtual/QuickActions.h"
 #include "desktops/virtual/PreviewPanel.h"
@@ -82,6 +85,8 @@ public:
     VirtualSavePanels& savePanels() { return savePanels_; }
     VirtualQuickActions& quickActions() { return quickActions_; }
     VirtualURLSessions& urlSessions() { return urlSessions_; }
+    VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
+    VirtualArchives& archives() { return archives_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -123,6 +128,9 @@ private:
     VirtualSavePanels savePanels_{runLoop_};
     VirtualQuickActions quickActions_{runLoop_};
     VirtualURLSessions urlSessions_{runLoop_};
+    VirtualPasteboards pasteboards_{runLoop_};
+    VirtualArchives archives_;
+    VirtualByteCounts byteCounts_;
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
     VirtualHand hand_{runLoop_, pointer_, panels_, eventMonitors_, dragPasteboard_};

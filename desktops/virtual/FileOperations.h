@@ -18,6 +18,8 @@ public:
 
     std::optional<FileFailure> moveItem(const std::string& from, const std::string& to) override;
     std::optional<FileFailure> copyItem(const std::string& from, const std::string& to) override;
+    // "bytes of PATH".
+    SharedBytes contents(const std::string& path) const override;
     std::optional<FileFailure> trashItem(const std::string& path) override;
 
     // From now on everything fails for this reason; empty ends it.

@@ -17,6 +17,23 @@ TEST_F(Gestures, AClickCopiesOnceADoubleClickIsRuledOut) {
     desktop.advance(0.1);
     EXPECT_TRUE(pillShows(card));
     EXPECT_FALSE(card->pressed);
+    EXPECT_THAT(desktop.pasteboard().contents().files, ElementsAre("/Users/rb/a"));
+}
+
+TEST_F(Gestures, APictureIsCopiedAsFileAndAsPng) {
+    const auto png = [&](const std::string& path, Size size) {
+        desktop.files().addImage(path, size);
+        const auto card = line->hangURL(path, {.quietly = true});
+        click(card);
+        desktop.advance(0.6);
+        EXPECT_THAT(desktop.pasteboard().contents().files, ElementsAre(path));
+        const auto& data = desktop.pasteboard().contents().data;
+        const auto found = data.find(PasteboardType::Png);
+        return found == data.end() ? "none" : std::string(found->second.begin(), found->second.end());
+    };
+    EXPECT_EQ(png("/Users/rb/x.PNG", {40, 40}), "bytes of /Users/rb/x.PNG");
+    EXPECT_EQ(png("/Users/rb/y.jpg", {40, 40}), "PNG of /Users/rb/y.jpg");
+    EXPECT_EQ(png("/Users/rb/broken.png", {}), "none") << "what can't be decoded is only a file";
 }
 
 TEST_F(Gestures, ADoubleClickOpensAndNeverCopies) {
@@ -154,6 +171,8 @@ TEST_F(ContextMenu, DoesWhatItSays) {
     const auto cards = hang(4);
     choose(cards[1], "在 Finder 中显示");
     EXPECT_THAT(desktop.workspace().revealed(), ElementsAre("/Users/rb/b"));
+    choose(cards[1], "拷贝路径");
+    EXPECT_EQ(desktop.pasteboard().contents().text, "/Users/rb/b");
     choose(cards[1], "快速查看");
     EXPECT_EQ(desktop.previewPanel().shown(), "/Users/rb/b");
     choose(cards[1], "取下右边全部");

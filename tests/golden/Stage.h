@@ -48,6 +48,9 @@ struct Stage {
                 .savePanels = given.savePanels,
                 .quickActions = given.quickActions,
                 .urlSessions = given.urlSessions,
+                .pasteboards = given.pasteboards,
+                .archives = given.archives,
+                .byteCounts = given.byteCounts,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {
