@@ -1,5 +1,6 @@
 #include "desktops/linux/FileOperations.h"
 
+#include "desktops/linux/Trash.h"
 #include "desktops/linux/TreeCopy.h"
 #include "desktops/linux/UniqueFd.h"
 #include "platform/Files.h"
@@ -131,23 +132,11 @@ SharedBytes LinuxFileOperations::contents(const std::string& path) const {
 }
 
 std::optional<FileFailure> LinuxFileOperations::trashItem(const std::string& path) {
-    struct stat before {};
-    if (lstat(path.c_str(), &before) != 0) {
+    struct stat facts {};
+    if (lstat(path.c_str(), &facts) != 0) {
         return failureOf(errno);
     }
-    QFile file(QString::fromStdString(path));
-    errno = 0;
-    const bool moved = file.moveToTrash();
-    struct stat after {};
-    if (lstat(path.c_str(), &after) != 0) {
-        return std::nullopt;
-    }
-    // A file manager may have made another of that name in the meantime.
-    if (moved && (after.st_ino != before.st_ino || after.st_dev != before.st_dev)) {
-        return std::nullopt;
-    }
-    const std::string reason = file.errorString().toStdString();
-    return FileFailure{.reason = reason.empty() ? "it could not be moved to the Trash" : reason};
+    return putIntoTrash(path, [this](const std::string& from, const std::string& to) { return moveItem(from, to); });
 }
 
 } // namespace rb

@@ -148,11 +148,33 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhereAFileCameFrom) {
     write(here / "second", "text");
     EXPECT_FALSE(operations.trashItem(here / "文件 1.txt"));
     EXPECT_FALSE(fs::exists(here / "文件 1.txt"));
-    // On the home's own file system the home's Trash, else the one at the file system's top.
     const fs::path trash = home / "Trash";
-    if (fs::exists(trash)) {
-        EXPECT_EQ(read(trash / "files" / "文件 1.txt"), "text");
-        EXPECT_NE(read(trash / "info" / "文件 1.txt.trashinfo").find("%E6%96%87"), std::string::npos);
+    EXPECT_EQ(read(trash / "files" / "文件 1.txt"), "text");
+    EXPECT_NE(read(trash / "info" / "文件 1.txt.trashinfo").find("/%E6%96%87%E4%BB%B6%201.txt\nDeletionDate=2"),
+              std::string::npos);
+    // Namesakes keep their own places, links go as links, and a long name fits.
+    write(here / "文件 1.txt", "another");
+    EXPECT_FALSE(operations.trashItem(here / "文件 1.txt"));
+    EXPECT_EQ(read(trash / "files" / "文件 1.txt"), "text");
+    EXPECT_EQ(read(trash / "files" / "文件 1.txt.2"), "another");
+    fs::create_symlink("second", here / "link");
+    EXPECT_FALSE(operations.trashItem(here / "link"));
+    EXPECT_TRUE(fs::exists(here / "second"));
+    const std::string longest(255, 'n');
+    write(here / longest, "long");
+    EXPECT_FALSE(operations.trashItem(here / longest));
+    EXPECT_FALSE(fs::exists(here / longest));
+    EXPECT_EQ(entries(trash / "files"), 4U);
+    EXPECT_EQ(entries(trash / "info"), 4U);
+    if (twoFileSystems()) {
+        write(there / "far", "far");
+        EXPECT_FALSE(operations.trashItem(there / "far"));
+        const fs::path own = "/dev/shm/.Trash-" + std::to_string(getuid());
+        EXPECT_EQ(read(own / "files" / "far"), "far");
+        EXPECT_NE(read(own / "info" / "far.trashinfo").find("Path=" + there.filename().string() + "/far"),
+                  std::string::npos);
+        fs::remove(own / "files" / "far");
+        fs::remove(own / "info" / "far.trashinfo");
     }
     const auto missing = operations.trashItem(here / "nothing");
     if (dataHome) {
