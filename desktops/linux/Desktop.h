@@ -7,7 +7,9 @@
 #include "desktops/linux/ByteCounts.h"
 #include "desktops/linux/ChildProcesses.h"
 #include "desktops/linux/Displays.h"
+#include "desktops/linux/DragPasteboard.h"
 #include "desktops/linux/EventMonitors.h"
+#include "desktops/linux/FileOperations.h"
 #include "desktops/linux/Files.h"
 #include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/Hardware.h"
@@ -18,6 +20,7 @@
 #include "desktops/linux/Panels.h"
 #include "desktops/linux/Pasteboards.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/PreviewPanel.h"
 #include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
@@ -96,6 +99,9 @@ private:
     LinuxDisplays displays_;
     LinuxHardware hardware_;
     LinuxChildProcesses childProcesses_;
+    LinuxFileOperations fileOperations_;
+    LinuxDragPasteboard dragPasteboard_;
+    LinuxPreviewPanel previewPanel_;
     LinuxWorkspace workspace_;
     LinuxFrontFolder frontFolder_;
     LinuxSavePanels savePanels_;

@@ -7,7 +7,9 @@
 #include "desktops/macos/ByteCounts.h"
 #include "desktops/macos/ChildProcesses.h"
 #include "desktops/macos/Displays.h"
+#include "desktops/macos/DragPasteboard.h"
 #include "desktops/macos/EventMonitors.h"
+#include "desktops/macos/FileOperations.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FrontFolder.h"
 #include "desktops/macos/Hardware.h"
@@ -17,6 +19,7 @@
 #include "desktops/macos/Panels.h"
 #include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/Pointer.h"
+#include "desktops/macos/PreviewPanel.h"
 #include "desktops/macos/QuickActions.h"
 #include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
@@ -40,7 +43,7 @@ namespace rb {
 // All services of macOS. Created first thing in the program, on the main thread, and outlives everything else.
 class MacDesktop {
 public:
-    MacDesktop() = default;
+    MacDesktop() { application_.setPreviewPanel(previewPanel_); }
     MacDesktop(const MacDesktop&) = delete;
     MacDesktop& operator=(const MacDesktop&) = delete;
 
@@ -75,11 +78,17 @@ private:
     MacDisplays displays_;
     MacHardware hardware_;
     MacChildProcesses childProcesses_;
+    MacFileOperations fileOperations_;
+    MacDragPasteboard dragPasteboard_;
+    MacPreviewPanel previewPanel_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
+    MacPasteboards pasteboards_;
+    MacArchives archives_{log_};
+    MacByteCounts byteCounts_;
     Desktop desktop_{.application = application_,
                      .runLoop = runLoop_,
                      .userDefaults = userDefaults_,
@@ -107,11 +116,17 @@ private:
                      .displays = displays_,
                      .hardware = hardware_,
                      .childProcesses = childProcesses_,
+                     .fileOperations = fileOperations_,
+                     .dragPasteboard = dragPasteboard_,
+                     .previewPanel = previewPanel_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
+                     .pasteboards = pasteboards_,
+                     .archives = archives_,
+                     .byteCounts = byteCounts_,
                      .log = log_};
 };
 

@@ -7,10 +7,13 @@
 #include "desktops/virtual/ByteCounts.h"
 #include "desktops/virtual/ChildProcesses.h"
 #include "desktops/virtual/Displays.h"
+#include "desktops/virtual/DragPasteboard.h"
 #include "desktops/virtual/EventMonitors.h"
+#include "desktops/virtual/FileOperations.h"
 #include "desktops/virtual/Files.h"
 #include "desktops/virtual/FrontFolder.h"
 #include "desktops/virtual/Hardware.h"
+#include "desktops/virtual/Hand.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
 #include "desktops/virtual/Keyboard.h"
@@ -21,6 +24,7 @@
 #include "desktops/virtual/Pasteboards.h"
 #include "desktops/virtual/Pointer.h"
 #include "desktops/virtual/QuickActions.h"
+#include "desktops/virtual/PreviewPanel.h"
 #include "desktops/virtual/RandomSource.h"
 #include "desktops/virtual/RunLoop.h"
 #include "desktops/virtual/SavePanels.h"
@@ -82,6 +86,10 @@ public:
     VirtualDisplays& displays() { return displays_; }
     VirtualHardware& hardware() { return hardware_; }
     VirtualChildProcesses& childProcesses() { return childProcesses_; }
+    VirtualFileOperations& fileOperations() { return fileOperations_; }
+    VirtualDragPasteboard& dragPasteboard() { return dragPasteboard_; }
+    VirtualPreviewPanel& previewPanel() { return previewPanel_; }
+    VirtualHand& hand() { return hand_; }
     VirtualWorkspace& workspace() { return workspace_; }
     VirtualFrontFolder& frontFolder() { return frontFolder_; }
     VirtualSavePanels& savePanels() { return savePanels_; }
@@ -127,6 +135,9 @@ private:
     VirtualDisplays displays_;
     VirtualHardware hardware_;
     VirtualChildProcesses childProcesses_{runLoop_};
+    VirtualFileOperations fileOperations_{files_};
+    VirtualDragPasteboard dragPasteboard_;
+    VirtualPreviewPanel previewPanel_{application_};
     VirtualWorkspace workspace_{runLoop_};
     VirtualFrontFolder frontFolder_{runLoop_};
     VirtualSavePanels savePanels_{runLoop_};
@@ -134,6 +145,7 @@ private:
     VirtualURLSessions urlSessions_{runLoop_};
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
+    VirtualHand hand_{runLoop_, pointer_, panels_, eventMonitors_, dragPasteboard_};
     VirtualWindows windows_;
     VirtualKeyboard keyboard_{hotKeys_, alerts_, windows_};
     Desktop services_;
