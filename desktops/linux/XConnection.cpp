@@ -141,13 +141,18 @@ void XConnection::deliverQueuedEvents() {
 }
 
 void XConnection::deliver() {
-    while (!setAside_.empty()) {
-        const auto events = std::exchange(setAside_, {});
-        for (const auto& event : events) {
-            observers_.notify(*event);
+    // A handler that waits for a reply sets events aside: those came before the ones that are still to be read.
+    const auto next = [this] {
+        XReply<xcb_generic_event_t> event;
+        if (setAside_.empty()) {
+            event.reset(xcb_poll_for_event(connection_));
+        } else {
+            event = std::move(setAside_.front());
+            setAside_.erase(setAside_.begin());
         }
-    }
-    while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+        return event;
+    };
+    while (const XReply<xcb_generic_event_t> event = next()) {
         observers_.notify(*event);
     }
     if (xcb_connection_has_error(connection_) != 0) {

@@ -300,14 +300,6 @@ void XClient::click(int x, int y, std::uint8_t button) const {
     fakeInput(XCB_BUTTON_RELEASE, button, 0, 0);
 }
 
-void XClient::pressButton(std::uint8_t button) const {
-    fakeInput(XCB_BUTTON_PRESS, button, 0, 0);
-}
-
-void XClient::releaseButton(std::uint8_t button) const {
-    fakeInput(XCB_BUTTON_RELEASE, button, 0, 0);
-}
-
 void XClient::requestClose(xcb_window_t window) const {
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
