@@ -39,8 +39,6 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , frontFolder_(*connection_)
     , savePanels_(windows_)
     , quickActions_(log)
-    , pasteboards_(*connection_, runLoop_, log)
-    , archives_(dataFolder(), log)
     , services_{.application = application_,
                 .runLoop = runLoop_,
                 .userDefaults = userDefaults_,
@@ -76,9 +74,6 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
                 .savePanels = savePanels_,
                 .quickActions = quickActions_,
                 .urlSessions = urlSessions_,
-                .pasteboards = pasteboards_,
-                .archives = archives_,
-                .byteCounts = byteCounts_,
                 .log = log} {
     application_.setLastWork([this] {
         userDefaults_.synchronize();

@@ -86,9 +86,6 @@ private:
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
-    MacPasteboards pasteboards_;
-    MacArchives archives_{log_};
-    MacByteCounts byteCounts_;
     Desktop desktop_{.application = application_,
                      .runLoop = runLoop_,
                      .userDefaults = userDefaults_,
@@ -124,9 +121,6 @@ private:
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
-                     .pasteboards = pasteboards_,
-                     .archives = archives_,
-                     .byteCounts = byteCounts_,
                      .log = log_};
 };
 
