@@ -5,14 +5,20 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class Archives;
+class ByteCounts;
+class DragPasteboard;
 class EventMonitors;
+class FileOperations;
 class Files;
 class FrontFolder;
 class HotKeys;
 class LayerRenderer;
 class Log;
 class Panels;
+class Pasteboards;
 class Pointer;
+class PreviewPanel;
 class QuickActions;
 class RandomSource;
 class RunLoop;
@@ -51,11 +57,17 @@ struct Desktop {
     RandomSource& random;
     Sounds& sounds;
     Thumbnails& thumbnails;
+    FileOperations& fileOperations;
+    DragPasteboard& dragPasteboard;
+    PreviewPanel& previewPanel;
     Workspace& workspace;
     FrontFolder& frontFolder;
     SavePanels& savePanels;
     QuickActions& quickActions;
     URLSessions& urlSessions;
+    Pasteboards& pasteboards;
+    Archives& archives;
+    ByteCounts& byteCounts;
     Log& log;
 };
 
