@@ -69,11 +69,17 @@ double measure(const std::string& primary, const std::string& mirror) {
                            .random = given.random,
                            .sounds = given.sounds,
                            .thumbnails = given.thumbnails,
+                           .fileOperations = given.fileOperations,
+                           .dragPasteboard = given.dragPasteboard,
+                           .previewPanel = given.previewPanel,
                            .workspace = given.workspace,
                            .frontFolder = given.frontFolder,
                            .savePanels = given.savePanels,
                            .quickActions = given.quickActions,
                            .urlSessions = sessions,
+                           .pasteboards = given.pasteboards,
+                           .archives = given.archives,
+                           .byteCounts = given.byteCounts,
                            .log = given.log};
     UpdateFeed feed(services);
     feed.startUpdater();

@@ -126,6 +126,8 @@ TEST_F(NewTextTest, TheFrontWindowOfNautilusIsWhereTheFileAppears) {
     ASSERT_TRUE(waitUntil([&] { return windows() == 1; }, 30));
     session().start({"nautilus", "--new-window", folder_});
     ASSERT_TRUE(waitUntil([&] { return windows() == 2; }, 30));
+    // A window is there before its folder is; then its title says so.
+    ASSERT_TRUE(waitUntil([this] { return x().viewableTitled("资料 1").has_value(); }, 30));
     startRookBay();
     EXPECT_TRUE(fs::exists(session().folder() + "/data/nautilus/scripts/新建 TXT（Rook Bay）"));
     launch({"new-text"});
