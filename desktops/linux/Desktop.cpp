@@ -19,7 +19,7 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , screens_(*connection_, runLoop_)
     , pointer_(*connection_)
     , windows_(*connection_, ticker_, symbols_, appearance_)
-    , panels_(ticker_, connection_.get())
+    , panels_(ticker_, connection_.get(), windows_.pictures())
     , alerts_(windows_)
     , statusBar_(*connection_, runLoop_, screens_, symbols_, appearance_)
     , hotKeys_(*connection_, runLoop_, log)
@@ -30,10 +30,14 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , sounds_(log)
     , displays_(*connection_, runLoop_)
     , childProcesses_(runLoop_)
+    , dragPasteboard_(*connection_, runLoop_)
+    , previewPanel_(application_, windows_, runLoop_, thumbnails_)
     , workspace_(log)
     , frontFolder_(*connection_)
     , savePanels_(windows_)
     , quickActions_(log)
+    , pasteboards_(*connection_, runLoop_, log)
+    , archives_(dataFolder(), log)
     , services_{.application = application_,
                 .runLoop = runLoop_,
                 .userDefaults = userDefaults_,
@@ -57,13 +61,22 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
                 .displays = displays_,
                 .hardware = hardware_,
                 .childProcesses = childProcesses_,
+                .fileOperations = fileOperations_,
+                .dragPasteboard = dragPasteboard_,
+                .previewPanel = previewPanel_,
                 .workspace = workspace_,
                 .frontFolder = frontFolder_,
                 .savePanels = savePanels_,
                 .quickActions = quickActions_,
                 .urlSessions = urlSessions_,
+                .pasteboards = pasteboards_,
+                .archives = archives_,
+                .byteCounts = byteCounts_,
                 .log = log} {
-    application_.setLastWork([this] { userDefaults_.synchronize(); });
+    application_.setLastWork([this] {
+        userDefaults_.synchronize();
+        pasteboards_.general().handOver();
+    });
 }
 
 LinuxDesktop::~LinuxDesktop() {

@@ -3,9 +3,13 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/Archives.h"
+#include "desktops/linux/ByteCounts.h"
 #include "desktops/linux/ChildProcesses.h"
 #include "desktops/linux/Displays.h"
+#include "desktops/linux/DragPasteboard.h"
 #include "desktops/linux/EventMonitors.h"
+#include "desktops/linux/FileOperations.h"
 #include "desktops/linux/Files.h"
 #include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/Hardware.h"
@@ -14,7 +18,9 @@
 #include "desktops/linux/LayerRenderer.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
+#include "desktops/linux/Pasteboards.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/PreviewPanel.h"
 #include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
@@ -88,11 +94,17 @@ private:
     LinuxDisplays displays_;
     LinuxHardware hardware_;
     LinuxChildProcesses childProcesses_;
+    LinuxFileOperations fileOperations_;
+    LinuxDragPasteboard dragPasteboard_;
+    LinuxPreviewPanel previewPanel_;
     LinuxWorkspace workspace_;
     LinuxFrontFolder frontFolder_;
     LinuxSavePanels savePanels_;
     LinuxQuickActions quickActions_;
     LinuxURLSessions urlSessions_;
+    LinuxPasteboards pasteboards_;
+    LinuxArchives archives_;
+    LinuxByteCounts byteCounts_;
     Desktop services_;
 };
 

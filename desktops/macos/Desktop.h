@@ -3,9 +3,13 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/Archives.h"
+#include "desktops/macos/ByteCounts.h"
 #include "desktops/macos/ChildProcesses.h"
 #include "desktops/macos/Displays.h"
+#include "desktops/macos/DragPasteboard.h"
 #include "desktops/macos/EventMonitors.h"
+#include "desktops/macos/FileOperations.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FrontFolder.h"
 #include "desktops/macos/Hardware.h"
@@ -13,7 +17,9 @@
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
+#include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/Pointer.h"
+#include "desktops/macos/PreviewPanel.h"
 #include "desktops/macos/QuickActions.h"
 #include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
@@ -36,7 +42,7 @@ namespace rb {
 // All services of macOS. Created first thing in the program, on the main thread, and outlives everything else.
 class MacDesktop {
 public:
-    MacDesktop() = default;
+    MacDesktop() { application_.setPreviewPanel(previewPanel_); }
     MacDesktop(const MacDesktop&) = delete;
     MacDesktop& operator=(const MacDesktop&) = delete;
 
@@ -67,11 +73,17 @@ private:
     MacDisplays displays_;
     MacHardware hardware_;
     MacChildProcesses childProcesses_;
+    MacFileOperations fileOperations_;
+    MacDragPasteboard dragPasteboard_;
+    MacPreviewPanel previewPanel_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
+    MacPasteboards pasteboards_;
+    MacArchives archives_{log_};
+    MacByteCounts byteCounts_;
     Desktop desktop_{.application = application_,
                      .runLoop = runLoop_,
                      .userDefaults = userDefaults_,
@@ -95,11 +107,17 @@ private:
                      .displays = displays_,
                      .hardware = hardware_,
                      .childProcesses = childProcesses_,
+                     .fileOperations = fileOperations_,
+                     .dragPasteboard = dragPasteboard_,
+                     .previewPanel = previewPanel_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
+                     .pasteboards = pasteboards_,
+                     .archives = archives_,
+                     .byteCounts = byteCounts_,
                      .log = log_};
 };
 

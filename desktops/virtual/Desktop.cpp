@@ -38,11 +38,17 @@ VirtualDesktop::VirtualDesktop()
                  .displays = displays_,
                  .hardware = hardware_,
                  .childProcesses = childProcesses_,
+                 .fileOperations = fileOperations_,
+                 .dragPasteboard = dragPasteboard_,
+                 .previewPanel = previewPanel_,
                  .workspace = workspace_,
                  .frontFolder = frontFolder_,
                  .savePanels = savePanels_,
                  .quickActions = quickActions_,
                  .urlSessions = urlSessions_,
+                 .pasteboards = pasteboards_,
+                 .archives = archives_,
+                 .byteCounts = byteCounts_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

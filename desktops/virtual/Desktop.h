@@ -3,11 +3,16 @@
 #include "desktops/virtual/Alerts.h"
 #include "desktops/virtual/Appearance.h"
 #include "desktops/virtual/Application.h"
+#include "desktops/virtual/Archives.h"
+#include "desktops/virtual/ByteCounts.h"
 #include "desktops/virtual/ChildProcesses.h"
 #include "desktops/virtual/Displays.h"
+#include "desktops/virtual/DragPasteboard.h"
 #include "desktops/virtual/EventMonitors.h"
+#include "desktops/virtual/FileOperations.h"
 #include "desktops/virtual/Files.h"
 #include "desktops/virtual/FrontFolder.h"
+#include "desktops/virtual/Hand.h"
 #include "desktops/virtual/Hardware.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
@@ -16,7 +21,9 @@
 #include "desktops/virtual/Layers.h"
 #include "desktops/virtual/Log.h"
 #include "desktops/virtual/Panels.h"
+#include "desktops/virtual/Pasteboards.h"
 #include "desktops/virtual/Pointer.h"
+#include "desktops/virtual/PreviewPanel.h"
 #include "desktops/virtual/QuickActions.h"
 #include "desktops/virtual/RandomSource.h"
 #include "desktops/virtual/RunLoop.h"
@@ -75,11 +82,17 @@ public:
     VirtualDisplays& displays() { return displays_; }
     VirtualHardware& hardware() { return hardware_; }
     VirtualChildProcesses& childProcesses() { return childProcesses_; }
+    VirtualFileOperations& fileOperations() { return fileOperations_; }
+    VirtualDragPasteboard& dragPasteboard() { return dragPasteboard_; }
+    VirtualPreviewPanel& previewPanel() { return previewPanel_; }
+    VirtualHand& hand() { return hand_; }
     VirtualWorkspace& workspace() { return workspace_; }
     VirtualFrontFolder& frontFolder() { return frontFolder_; }
     VirtualSavePanels& savePanels() { return savePanels_; }
     VirtualQuickActions& quickActions() { return quickActions_; }
     VirtualURLSessions& urlSessions() { return urlSessions_; }
+    VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
+    VirtualArchives& archives() { return archives_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -116,13 +129,20 @@ private:
     VirtualDisplays displays_;
     VirtualHardware hardware_;
     VirtualChildProcesses childProcesses_{runLoop_};
+    VirtualFileOperations fileOperations_{files_};
+    VirtualDragPasteboard dragPasteboard_;
+    VirtualPreviewPanel previewPanel_{application_};
     VirtualWorkspace workspace_{runLoop_};
     VirtualFrontFolder frontFolder_{runLoop_};
     VirtualSavePanels savePanels_{runLoop_};
     VirtualQuickActions quickActions_{runLoop_};
     VirtualURLSessions urlSessions_{runLoop_};
+    VirtualPasteboards pasteboards_{runLoop_};
+    VirtualArchives archives_;
+    VirtualByteCounts byteCounts_;
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
+    VirtualHand hand_{runLoop_, pointer_, panels_, eventMonitors_, dragPasteboard_};
     VirtualWindows windows_;
     VirtualKeyboard keyboard_{hotKeys_, alerts_, windows_};
     Desktop services_;

@@ -43,11 +43,17 @@ struct Stage {
                 .displays = given.displays,
                 .hardware = given.hardware,
                 .childProcesses = given.childProcesses,
+                .fileOperations = given.fileOperations,
+                .dragPasteboard = given.dragPasteboard,
+                .previewPanel = given.previewPanel,
                 .workspace = given.workspace,
                 .frontFolder = given.frontFolder,
                 .savePanels = given.savePanels,
                 .quickActions = given.quickActions,
                 .urlSessions = given.urlSessions,
+                .pasteboards = given.pasteboards,
+                .archives = given.archives,
+                .byteCounts = given.byteCounts,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {
