@@ -71,11 +71,17 @@ double measure(const std::string& primary, const std::string& mirror) {
                            .displays = given.displays,
                            .hardware = given.hardware,
                            .childProcesses = given.childProcesses,
+                           .fileOperations = given.fileOperations,
+                           .dragPasteboard = given.dragPasteboard,
+                           .previewPanel = given.previewPanel,
                            .workspace = given.workspace,
                            .frontFolder = given.frontFolder,
                            .savePanels = given.savePanels,
                            .quickActions = given.quickActions,
                            .urlSessions = sessions,
+                           .pasteboards = given.pasteboards,
+                           .archives = given.archives,
+                           .byteCounts = given.byteCounts,
                            .log = given.log};
     UpdateFeed feed(services);
     feed.startUpdater();
@@ -109,12 +115,13 @@ int main(int count, char** words) {
         int runs;
     };
     rb::Table table({"feeds", "from the click to the check (ms)"});
-    for (const Case& measured : std::vector<Case>{{"both alive", alive, alive, runs},
-                                                  {"primary silent, mirror alive", dead, alive, runs},
-                                                  {"primary refuses, mirror alive", refused, alive, runs},
-                                                  {"primary a page, mirror alive", server.address("/page"), alive, runs},
-                                                  {"both refuse", refused, refused, runs},
-                                                  {"both silent", dead, dead, 2}}) {
+    for (const Case& measured :
+         std::vector<Case>{{"both alive", alive, alive, runs},
+                           {"primary silent, mirror alive", dead, alive, runs},
+                           {"primary refuses, mirror alive", refused, alive, runs},
+                           {"primary a page, mirror alive", server.address("/page"), alive, runs},
+                           {"both refuse", refused, refused, runs},
+                           {"both silent", dead, dead, 2}}) {
         std::vector<double> times;
         for (int run = 0; run < measured.runs; ++run) {
             times.push_back(rb::measure(measured.primary, measured.mirror));

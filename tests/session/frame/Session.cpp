@@ -121,7 +121,8 @@ void Session::startServer(const SessionOptions& options) {
         std::to_string(options.width) + "x" + std::to_string(options.height) + "x" + std::to_string(options.depth);
     // Key repeats come soon and fast, so that tests of held keys are short.
     const std::string server = options.dummyOutputs ? dummyServer() : "Xvfb -screen 0 " + screen;
-    start({"sh", "-c", "exec " + server + " -displayfd 3 -nolisten tcp -noreset -ardelay 150 -arinterval 30 3>" + number});
+    start({"sh", "-c",
+           "exec " + server + " -displayfd 3 -nolisten tcp -noreset -ardelay 150 -arinterval 30 3>" + number});
     if (!waitUntil([&] { return readFile(number).value_or("").find('\n') != std::string::npos; }, 10)) {
         throw std::runtime_error("the X server doesn't come up\n" + logs());
     }
