@@ -17,17 +17,15 @@ std::string value(const std::optional<std::string>& described, const std::string
 }
 
 bool carries(const Port& port, const std::string& token) {
-    return std::find(port.activeTransports.begin(), port.activeTransports.end(), token) !=
-           port.activeTransports.end();
+    return std::find(port.activeTransports.begin(), port.activeTransports.end(), token) != port.activeTransports.end();
 }
 
 View powerMetrics(const Port& port, const PowerSource* source) {
     const Cable cable = port.cable.value_or(Cable{});
-    return metrics({{"线缆声明速度", shortSpeed(cable.speed)},
-                    {"线缆功率上限", cable.maxWatts ? plainText(*cable.maxWatts) + " W" : "未知"},
-                    {"当前协商功率", source && source->negotiated
-                                         ? fixedText(source->negotiated->powerW, 1) + " W"
-                                         : "未报告"}});
+    return metrics(
+        {{"线缆声明速度", shortSpeed(cable.speed)},
+         {"线缆功率上限", cable.maxWatts ? plainText(*cable.maxWatts) + " W" : "未知"},
+         {"当前协商功率", source && source->negotiated ? fixedText(source->negotiated->powerW, 1) + " W" : "未报告"}});
 }
 
 void addCable(StackView& card, const Port& port, bool details) {
@@ -137,16 +135,15 @@ void addConnectionCards(StackView& page, const PageState& state, const PageActio
         page.children.push_back(cards.card(emptyCard("正在读取连接…", "")));
     } else if (!any) {
         page.children.push_back(cards.card(emptyCard(
-            "暂无 USB-C 连接详情",
-            value(state.connections.error,
-                  "连接 USB-C 设备后刷新。普通 HDMI 线缆通常不会报告品牌、型号或功率规格。"))));
+            "暂无 USB-C 连接详情", value(state.connections.error,
+                                         "连接 USB-C 设备后刷新。普通 HDMI 线缆通常不会报告品牌、型号或功率规格。"))));
     }
-    page.children.push_back({.content = CheckBoxView{.title = "显示更多技术详情",
-                                                     .on = state.technicalDetails,
-                                                     .action = actions.toggleDetails}});
+    page.children.push_back(
+        {.content =
+             CheckBoxView{.title = "显示更多技术详情", .on = state.technicalDetails, .action = actions.toggleDetails}});
     if (state.technicalDetails) {
-        page.children.push_back(fullWidth(text("芯片声明规格；协商功率非实时耗电。诊断基于 WhatCable 公开模块。",
-                                               TextColor::SecondaryLabel)));
+        page.children.push_back(fullWidth(
+            text("芯片声明规格；协商功率非实时耗电。诊断基于 WhatCable 公开模块。", TextColor::SecondaryLabel)));
     }
 }
 

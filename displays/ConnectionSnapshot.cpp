@@ -93,9 +93,8 @@ Cable readCable(const Json& json) {
         cable.listings = listOf<std::optional<std::string>>(*certification, "listings", readListing);
     }
     const auto vendor = integerOf(json, "vendorID").value_or(0);
-    cable.vendorID = vendor >= 0 && vendor <= std::numeric_limits<std::uint32_t>::max()
-                         ? static_cast<std::uint32_t>(vendor)
-                         : 0;
+    cable.vendorID =
+        vendor >= 0 && vendor <= std::numeric_limits<std::uint32_t>::max() ? static_cast<std::uint32_t>(vendor) : 0;
     return cable;
 }
 
@@ -148,11 +147,10 @@ std::optional<ConnectionSnapshot> parseSnapshot(std::string_view text) {
 }
 
 std::string transportLabel(const std::vector<std::string>& tokens) {
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 4> texts{
-        {{"USB2", "USB 2.0 数据"},
-         {"USB3", "USB 3 数据"},
-         {"CIO", "Thunderbolt / USB4"},
-         {"DisplayPort", "DisplayPort 视频"}}};
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 4> texts{{{"USB2", "USB 2.0 数据"},
+                                                                                  {"USB3", "USB 3 数据"},
+                                                                                  {"CIO", "Thunderbolt / USB4"},
+                                                                                  {"DisplayPort", "DisplayPort 视频"}}};
     std::string label;
     for (const std::string& token : tokens) {
         if (token == "CC") {

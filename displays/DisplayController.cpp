@@ -80,10 +80,10 @@ void DisplayController::refresh() {
         rows.push_back(rowOf(display));
     }
     render();
-    pass_ = std::make_unique<DetectionPass>(
-        runner_, std::move(rows), rows_, [this](ConnectionSnapshot snapshot, std::vector<DisplayRow> complete) {
-            passFinished(std::move(snapshot), std::move(complete));
-        });
+    pass_ = std::make_unique<DetectionPass>(runner_, std::move(rows), rows_,
+                                            [this](ConnectionSnapshot snapshot, std::vector<DisplayRow> complete) {
+                                                passFinished(std::move(snapshot), std::move(complete));
+                                            });
     pass_->start();
 }
 
@@ -166,9 +166,9 @@ std::size_t DisplayController::selectedMode(const DisplayRow& display) const {
         return selected->second;
     }
     // Untouched: the picker shows the current mode, or its first item when that isn't among them.
-    const auto current =
-        std::find_if(display.modes.begin(), display.modes.end(),
-                     [&display](const ModeRecord& mode) { return mode.modeID == display.currentMode->modeID; });
+    const auto current = std::find_if(display.modes.begin(), display.modes.end(), [&display](const ModeRecord& mode) {
+        return mode.modeID == display.currentMode->modeID;
+    });
     return current == display.modes.end() ? 0 : static_cast<std::size_t>(current - display.modes.begin());
 }
 
@@ -249,8 +249,7 @@ void DisplayController::markPageButtons() {
 void DisplayController::resetScroll() {
     playEntranceIfNeeded();
     const double offset = automaticRefresh_ ? preservedScrollOrigin_ : 0;
-    desktop_.runLoop.post(
-        lifetime_.guard([this, offset] { window_->setScrollOffset(pageScrollIdentifier, offset); }));
+    desktop_.runLoop.post(lifetime_.guard([this, offset] { window_->setScrollOffset(pageScrollIdentifier, offset); }));
 }
 
 void DisplayController::playEntranceIfNeeded() {

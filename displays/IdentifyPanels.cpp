@@ -27,8 +27,11 @@ std::shared_ptr<Layer> line(const std::string& string, const Font& font, const C
                             double scale) {
     const auto layer = Layer::create();
     LayerModel& model = layer->change();
-    model.content = TextContent{
-        .text = string, .font = font, .color = color, .alignment = TextAlignment::Center, .truncation = Truncation::End};
+    model.content = TextContent{.text = string,
+                                .font = font,
+                                .color = color,
+                                .alignment = TextAlignment::Center,
+                                .truncation = Truncation::End};
     model.contentsScale = scale;
     model.setFrame(frame);
     return layer;
@@ -59,8 +62,7 @@ public:
         const double scale = panel_->backingScaleFactor();
         root.addSublayer(line(title, numberFont, Color::white(1, 1),
                               {textMargin, bottom + nameHeight + textGap, width, titleHeight}, scale));
-        root.addSublayer(
-            line(name, nameFont, Color::white(1, 0.7), {textMargin, bottom, width, nameHeight}, scale));
+        root.addSublayer(line(name, nameFont, Color::white(1, 0.7), {textMargin, bottom, width, nameHeight}, scale));
         panel_->orderFrontRegardless();
         move("rb.reveal", {entranceScale, 1}, {0, 1}, 0.28, nullptr);
     }

@@ -145,11 +145,10 @@ StackView pageStack(const PageState& state, const PageActions& actions, CardPool
                     .insets = {pageInset, pageInset, pageInset, pageInset}};
     const bool connections = state.selectedPage == connectionsPage;
     stack.children.push_back(heading(connections ? "线缆与供电" : "显示器", 30));
-    stack.children.push_back(
-        row({{.content = ButtonView{.title = state.busy ? "检测中…" : "刷新",
-                                    .action = actions.refresh,
-                                    .enabled = !state.busy}},
-             text(std::to_string(state.rows.size()) + " 块显示器", TextColor::SecondaryLabel)}));
+    stack.children.push_back(row(
+        {{.content =
+              ButtonView{.title = state.busy ? "检测中…" : "刷新", .action = actions.refresh, .enabled = !state.busy}},
+         text(std::to_string(state.rows.size()) + " 块显示器", TextColor::SecondaryLabel)}));
     if (connections) {
         addConnectionCards(stack, state, actions, cards);
         return stack;

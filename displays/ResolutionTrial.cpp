@@ -86,9 +86,8 @@ void ResolutionTrial::askToKeep() {
     asking_ = true;
     sheet_ = stage_.window.beginSheet(
         {.messageText = "保留这个显示模式吗？",
-         .informativeText = request_.chosen.label +
-                            "\n请确认画面正常。20 秒内未确认将自动恢复原模式；即使 Rook Bay "
-                            "退出，独立保护模块也会尝试恢复。",
+         .informativeText = request_.chosen.label + "\n请确认画面正常。20 秒内未确认将自动恢复原模式；即使 Rook Bay "
+                                                    "退出，独立保护模块也会尝试恢复。",
          .buttons = {{.title = "保留"}, {.title = "恢复原模式"}}},
         [this](std::size_t button) { confirmationEnded(button); });
     confirmationTimer_ = desktop_.runLoop.after(confirmationLimit, [this] { confirmationEnded(restoreButton); });

@@ -48,8 +48,8 @@ void applyProbe(DisplayRow& row, const std::string& channel, const HelperAnswer&
 
 void carryOverUnreachable(std::vector<DisplayRow>& rows, const std::vector<DisplayRow>& oldRows) {
     for (const DisplayRow& old : oldRows) {
-        const bool known = std::any_of(rows.begin(), rows.end(),
-                                       [&old](const DisplayRow& row) { return row.uuid == old.uuid; });
+        const bool known =
+            std::any_of(rows.begin(), rows.end(), [&old](const DisplayRow& row) { return row.uuid == old.uuid; });
         if (old.sleepRequested && !old.uuid.empty() && !known) {
             DisplayRow gone = old;
             gone.online = false;

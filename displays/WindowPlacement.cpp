@@ -7,7 +7,7 @@ namespace rb {
 namespace {
 
 constexpr Size leastOverlap{160, 100};
-constexpr double lowestTop = 40; // above the bottom of the visible frame
+constexpr double lowestTop = 40;  // above the bottom of the visible frame
 constexpr double highestTop = 24; // above its top
 
 bool isWellPlaced(const Rect& frame, const Screen& screen) {

@@ -32,8 +32,8 @@ struct WindowSpec {
 
 // How children come into view one after another: from transparent to opaque and sliding up into their place.
 struct Reveal {
-    double duration = 0; // seconds, of each child
-    double delay = 0;    // seconds by which each child starts later than the one before it
+    double duration = 0;  // seconds, of each child
+    double delay = 0;     // seconds by which each child starts later than the one before it
     std::size_t last = 0; // children behind this index start with it
     double slide = 0;     // points
 };

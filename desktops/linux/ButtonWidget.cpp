@@ -102,10 +102,10 @@ void ButtonWidget::paintPlain() {
     QRectF left = body.adjusted(margin, 0, -margin, 0);
     const QSizeF picture = surroundings_.pictures().size(button_.image, symbolSize);
     if (!picture.isEmpty()) {
-        surroundings_.pictures().draw(painter, button_.image,
-                                      QRectF(left.left(), body.center().y() - picture.height() / 2, picture.width(),
-                                             picture.height()),
-                                      symbolSize, color);
+        surroundings_.pictures().draw(
+            painter, button_.image,
+            QRectF(left.left(), body.center().y() - picture.height() / 2, picture.width(), picture.height()),
+            symbolSize, color);
         left.setLeft(left.left() + picture.width() + gap);
     }
     painter.setPen(color);

@@ -132,9 +132,7 @@ private:
         }
         return false;
     }
-    void read() {
-        readPiece();
-    }
+    void read() { readPiece(); }
     void finish() {
         int status = 0;
         const pid_t waited = ::waitpid(child_, &status, WNOHANG);
@@ -146,8 +144,7 @@ private:
         // What it wrote before its end is in the pipe by now. Somebody else may still hold the pipe: only what is there
         // counts.
         const std::weak_ptr<int> alive = alive_;
-        while (!alive.expired() && output_ && outputNotifier_->isEnabled() && readPiece()) {
-        }
+        while (!alive.expired() && output_ && outputNotifier_->isEnabled() && readPiece()) {}
         if (alive.expired()) {
             return;
         }
@@ -211,8 +208,7 @@ void LinuxChild::abandon() {
 std::optional<std::string> LinuxChildProcesses::resourcePath(const std::string& name) const {
     std::error_code error;
     const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
-    for (const fs::path& candidate :
-         {folder / "helpers" / name, folder / name, folder / "../lib/rookbay" / name}) {
+    for (const fs::path& candidate : {folder / "helpers" / name, folder / name, folder / "../lib/rookbay" / name}) {
         if (!error && ::access(candidate.c_str(), X_OK) == 0 && fs::is_regular_file(candidate, error)) {
             return fs::weakly_canonical(candidate, error).string();
         }

@@ -172,6 +172,25 @@ void LinuxStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
     case PE_FrameMenu:
     case PE_FrameFocusRect:
         return;
+    case PE_IndicatorCheckBox: {
+        const Theme& theme = themeOf(widget);
+        const bool on = (option->state & State_On) != 0;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(on ? theme.accent : theme.secondaryLabel, 1));
+        painter->setBrush(on ? theme.accent : theme.controlBackground);
+        const QRectF box = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
+        painter->drawRoundedRect(box, 3.5, 3.5);
+        if (on) {
+            painter->setPen(QPen(theme.onAccent(), 1.7, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            painter->drawPolyline(
+                QPolygonF{QPointF(box.left() + box.width() * 0.25, box.center().y()),
+                          QPointF(box.left() + box.width() * 0.43, box.bottom() - box.height() * 0.28),
+                          QPointF(box.right() - box.width() * 0.22, box.top() + box.height() * 0.28)});
+        }
+        painter->restore();
+        return;
+    }
     case PE_PanelTipLabel:
         painter->save();
         painter->setPen(QPen(theme_.menuBorder, 1));

@@ -110,12 +110,8 @@ struct Create {
         ]];
         return scroll;
     }
-    NSView* operator()(const CheckBoxView&) const {
-        return [NSButton checkboxWithTitle:@"" target:nil action:nil];
-    }
-    NSView* operator()(const PopUpView&) const {
-        return [[NSPopUpButton alloc] initWithFrame:NSZeroRect pullsDown:NO];
-    }
+    NSView* operator()(const CheckBoxView&) const { return [NSButton checkboxWithTitle:@"" target:nil action:nil]; }
+    NSView* operator()(const PopUpView&) const { return [[NSPopUpButton alloc] initWithFrame:NSZeroRect pullsDown:NO]; }
 };
 
 } // namespace

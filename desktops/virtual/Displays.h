@@ -12,12 +12,8 @@ namespace rb {
 class VirtualDisplays final : public Displays {
 public:
     VirtualDisplays() {
-        const DisplayMode retina{.modeID = 1,
-                                 .width = 1440,
-                                 .height = 900,
-                                 .pixelWidth = 2880,
-                                 .pixelHeight = 1800,
-                                 .refreshRate = 60};
+        const DisplayMode retina{
+            .modeID = 1, .width = 1440, .height = 900, .pixelWidth = 2880, .pixelHeight = 1800, .refreshRate = 60};
         const DisplayMode plain{
             .modeID = 2, .width = 1280, .height = 800, .pixelWidth = 1280, .pixelHeight = 800, .refreshRate = 60};
         displays_.push_back({.identity = {.id = 1, .vendor = 1552, .model = 40992, .serial = 0},

@@ -87,7 +87,8 @@ struct Fitting {
         double along = 0;
         double across = 0;
         for (std::size_t i = 0; i < stack.children.size(); ++i) {
-            const Size child = fittingSize(stack.children[i], equally ? equalShare(stack, available) : available, meter);
+            const Size child =
+                fittingSize(stack.children[i], equally ? equalShare(stack, available) : available, meter);
             along += axis.along(child) + gapAfter(stack, i);
             across = std::max(across, axis.across(child));
         }
@@ -138,7 +139,8 @@ private:
         double used = 0;
         double spacers = 0;
         for (std::size_t i = 0; i < stack.children.size(); ++i) {
-            sizes.push_back(fittingSize(stack.children[i], equally ? equalShare(stack, area.width) : area.width, meter_));
+            sizes.push_back(
+                fittingSize(stack.children[i], equally ? equalShare(stack, area.width) : area.width, meter_));
             if (equally) {
                 sizes.back().width = equalShare(stack, area.width);
             } else if (takesSpace(stack.children[i])) {

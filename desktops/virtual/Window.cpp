@@ -158,8 +158,7 @@ void VirtualWindow::setScrollOffset(const std::string& identifier, double offset
         const auto* scroll = std::get_if<ScrollView>(&placed.view->content);
         if (scroll && placed.view->identifier == identifier && !scroll->child.empty()) {
             const Size content = fittingSize(scroll->child.front(), placed.frame.width, windows_.surroundings_.meter);
-            scrollOffsets_[identifier] =
-                std::clamp(offset, 0.0, std::max(content.height - placed.frame.height, 0.0));
+            scrollOffsets_[identifier] = std::clamp(offset, 0.0, std::max(content.height - placed.frame.height, 0.0));
             layOutContent();
             showLayers();
             windows_.updateHover();

@@ -41,10 +41,9 @@ TEST_F(ControllerTest, ABurstOfChangesIsOnePassAfterTheLast) {
 
 TEST_F(ControllerTest, EveryKindOfChangeCounts) {
     opened();
-    const std::vector<std::function<void()>> changes{[this] { desktop_.hardware().wake(); },
-                                                     [this] { desktop_.hardware().changeUSB(); },
-                                                     [this] { desktop_.screens().set(desktop_.screens().all()); },
-                                                     [this] { desktop_.displays().notify(); }};
+    const std::vector<std::function<void()>> changes{
+        [this] { desktop_.hardware().wake(); }, [this] { desktop_.hardware().changeUSB(); },
+        [this] { desktop_.screens().set(desktop_.screens().all()); }, [this] { desktop_.displays().notify(); }};
     long expected = 1;
     for (const auto& change : changes) {
         change();

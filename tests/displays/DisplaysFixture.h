@@ -71,9 +71,8 @@ protected:
     DisplayController& controller() {
         if (!controller_) {
             controller_ = std::make_unique<DisplayController>(
-                desktop_.services(),
-                DisplayController::QuickActions{.lockAndSleep = [this] { ++locks_; },
-                                                .showHotKeySettings = [this] { ++settings_; }});
+                desktop_.services(), DisplayController::QuickActions{.lockAndSleep = [this] { ++locks_; },
+                                                                     .showHotKeySettings = [this] { ++settings_; }});
         }
         return *controller_;
     }

@@ -25,9 +25,9 @@ TEST(ModeRecordTest, LabelsSayPointsKindAndRate) {
 TEST(ModeRecordTest, TheListIsUsableUniqueAndSorted) {
     DisplayMode hidden = modeOf(9, 8000, 8000, 60);
     hidden.usableForDesktop = false;
-    const auto list = modeList({modeOf(1, 1280, 720, 60), modeOf(2, 1920, 1080, 50), modeOf(3, 1920, 1080, 60),
-                                modeOf(4, 1280, 720, 60, 2), hidden, modeOf(2, 640, 480, 60),
-                                modeOf(5, 1280, 720, 60)});
+    const auto list =
+        modeList({modeOf(1, 1280, 720, 60), modeOf(2, 1920, 1080, 50), modeOf(3, 1920, 1080, 60),
+                  modeOf(4, 1280, 720, 60, 2), hidden, modeOf(2, 640, 480, 60), modeOf(5, 1280, 720, 60)});
     std::vector<std::int32_t> ids;
     for (const ModeRecord& record : list) {
         ids.push_back(record.modeID);

@@ -124,25 +124,28 @@ constexpr const char* fullPort = R"json({"ports":[{"name":"端口 1","connection
 TEST_F(PagesTest, APortWithEverything) {
     selected_ = connectionsPage;
     read(fullPort);
-    const std::string head = "线缆与供电\n[刷新]\n~0 块显示器\n端口 1\n~USB 2.0 数据 · DisplayPort 视频\n~线缆声明速度\n"
-                             "10 Gbps\n~线缆功率上限\n100 W\n~当前协商功率\n60.0 W\n线缆芯片厂商：Cable "
-                             "Co\n认证登记型号：C100\n";
+    const std::string head =
+        "线缆与供电\n[刷新]\n~0 块显示器\n端口 1\n~USB 2.0 数据 · DisplayPort 视频\n~线缆声明速度\n"
+        "10 Gbps\n~线缆功率上限\n100 W\n~当前协商功率\n60.0 W\n线缆芯片厂商：Cable "
+        "Co\n认证登记型号：C100\n";
     EXPECT_EQ(page(), head + "电源上限：96 W\n+已接入电源 · 充电暂缓\n显示器：DELL · 经 Hub 转接 · HDMI 输出\n"
                              "显示器：未知\n连接设备\n硬盘 · 10 Gbps\nUSB 设备 · 速率未知\n[ ] 显示更多技术详情\n");
     details_ = true;
-    EXPECT_THAT(page(), testing::StartsWith(
-                            head + "电源上限：96 W · 20.00 V × 3.00 A\n+已接入电源 · 充电暂缓\n显示器：DELL · 经 Hub 转接 "
-                                   "· HDMI 输出\n4 条 DP 视频通道 · 并行数据 USB 2.0\n视频链路：4 条通道 · HBR2\n"
-                                   "显示器：未知\n视频链路：未知 条通道 · 速率未知\n连接设备\n硬盘 · 10 Gbps\nUSB 设备 "
-                                   "· 速率未知\n线缆规格：USB 3.2 Gen 2 (10 Gbps)\n额定电流：5 A · 额定电压：20 V · "
-                                   "VID：0x05AC\n[x]"));
+    EXPECT_THAT(page(),
+                testing::StartsWith(
+                    head + "电源上限：96 W · 20.00 V × 3.00 A\n+已接入电源 · 充电暂缓\n显示器：DELL · 经 Hub 转接 "
+                           "· HDMI 输出\n4 条 DP 视频通道 · 并行数据 USB 2.0\n视频链路：4 条通道 · HBR2\n"
+                           "显示器：未知\n视频链路：未知 条通道 · 速率未知\n连接设备\n硬盘 · 10 Gbps\nUSB 设备 "
+                           "· 速率未知\n线缆规格：USB 3.2 Gen 2 (10 Gbps)\n额定电流：5 A · 额定电压：20 V · "
+                           "VID：0x05AC\n[x]"));
 }
 
 TEST_F(PagesTest, APortThatReportsNothingClaimsNothing) {
     selected_ = connectionsPage;
     read(R"({"ports":[{"connectionActive":true}]})");
-    EXPECT_THAT(page(), testing::HasSubstr("USB-C 端口\n~已连接 · 传输协议信息未知\n~线缆声明速度\n未知\n~线缆功率上限\n"
-                                           "未知\n~当前协商功率\n未报告\n[ ]"));
+    EXPECT_THAT(page(),
+                testing::HasSubstr("USB-C 端口\n~已连接 · 传输协议信息未知\n~线缆声明速度\n未知\n~线缆功率上限\n"
+                                   "未知\n~当前协商功率\n未报告\n[ ]"));
     details_ = true;
     EXPECT_THAT(page(), testing::HasSubstr("未读取到线缆电子标记。"));
     read(R"({"ports":[{"connectionActive":true,"cable":{},"charging":{"summary":"Charging"}}]})");

@@ -45,8 +45,9 @@ TEST_F(TrialTest, IsKeptWhenTheUserSaysSoAndTheDisplayShowsIt) {
     setMode(modeOf(10, 3840, 2160, 59.94));
     say(*helper, started);
     EXPECT_EQ(alert(), "保留这个显示模式吗？");
-    EXPECT_EQ(information(), "3840 × 2160 · 普通 · 60.00 Hz\n请确认画面正常。20 秒内未确认将自动恢复原模式；即使 Rook Bay "
-                             "退出，独立保护模块也会尝试恢复。");
+    EXPECT_EQ(information(),
+              "3840 × 2160 · 普通 · 60.00 Hz\n请确认画面正常。20 秒内未确认将自动恢复原模式；即使 Rook Bay "
+              "退出，独立保护模块也会尝试恢复。");
     ASSERT_EQ(window().sheet()->buttons.size(), 2U);
     EXPECT_EQ(window().sheet()->buttons[0].title, "保留");
     EXPECT_EQ(window().sheet()->buttons[1].title, "恢复原模式");

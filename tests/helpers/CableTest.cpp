@@ -144,7 +144,7 @@ TEST_F(CableTest, ADisplayIsGivenToAPortOnlyWithoutDoubt) {
 
 TEST_F(CableTest, AnActiveCableWithItsMarker) {
     port();
-    put("typec/port0-cable/identity/id_header", "0x1c00208e\n");          // passive, vendor 0x208e
+    put("typec/port0-cable/identity/id_header", "0x1c00208e\n");         // passive, vendor 0x208e
     put("typec/port0-cable/identity/product_type_vdo1", "0x00000043\n"); // 5 A, 20 V, Gen 3
     fs::create_directories(root_ / "usr/share/misc");
     std::ofstream(root_ / "usr/share/misc/usb.ids") << "# list\n208d  Other\n208e  Luxshare\n\t0001  Thing\nC 00  x\n";

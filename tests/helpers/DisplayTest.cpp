@@ -98,8 +98,8 @@ protected:
     fs::path connector(const std::string& name, const std::vector<std::uint8_t>& edid) {
         const fs::path folder = root_ / "sys/class/drm" / name;
         fs::create_directories(folder);
-        std::ofstream(folder / "edid", std::ios::binary).write(reinterpret_cast<const char*>(edid.data()),
-                                                               static_cast<std::streamsize>(edid.size()));
+        std::ofstream(folder / "edid", std::ios::binary)
+            .write(reinterpret_cast<const char*>(edid.data()), static_cast<std::streamsize>(edid.size()));
         return folder;
     }
 

@@ -10,7 +10,7 @@ namespace rb {
 // A valid EDID block of a display by its name.
 inline std::vector<std::uint8_t> edidBlock(const std::string& name, std::uint8_t serial = 77) {
     std::vector<std::uint8_t> block(128);
-    const std::vector<std::uint8_t> head{0,    0xFF, 0xFF, 0xFF,   0xFF, 0xFF, 0xFF, 0,
+    const std::vector<std::uint8_t> head{0,    0xFF, 0xFF, 0xFF, 0xFF,   0xFF, 0xFF, 0,
                                          0x10, 0xAC, 0xD9, 0x41, serial, 0,    0,    0};
     std::copy(head.begin(), head.end(), block.begin());
     block[54 + 3] = 0xFC;

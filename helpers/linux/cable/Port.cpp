@@ -59,8 +59,8 @@ Json readCable(const Sysfs& sysfs, const fs::path& cable) {
         return nullptr; // the cable is there, its marker wasn't read
     }
     const auto object = Sysfs::number(cable / "identity/product_type_vdo1");
-    const CableIdentity identity = readCableIdentity(static_cast<std::uint32_t>(*header),
-                                                     static_cast<std::uint32_t>(object.value_or(0)));
+    const CableIdentity identity =
+        readCableIdentity(static_cast<std::uint32_t>(*header), static_cast<std::uint32_t>(object.value_or(0)));
     Json json{{"vendorID", identity.vendorID}};
     if (const auto vendor = vendorName(sysfs, identity.vendorID)) {
         json["vendorName"] = *vendor;

@@ -3,8 +3,8 @@
 #include "helpers/linux/cable/Port.h"
 #include "helpers/linux/shared/Edid.h"
 
-#include <fstream>
 #include <algorithm>
+#include <fstream>
 
 namespace rb {
 
@@ -34,7 +34,8 @@ std::vector<Connector> connectedDisplays(const Sysfs& sysfs) {
     const fs::path folder = sysfs.at("/sys/class/drm");
     for (const std::string& entry : Sysfs::names(folder)) {
         const std::size_t dash = entry.find('-');
-        if (!entry.starts_with("card") || dash == std::string::npos || Sysfs::text(folder / entry / "status") != "connected") {
+        if (!entry.starts_with("card") || dash == std::string::npos ||
+            Sysfs::text(folder / entry / "status") != "connected") {
             continue;
         }
         const std::string name = entry.substr(dash + 1);
@@ -63,7 +64,8 @@ const Connector* displayOf(const PortFacts& port, const std::vector<PortFacts>& 
             }
         }
     }
-    const auto withVideo = std::count_if(ports.begin(), ports.end(), [](const PortFacts& other) { return other.video; });
+    const auto withVideo =
+        std::count_if(ports.begin(), ports.end(), [](const PortFacts& other) { return other.video; });
     const auto displayPorts = std::count_if(connectors.begin(), connectors.end(), isDisplayPort);
     if (!port.hotPlugDetected || withVideo != 1 || displayPorts != 1) {
         return nullptr;

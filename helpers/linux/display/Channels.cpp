@@ -21,7 +21,7 @@ std::optional<int> busNumber(const std::string& name) {
     const std::string digits = name.starts_with("i2c-") ? name.substr(4) : "";
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     return error == std::errc() && end == digits.data() + digits.size() && number >= 0 ? std::optional(number)
-                                                                                        : std::nullopt;
+                                                                                       : std::nullopt;
 }
 
 // A DisplayPort socket has its bus as a folder, others link to it.

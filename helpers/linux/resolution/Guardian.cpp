@@ -96,8 +96,7 @@ Guardian::Guardian(std::string record)
 Guardian::~Guardian() {
     if (pipe_ >= 0) {
         const char done = 'd';
-        while (::write(pipe_, &done, 1) < 0 && errno == EINTR) {
-        }
+        while (::write(pipe_, &done, 1) < 0 && errno == EINTR) {}
         ::close(pipe_);
     }
 }
@@ -129,8 +128,7 @@ void Guardian::watch(int pipe) const {
 }
 
 bool Guardian::writeRecord(const std::string& text) const {
-    const int file =
-        ::open(record_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    const int file = ::open(record_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file < 0) {
         return false;
     }

@@ -69,8 +69,7 @@ std::optional<ModeChange> planChange(const RandrState& state, std::uint32_t outp
     const RandrCrtc* crtc = display ? state.crtc(display->crtc) : nullptr;
     const RandrMode* before = crtc ? state.mode(crtc->mode) : nullptr;
     const RandrMode* after = state.mode(mode);
-    if (!before || !after ||
-        std::find(display->modes.begin(), display->modes.end(), mode) == display->modes.end()) {
+    if (!before || !after || std::find(display->modes.begin(), display->modes.end(), mode) == display->modes.end()) {
         return std::nullopt;
     }
     ModeChange change{.before = {.width = state.width,
@@ -95,14 +94,12 @@ std::optional<ModeChange> planChange(const RandrState& state, std::uint32_t outp
         }
         // Where it would be with the neighbour's edge gone; never off the top or the left.
         if (candidate.x >= right) {
-            candidate.x = std::max(candidate.x + static_cast<std::int32_t>(resized.width) -
-                                       static_cast<std::int32_t>(crtc->width),
-                                   0);
+            candidate.x = std::max(
+                candidate.x + static_cast<std::int32_t>(resized.width) - static_cast<std::int32_t>(crtc->width), 0);
         }
         if (candidate.y >= bottom) {
-            candidate.y = std::max(candidate.y + static_cast<std::int32_t>(resized.height) -
-                                       static_cast<std::int32_t>(crtc->height),
-                                   0);
+            candidate.y = std::max(
+                candidate.y + static_cast<std::int32_t>(resized.height) - static_cast<std::int32_t>(crtc->height), 0);
         }
     }
     const auto [oldWidth, oldHeight] = extentOf(change.before.crtcs);
@@ -145,7 +142,8 @@ bool applyArrangement(xcb_connection_t* connection, xcb_window_t root, const Arr
     xcb_ungrab_server(connection);
     xcb_flush(connection);
     const auto after = readRandr(connection, root);
-    return good && after && std::all_of(arrangement.crtcs.begin(), arrangement.crtcs.end(), [&](const RandrCrtc& wanted) {
+    return good && after &&
+           std::all_of(arrangement.crtcs.begin(), arrangement.crtcs.end(), [&](const RandrCrtc& wanted) {
                const RandrCrtc* actual = after->crtc(wanted.id);
                return actual && actual->mode == wanted.mode && actual->x == wanted.x && actual->y == wanted.y;
            });

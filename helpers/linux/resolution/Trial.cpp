@@ -195,9 +195,10 @@ int restoreFromRecords() {
             good = restoreRecord(entry.path()) && good;
         }
     }
-    sayLine(Outcome(good).message(found == 0 ? "没有需要恢复的显示模式。"
-                                  : good     ? "已恢复原显示模式。"
-                                             : "未能恢复原显示模式。")
+    sayLine(Outcome(good)
+                .message(found == 0 ? "没有需要恢复的显示模式。"
+                         : good     ? "已恢复原显示模式。"
+                                    : "未能恢复原显示模式。")
                 .text());
     return good ? success : failure;
 }

@@ -121,9 +121,9 @@ void Session::startServer(const SessionOptions& options) {
     const std::string screen =
         std::to_string(options.width) + "x" + std::to_string(options.height) + "x" + std::to_string(options.depth);
     // Key repeats come soon and fast, so that tests of held keys are short.
+    const std::string server = options.dummyOutputs ? dummyServer() : "Xvfb -screen 0 " + screen;
     start({"sh", "-c",
-           "exec Xvfb -displayfd 3 -screen 0 " + screen + " -nolisten tcp -noreset -ardelay 150 -arinterval 30 3>" +
-               number});
+           "exec " + server + " -displayfd 3 -nolisten tcp -noreset -ardelay 150 -arinterval 30 3>" + number});
     if (!waitUntil([&] { return readFile(number).value_or("").find('\n') != std::string::npos; }, 10)) {
         throw std::runtime_error("the X server doesn't come up\n" + logs());
     }
@@ -132,6 +132,35 @@ void Session::startServer(const SessionOptions& options) {
     display_.insert(0, ":");
     environment["DISPLAY"] = display_;
     x_ = std::make_unique<XClient>(display_);
+}
+
+std::string Session::dummyServer() const {
+    const std::string config = folder_ + "/xorg.conf";
+    writeFile(config, R"(Section "Device"
+  Identifier "device"
+  Driver "dummy"
+  VideoRam 256000
+EndSection
+Section "Monitor"
+  Identifier "monitor"
+  HorizSync 5-1000
+  VertRefresh 5-300
+  Modeline "1920x1080" 148.50 1920 2008 2052 2200 1080 1084 1089 1125
+  Modeline "1280x720" 74.25 1280 1390 1430 1650 720 725 730 750
+EndSection
+Section "Screen"
+  Identifier "screen"
+  Device "device"
+  Monitor "monitor"
+  DefaultDepth 24
+  SubSection "Display"
+    Depth 24
+    Modes "1920x1080" "1280x720"
+    Virtual 3840 2160
+  EndSubSection
+EndSection
+)");
+    return "/usr/lib/xorg/Xorg -config " + config + " -novtswitch -sharevts -logfile " + folder_ + "/logs/xorg.log";
 }
 
 // A window manager that announces itself already may still lose the requests that reach it while it starts.

@@ -23,6 +23,9 @@ struct SessionOptions {
     bool compositor = false;
     // The default keyboard map has no F13; with this the key with code 191 is one.
     bool f13 = true;
+    // An X server with two outputs, DUMMY0 (1920 × 1080) and DUMMY1 (off), and many modes, instead of the usual one;
+    // width, height and depth don't count.
+    bool dummyOutputs = false;
 };
 
 // A private desktop session: X server, session bus, window manager and compositor, with a home and XDG folders of its
@@ -59,6 +62,7 @@ public:
 
 private:
     void startServer(const SessionOptions& options);
+    std::string dummyServer() const;
     void awaitManagement();
     void startBus();
     void mapF13();
