@@ -30,6 +30,7 @@ public:
     // The same, a square of that many points.
     virtual Image iconForFile(const std::string& path, double side) = 0;
     // The picture that some bytes hold, filling a square of `side` points with rounded corners, sharp on every screen.
+    // Any thread.
     virtual DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) = 0;
     // A rendering of a document's first page within `size` points at `scale` pixels per point. Asked of the system in
     // the background; the answer comes on the main thread, and only when a real rendering was made.
