@@ -8,9 +8,9 @@ inline constexpr const char* HotKeyCode = "HotKeyCode";           // integer, vi
 inline constexpr const char* HotKeyModifiers = "HotKeyModifiers"; // integer, or of HotKeyModifiers
 inline constexpr const char* HotKeyDisplay = "HotKeyDisplay";     // text shown to the user
 
-inline constexpr const char* ClipboardPaused = "ClipboardPaused";             // nothing is recorded
 inline constexpr const char* TextFileLastDirectory = "TextFileLastDirectory"; // folder of the last new text file
 inline constexpr const char* RBUseMirrorFeed = "RBUseMirrorFeed";             // updates come through the mirror
+inline constexpr const char* ClipboardPaused = "ClipboardPaused"; // nothing is recorded
 
 // The clothesline.
 inline constexpr const char* ClotheslinePaths = "ClotheslinePaths"; // array of paths, oldest first
@@ -19,5 +19,6 @@ inline constexpr const char* ClotheslineScreenshots = "ClotheslineScreenshots";
 inline constexpr const char* ClotheslineHoverReveal = "ClotheslineHoverReveal";
 inline constexpr const char* ClotheslineDragReveal = "ClotheslineDragReveal";
 inline constexpr const char* ClotheslineSound = "ClotheslineSound";
+inline constexpr const char* ClotheslineInbox = "ClotheslineInbox";
 
 } // namespace rb::DefaultsKey

@@ -31,8 +31,13 @@ struct PasteboardData {
 struct PasteboardFiles {
     std::vector<std::string> paths;
 };
-// A text (UTF-8), one piece of data, or files.
-using PasteboardContents = std::variant<std::string, PasteboardData, PasteboardFiles>;
+// One file that is also a picture to programs that take pictures.
+struct PasteboardPictureFile {
+    std::string path; // absolute
+    SharedBytes png;  // null for none
+};
+// A text (UTF-8), one piece of data, files, or a file with its picture.
+using PasteboardContents = std::variant<std::string, PasteboardData, PasteboardFiles, PasteboardPictureFile>;
 
 // A place through which programs hand things to one another. Reading may have to ask another program, so answers come
 // in a callback: at once, or later, and always within a time limit of the desktop's own; a dropped handle ends the

@@ -32,6 +32,8 @@ public:
     // The picture that some bytes hold, filling a square of `side` points with rounded corners, sharp on every screen.
     // Any thread.
     virtual DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) = 0;
+    // The whole picture of a file as PNG, in the file's own size. Null when it can't be opened or read.
+    virtual SharedBytes pngData(const std::string& path) = 0;
     // A rendering of a document's first page within `size` points at `scale` pixels per point. Asked of the system in
     // the background; the answer comes on the main thread, and only when a real rendering was made.
     virtual Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,

@@ -5,7 +5,9 @@
 #include "desktops/linux/Application.h"
 #include "desktops/linux/Archives.h"
 #include "desktops/linux/ByteCounts.h"
+#include "desktops/linux/DragPasteboard.h"
 #include "desktops/linux/EventMonitors.h"
+#include "desktops/linux/FileOperations.h"
 #include "desktops/linux/Files.h"
 #include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/HotKeys.h"
@@ -15,6 +17,7 @@
 #include "desktops/linux/Panels.h"
 #include "desktops/linux/Pasteboards.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/PreviewPanel.h"
 #include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
@@ -85,14 +88,17 @@ private:
     LinuxRandomSource random_;
     LinuxSounds sounds_;
     LinuxThumbnails thumbnails_;
-    LinuxPasteboards pasteboards_;
-    LinuxArchives archives_;
-    LinuxByteCounts byteCounts_;
+    LinuxFileOperations fileOperations_;
+    LinuxDragPasteboard dragPasteboard_;
+    LinuxPreviewPanel previewPanel_;
     LinuxWorkspace workspace_;
     LinuxFrontFolder frontFolder_;
     LinuxSavePanels savePanels_;
     LinuxQuickActions quickActions_;
     LinuxURLSessions urlSessions_;
+    LinuxPasteboards pasteboards_;
+    LinuxArchives archives_;
+    LinuxByteCounts byteCounts_;
     Desktop services_;
 };
 

@@ -38,6 +38,21 @@ void addText(std::vector<SelectionForm>& forms, const std::string& text) {
                      }});
 }
 
+void addFiles(std::vector<SelectionForm>& forms, const std::vector<std::string>& files) {
+    std::string list;
+    std::string copied = "copy";
+    std::string paths;
+    for (const std::string& path : files) {
+        list += fileUri(path) + "\r\n";
+        copied += "\n" + fileUri(path);
+        paths += (paths.empty() ? "" : "\n") + path;
+    }
+    forms.push_back(form("text/uri-list", bytesOf(list)));
+    forms.push_back(form("x-special/gnome-copied-files", bytesOf(copied)));
+    forms.push_back(form("x-special/mate-copied-files", bytesOf(copied)));
+    addText(forms, paths);
+}
+
 SharedBytes asPng(const SharedBytes& picture) {
     QImage image;
     QByteArray png;
@@ -79,19 +94,14 @@ std::vector<SelectionForm> formsOf(const PasteboardContents& contents) {
             // Many programs know only this one.
             forms.push_back({"image/png", "image/png", [bytes = data->bytes] { return asPng(bytes); }});
         }
+    } else if (const auto* files = std::get_if<PasteboardFiles>(&contents)) {
+        addFiles(forms, files->paths);
     } else {
-        std::string list;
-        std::string copied = "copy";
-        std::string paths;
-        for (const std::string& path : std::get<PasteboardFiles>(contents).paths) {
-            list += fileUri(path) + "\r\n";
-            copied += "\n" + fileUri(path);
-            paths += (paths.empty() ? "" : "\n") + path;
+        const auto& file = std::get<PasteboardPictureFile>(contents);
+        addFiles(forms, {file.path});
+        if (file.png) {
+            forms.push_back(form("image/png", file.png));
         }
-        forms.push_back(form("text/uri-list", bytesOf(list)));
-        forms.push_back(form("x-special/gnome-copied-files", bytesOf(copied)));
-        forms.push_back(form("x-special/mate-copied-files", bytesOf(copied)));
-        addText(forms, paths);
     }
     return forms;
 }

@@ -250,6 +250,20 @@ Image LinuxThumbnails::iconForFile(const std::string& path, double side) {
                                          Size{side, side});
 }
 
+SharedBytes LinuxThumbnails::pngData(const std::string& path) {
+    QImageReader reader(QString::fromStdString(path));
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    const QImage picture = qint64{size.width()} * size.height() > mostPixels ? QImage() : reader.read();
+    QByteArray png;
+    QBuffer buffer(&png);
+    if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG")) {
+        return nullptr;
+    }
+    return std::make_shared<const Bytes>(png.begin(), png.end());
+}
+
 DecodedPicture LinuxThumbnails::squareThumb(const SharedBytes& data, double side, double cornerRadius) {
     QByteArray bytes =
         QByteArray::fromRawData(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()));

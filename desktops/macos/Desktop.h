@@ -5,7 +5,9 @@
 #include "desktops/macos/Application.h"
 #include "desktops/macos/Archives.h"
 #include "desktops/macos/ByteCounts.h"
+#include "desktops/macos/DragPasteboard.h"
 #include "desktops/macos/EventMonitors.h"
+#include "desktops/macos/FileOperations.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FrontFolder.h"
 #include "desktops/macos/HotKeys.h"
@@ -14,6 +16,7 @@
 #include "desktops/macos/Panels.h"
 #include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/Pointer.h"
+#include "desktops/macos/PreviewPanel.h"
 #include "desktops/macos/QuickActions.h"
 #include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
@@ -36,7 +39,7 @@ namespace rb {
 // All services of macOS. Created first thing in the program, on the main thread, and outlives everything else.
 class MacDesktop {
 public:
-    MacDesktop() = default;
+    MacDesktop() { application_.setPreviewPanel(previewPanel_); }
     MacDesktop(const MacDesktop&) = delete;
     MacDesktop& operator=(const MacDesktop&) = delete;
 
@@ -64,14 +67,17 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
-    MacPasteboards pasteboards_;
-    MacArchives archives_{log_};
-    MacByteCounts byteCounts_;
+    MacFileOperations fileOperations_;
+    MacDragPasteboard dragPasteboard_;
+    MacPreviewPanel previewPanel_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
+    MacPasteboards pasteboards_;
+    MacArchives archives_{log_};
+    MacByteCounts byteCounts_;
     Desktop desktop_{.application = application_,
                      .runLoop = runLoop_,
                      .userDefaults = userDefaults_,
@@ -92,14 +98,17 @@ private:
                      .random = random_,
                      .sounds = sounds_,
                      .thumbnails = thumbnails_,
-                     .pasteboards = pasteboards_,
-                     .archives = archives_,
-                     .byteCounts = byteCounts_,
+                     .fileOperations = fileOperations_,
+                     .dragPasteboard = dragPasteboard_,
+                     .previewPanel = previewPanel_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
+                     .pasteboards = pasteboards_,
+                     .archives = archives_,
+                     .byteCounts = byteCounts_,
                      .log = log_};
 };
 

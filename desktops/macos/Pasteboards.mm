@@ -45,6 +45,16 @@ struct Write {
         [board() clearContents];
         return [board() writeObjects:urls] != NO;
     }
+    bool operator()(const PasteboardPictureFile& file) const {
+        NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
+        if (file.png) {
+            [item setData:[NSData dataWithBytes:file.png->data() length:file.png->size()]
+                  forType:NSPasteboardTypePNG];
+        }
+        [item setString:[NSURL fileURLWithPath:nsString(file.path)].absoluteString forType:NSPasteboardTypeFileURL];
+        [board() clearContents];
+        return [board() writeObjects:@[ item ]] != NO;
+    }
 };
 
 } // namespace

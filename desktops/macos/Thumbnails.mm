@@ -53,6 +53,17 @@ Image MacThumbnails::iconForFile(const std::string& path, double side) {
     return std::make_shared<const MacPicture>(icon);
 }
 
+SharedBytes MacThumbnails::pngData(const std::string& path) {
+    NSData* tiff = [[NSImage alloc] initWithContentsOfFile:nsString(path)].TIFFRepresentation;
+    NSBitmapImageRep* bitmap = tiff != nil ? [NSBitmapImageRep imageRepWithData:tiff] : nil;
+    NSData* png = [bitmap representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+    if (png == nil) {
+        return nullptr;
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(png.bytes);
+    return std::make_shared<const Bytes>(bytes, bytes + png.length);
+}
+
 DecodedPicture MacThumbnails::squareThumb(const SharedBytes& data, double side, double cornerRadius) {
     NSImage* picture = [[NSImage alloc] initWithData:[NSData dataWithBytes:data->data() length:data->size()]];
     if (picture == nil) {

@@ -35,14 +35,17 @@ VirtualDesktop::VirtualDesktop()
                  .random = random_,
                  .sounds = sounds_,
                  .thumbnails = thumbnails_,
-                 .pasteboards = pasteboards_,
-                 .archives = archives_,
-                 .byteCounts = byteCounts_,
+                 .fileOperations = fileOperations_,
+                 .dragPasteboard = dragPasteboard_,
+                 .previewPanel = previewPanel_,
                  .workspace = workspace_,
                  .frontFolder = frontFolder_,
                  .savePanels = savePanels_,
                  .quickActions = quickActions_,
                  .urlSessions = urlSessions_,
+                 .pasteboards = pasteboards_,
+                 .archives = archives_,
+                 .byteCounts = byteCounts_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

@@ -5,9 +5,12 @@
 #include "desktops/virtual/Application.h"
 #include "desktops/virtual/Archives.h"
 #include "desktops/virtual/ByteCounts.h"
+#include "desktops/virtual/DragPasteboard.h"
 #include "desktops/virtual/EventMonitors.h"
+#include "desktops/virtual/FileOperations.h"
 #include "desktops/virtual/Files.h"
 #include "desktops/virtual/FrontFolder.h"
+#include "desktops/virtual/Hand.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
 #include "desktops/virtual/Keyboard.h"
@@ -18,6 +21,7 @@
 #include "desktops/virtual/Pasteboards.h"
 #include "desktops/virtual/Pointer.h"
 #include "desktops/virtual/QuickActions.h"
+#include "desktops/virtual/PreviewPanel.h"
 #include "desktops/virtual/RandomSource.h"
 #include "desktops/virtual/RunLoop.h"
 #include "desktops/virtual/SavePanels.h"
@@ -72,13 +76,17 @@ public:
     VirtualRandomSource& random() { return random_; }
     VirtualSounds& sounds() { return sounds_; }
     VirtualThumbnails& thumbnails() { return thumbnails_; }
-    VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
-    VirtualArchives& archives() { return archives_; }
+    VirtualFileOperations& fileOperations() { return fileOperations_; }
+    VirtualDragPasteboard& dragPasteboard() { return dragPasteboard_; }
+    VirtualPreviewPanel& previewPanel() { return previewPanel_; }
+    VirtualHand& hand() { return hand_; }
     VirtualWorkspace& workspace() { return workspace_; }
     VirtualFrontFolder& frontFolder() { return frontFolder_; }
     VirtualSavePanels& savePanels() { return savePanels_; }
     VirtualQuickActions& quickActions() { return quickActions_; }
     VirtualURLSessions& urlSessions() { return urlSessions_; }
+    VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
+    VirtualArchives& archives() { return archives_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -112,16 +120,20 @@ private:
     VirtualRandomSource random_;
     VirtualSounds sounds_;
     VirtualThumbnails thumbnails_{files_};
-    VirtualPasteboards pasteboards_{runLoop_};
-    VirtualArchives archives_;
-    VirtualByteCounts byteCounts_;
+    VirtualFileOperations fileOperations_{files_};
+    VirtualDragPasteboard dragPasteboard_;
+    VirtualPreviewPanel previewPanel_{application_};
     VirtualWorkspace workspace_{runLoop_};
     VirtualFrontFolder frontFolder_{runLoop_};
     VirtualSavePanels savePanels_{runLoop_};
     VirtualQuickActions quickActions_{runLoop_};
     VirtualURLSessions urlSessions_{runLoop_};
+    VirtualPasteboards pasteboards_{runLoop_};
+    VirtualArchives archives_;
+    VirtualByteCounts byteCounts_;
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
+    VirtualHand hand_{runLoop_, pointer_, panels_, eventMonitors_, dragPasteboard_};
     VirtualWindows windows_;
     VirtualKeyboard keyboard_{hotKeys_, alerts_, windows_};
     Desktop services_;

@@ -69,8 +69,14 @@ bool VirtualPasteboard::write(PasteboardContents contents) {
         written.text = std::move(*text);
     } else if (const auto* data = std::get_if<PasteboardData>(&contents)) {
         written.data[data->type] = *data->bytes;
+    } else if (auto* files = std::get_if<PasteboardFiles>(&contents)) {
+        written.files = std::move(files->paths);
     } else {
-        written.files = std::get<PasteboardFiles>(contents).paths;
+        const auto& file = std::get<PasteboardPictureFile>(contents);
+        written.files = {file.path};
+        if (file.png) {
+            written.data[PasteboardType::Png] = *file.png;
+        }
     }
     copy(std::move(written));
     return true;

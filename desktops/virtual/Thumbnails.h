@@ -22,6 +22,8 @@ public:
     Image iconForFile(const std::string& path, double side) override;
     // Bytes that say "WIDTHxHEIGHT" are a picture of that many pixels, all others are damaged.
     DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) override;
+    // "PNG of PATH" for pictures that can be decoded.
+    SharedBytes pngData(const std::string& path) override;
     Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
                                     std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
 
