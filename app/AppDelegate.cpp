@@ -67,6 +67,7 @@ void AppDelegate::createStatusMenu() {
 
     statusMenu_ = std::make_shared<Menu>();
     Menu& menu = *statusMenu_;
+    menu.needsUpdate = [this](Menu&) { clipboard_->prepareMenu(); };
     menu.addItem(menuItem("立即锁屏并关闭显示器", "lock.fill", &AppDelegate::lockAndSleep));
     hotKeyInfoItem_ = menu.addItem({.enabled = false, .indentationLevel = 1});
     updateHotKeyMenuText();

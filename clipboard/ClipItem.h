@@ -46,6 +46,7 @@ public:
     // For the menu; nothing until it was asked for or when there is none.
     Image thumbnail = {};
     Size pixelSize = {};
+    bool thumbnailAsked = false; // in the background
     // Characters of the text in UTF-16 units.
     std::size_t textLength() const { return content_->textLength; }
 

@@ -41,6 +41,8 @@ public:
     const std::vector<std::shared_ptr<RBClipItem>>& items() const { return items_; }
     bool paused() const { return paused_; }
     std::int64_t lastChangeCount() const { return lastChangeCount_; }
+    // The menu will probably be asked for soon: pictures are decoded in the background meanwhile.
+    void prepareMenu();
     // The archive's path; its folder is made. Empty when that can't be done.
     std::string storeURL() const;
 

@@ -97,6 +97,31 @@ std::string toolTipFor(const RBClipItem& item) {
 
 } // namespace
 
+// Not when it is copied: most pictures are pasted elsewhere long before anyone looks for them here.
+void RBClipboardHistory::prepareMenu() {
+    for (const auto& item : items_) {
+        if (item->kind() != RBClipItem::Picture || std::exchange(item->thumbnailAsked, true) ||
+            !std::holds_alternative<std::monostate>(item->thumbnail)) {
+            continue;
+        }
+        desktop_.runLoop.background(
+            QualityOfService::UserInitiated,
+            [&thumbnails = desktop_.thumbnails, &loop = desktop_.runLoop, data = item->imageData(),
+             weak = std::weak_ptr(item)] {
+                if (weak.expired()) {
+                    return;
+                }
+                loop.post([weak, decoded = thumbnails.squareThumb(data, imageSide, imageCornerRadius)] {
+                    const auto entry = weak.lock();
+                    if (entry && std::holds_alternative<std::monostate>(entry->thumbnail)) {
+                        entry->pixelSize = decoded.pixelSize;
+                        entry->thumbnail = decoded.thumbnail;
+                    }
+                });
+            });
+    }
+}
+
 std::string RBClipboardHistory::titleFor(RBClipItem& item) const {
     switch (item.kind()) {
     case RBClipItem::Files:

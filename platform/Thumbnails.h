@@ -30,6 +30,7 @@ public:
     // The same, a square of that many points.
     virtual Image iconForFile(const std::string& path, double side) = 0;
     // The picture that some bytes hold, filling a square of `side` points with rounded corners, sharp on every screen.
+    // Any thread.
     virtual DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) = 0;
     // The whole picture of a file as PNG, in the file's own size. Null when it can't be opened or read.
     virtual SharedBytes pngData(const std::string& path) = 0;

@@ -135,6 +135,23 @@ TEST_F(ClipboardMenuTest, PicturesShowTheirSizeAndASquare) {
     EXPECT_TRUE(std::holds_alternative<std::monostate>(entry(0).image));
 }
 
+TEST_F(ClipboardMenuTest, PicturesAreDecodedAheadOfTheMenu) {
+    copy({.data = {{PasteboardType::Png, bytes("30x20")}}});
+    copy({.data = {{PasteboardType::Png, bytes("damaged")}}});
+    EXPECT_EQ(desktop_.thumbnails().decoded(), 0) << "not when they are copied";
+    history_->prepareMenu();
+    history_->prepareMenu();
+    EXPECT_EQ(desktop_.thumbnails().decoded(), 0) << "nor while the menu opens";
+    desktop_.advance(0);
+    EXPECT_EQ(desktop_.thumbnails().decoded(), 2);
+    EXPECT_EQ(entry(1).title, "图片  30 × 20");
+    EXPECT_EQ(picture(entry(1)), "thumb 30x20 radius 5");
+    copy({.data = {{PasteboardType::Png, bytes("1x1")}}});
+    history_->prepareMenu();
+    history_.reset(); // the program ends meanwhile
+    desktop_.advance(1);
+}
+
 TEST_F(ClipboardMenuTest, FilesShowTheirFirstNameFolderAndIcon) {
     copy({.files = {"/Users/rb/Notes/a.txt", "/Users/rb/b.txt"}});
     EXPECT_EQ(entry(0).title, "a.txt 等 2 项");
