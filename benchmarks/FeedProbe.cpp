@@ -107,12 +107,13 @@ int main(int count, char** words) {
         int runs;
     };
     rb::Table table({"feeds", "from the click to the check (ms)"});
-    for (const Case& measured : std::vector<Case>{{"both alive", alive, alive, runs},
-                                                  {"primary silent, mirror alive", dead, alive, runs},
-                                                  {"primary refuses, mirror alive", refused, alive, runs},
-                                                  {"primary a page, mirror alive", server.address("/page"), alive, runs},
-                                                  {"both refuse", refused, refused, runs},
-                                                  {"both silent", dead, dead, 2}}) {
+    for (const Case& measured :
+         std::vector<Case>{{"both alive", alive, alive, runs},
+                           {"primary silent, mirror alive", dead, alive, runs},
+                           {"primary refuses, mirror alive", refused, alive, runs},
+                           {"primary a page, mirror alive", server.address("/page"), alive, runs},
+                           {"both refuse", refused, refused, runs},
+                           {"both silent", dead, dead, 2}}) {
         std::vector<double> times;
         for (int run = 0; run < measured.runs; ++run) {
             times.push_back(rb::measure(measured.primary, measured.mirror));
