@@ -143,12 +143,13 @@ TEST_F(HostTest, IconsOfBothKindsArriveFromRightToLeftAndTheDotHidesThem) {
     clickChevron();
     EXPECT_TRUE(waitUntil([this] { return noneShown(); }));
     EXPECT_TRUE(docked("Parcellite")) << "left of the screen, but alive";
-    saveScreenshot(x(), SESSION_PICTURES "/collapsed.png");
+    fs::create_directories(SESSION_PICTURES);
+    EXPECT_TRUE(saveScreenshot(x(), SESSION_PICTURES "/collapsed.png"));
     clickChevron();
     EXPECT_TRUE(waitUntil([this] { return allShown(); }));
     EXPECT_EQ(docked("Parcellite")->x, parcellite->x) << "in the same order";
     EXPECT_EQ(docked("Yad")->x, yad->x);
-    saveScreenshot(x(), SESSION_PICTURES "/expanded.png");
+    EXPECT_TRUE(saveScreenshot(x(), SESSION_PICTURES "/expanded.png"));
 }
 
 TEST_F(HostTest, IconsTakeClicksAndOpenTheirMenus) {
