@@ -11,7 +11,7 @@ inline constexpr const char* HotKeyDisplay = "HotKeyDisplay";     // text shown 
 inline constexpr const char* ClipboardPaused = "ClipboardPaused";             // nothing is recorded
 inline constexpr const char* TextFileLastDirectory = "TextFileLastDirectory"; // folder of the last new text file
 inline constexpr const char* RBUseMirrorFeed = "RBUseMirrorFeed";             // updates come through the mirror
-inline constexpr const char* ClipboardPaused = "ClipboardPaused"; // nothing is recorded
+inline constexpr const char* ClipboardPaused = "ClipboardPaused";             // nothing is recorded
 
 // The clothesline.
 inline constexpr const char* ClotheslinePaths = "ClotheslinePaths"; // array of paths, oldest first

@@ -158,7 +158,7 @@ IdleCosts measureIdle(const Plan& plan, const std::string& program, bool needsTr
 std::vector<double> measureKey(const Plan& plan) {
     Session session;
     const std::string marks = session.folder() + "/marks";
-    session.writeDefaults(std::string(R"({"MenuBarHiderIntroShown": true, "LinuxLockCommand": ")") + MARKER_LOCKER + " " + marks + "\"}");
+    session.writeDefaults(std::string(R"({"LinuxLockCommand": ")") + MARKER_LOCKER + " " + marks + "\"}");
     session.start({ROOKBAY_PROGRAM});
     stopwatchUntil("the key", session, [&] { return session.x().isKeyHeld(XKB_KEY_F13); });
     EventLog log(session.display());

@@ -207,8 +207,7 @@ bool RBMenuBarHider::pointerInMenuBar() const {
     if (!screen) {
         return false;
     }
-    const double height =
-        std::max(screen->frame.maxY() - screen->visibleFrame.maxY(), desktop_.statusBar.thickness());
+    const double height = std::max(screen->frame.maxY() - screen->visibleFrame.maxY(), desktop_.statusBar.thickness());
     return pointer.y >= screen->frame.maxY() - height - bandBelowMenuBar;
 }
 

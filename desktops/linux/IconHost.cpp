@@ -20,8 +20,8 @@ IconHost::IconHost(MenuBar& bar, XConnection& connection, TrayWatch& watch, cons
         watch.setOwnTray(tray_->window());
         tray_->begin();
         if (hasSessionBus()) {
-            notifiers_ = std::make_unique<NotifierHost>(
-                bar, pictures, appearance, [&watch](const QString& name) { watch.setOwnWatcher(name); });
+            notifiers_ = std::make_unique<NotifierHost>(bar, pictures, appearance,
+                                                        [&watch](const QString& name) { watch.setOwnWatcher(name); });
         }
     });
 }

@@ -66,7 +66,7 @@ private:
     const LinuxAppearance& appearance_;
     BarOrder& order_;
     std::function<void()> arranged_;
-    BarClock* clock_; // a child
+    BarClock* clock_;             // a child
     std::vector<Placed> entries_; // from the right
     BarEntry* dragged_ = nullptr;
     int grip_ = 0;  // from the dragged entry's left edge to the pointer, in points

@@ -105,8 +105,7 @@ void MenuBarItem::addTransition(const PushTransition& transition) {
 }
 
 void MenuBarItem::drawPicture(QPainter& painter, double shift) const {
-    pictures_.draw(painter, item_.image(), QRectF(rect()).translated(shift, 0), symbolSize,
-                   appearance_.theme().label);
+    pictures_.draw(painter, item_.image(), QRectF(rect()).translated(shift, 0), symbolSize, appearance_.theme().label);
 }
 
 void MenuBarItem::paintEvent(QPaintEvent* /*event*/) {

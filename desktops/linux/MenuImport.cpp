@@ -54,7 +54,7 @@ ExportedItem unpacked(const QDBusVariant& child) {
     if (value.userType() == qMetaTypeId<QDBusArgument>()) {
         const auto argument = value.value<QDBusArgument>();
         return argument.currentSignature() == QLatin1String("(ia{sv}av)") ? qdbus_cast<ExportedItem>(argument)
-                                                                            : ExportedItem{};
+                                                                          : ExportedItem{};
     }
     return value.value<ExportedItem>();
 }
@@ -70,8 +70,9 @@ MenuItem itemFrom(const ExportedItem& line, const std::function<void(int)>& choo
     item.on = !properties.value(QStringLiteral("toggle-type")).toString().isEmpty() &&
               properties.value(QStringLiteral("toggle-state")).toInt() == 1;
     item.image = imageFrom(properties);
-    const bool hasChildren = !line.children.isEmpty() ||
-                             properties.value(QStringLiteral("children-display")).toString() == QLatin1String("submenu");
+    const bool hasChildren =
+        !line.children.isEmpty() ||
+        properties.value(QStringLiteral("children-display")).toString() == QLatin1String("submenu");
     if (hasChildren && levels > 0) {
         item.submenu = fill(line, choose, levels - 1);
     } else if (!item.separator) {
@@ -110,11 +111,9 @@ MenuImport::MenuImport(QString service, QString path)
 
 void MenuImport::read(std::function<void(std::shared_ptr<Menu> menu)> done) {
     // Some programs fill their menus only when they hear this; others don't know it.
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(service_, path_, menuInterface, QStringLiteral("AboutToShow"));
+    QDBusMessage call = QDBusMessage::createMethodCall(service_, path_, menuInterface, QStringLiteral("AboutToShow"));
     call << 0;
-    auto* pending =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, patience), &receiver_);
+    auto* pending = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, patience), &receiver_);
     QObject::connect(pending, &QDBusPendingCallWatcher::finished, &receiver_,
                      [this, done = std::move(done)](QDBusPendingCallWatcher* finished) {
                          finished->deleteLater();
@@ -125,8 +124,7 @@ void MenuImport::read(std::function<void(std::shared_ptr<Menu> menu)> done) {
 void MenuImport::readLayout(const std::function<void(std::shared_ptr<Menu>)>& done) {
     QDBusMessage call = QDBusMessage::createMethodCall(service_, path_, menuInterface, QStringLiteral("GetLayout"));
     call << 0 << -1 << QStringList();
-    auto* pending =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, patience), &receiver_);
+    auto* pending = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, patience), &receiver_);
     QObject::connect(
         pending, &QDBusPendingCallWatcher::finished, &receiver_, [this, done](QDBusPendingCallWatcher* finished) {
             const QDBusMessage reply = finished->reply();

@@ -159,7 +159,9 @@ void MenuRow::paint(QPainter& painter, const QStyleOptionMenuItem& option) const
     const int left = row.left() + textLeft(item);
     const QFontMetrics metrics(option.font);
     const auto elided = [width = right - left](const QFontMetrics& meter, const std::string& text) {
-        return meter.elidedText(QString::fromStdString(text), Qt::ElideMiddle, width);
+        const QString whole = QString::fromStdString(text);
+        // The menu was made wide enough for the rounded length; eliding goes by the exact one.
+        return meter.horizontalAdvance(whole) <= width ? whole : meter.elidedText(whole, Qt::ElideMiddle, width);
     };
     painter.setPen(color);
     if (item.subtitle.empty()) {

@@ -18,7 +18,7 @@ struct NotifierFacts {
     QString themePath; // of a folder with the program's own icons
     NotifierPixmaps icon;
     NotifierPixmaps attentionIcon;
-    QString toolTip; // plain text
+    QString toolTip;  // plain text
     QString menuPath; // empty without a menu
     bool itemIsMenu = false;
 };

@@ -25,8 +25,8 @@ namespace {
 const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
 constexpr int iconSide = 20; // points
 constexpr int padding = 5;
-constexpr int patience = 5000;  // milliseconds for an answer
-constexpr int shortestGap = 100; // milliseconds between two questions
+constexpr int patience = 5000;    // milliseconds for an answer
+constexpr int shortestGap = 100;  // milliseconds between two questions
 constexpr int largestFile = 4096; // pixels a side
 
 // A file of the program's own: a path, or a name in its folder.
@@ -193,8 +193,8 @@ void NotifierIcon::paintEvent(QPaintEvent* /*event*/) {
     const double scale = devicePixelRatioF();
     if (shown_.isNull()) {
         const int pixels = qRound(iconSide * scale);
-        shown_ = QPixmap::fromImage(
-            picture(pixels).scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+        shown_ =
+            QPixmap::fromImage(picture(pixels).scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation));
         shown_.setDevicePixelRatio(scale);
     }
     if (menu_ && menu_->isVisible()) {

@@ -90,8 +90,8 @@ public:
 
 private:
     void add(const NotifierAddress& address, const QString& owner) {
-        const bool known = std::any_of(items_.begin(), items_.end(),
-                                       [&](const Registered& item) { return item.address == address; });
+        const bool known =
+            std::any_of(items_.begin(), items_.end(), [&](const Registered& item) { return item.address == address; });
         if (known || items_.size() >= NotifierWatcher::mostItems) {
             return;
         }
@@ -172,9 +172,7 @@ private:
     }
 
     // This object lives in the main thread, which drops what comes after its end.
-    void post(std::function<void()> work) {
-        QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
-    }
+    void post(std::function<void()> work) { QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection); }
 
     const Listener listener_;
     QObject inside_; // lives in the thread

@@ -162,7 +162,8 @@ LinuxPopover::LinuxPopover(LinuxWindows& windows, EventMonitors& monitors, Popov
     : windows_(windows)
     , didClose_(std::move(spec.didClose))
     , bubble_(std::make_unique<Bubble>(*this, std::move(spec.content), anchor))
-    , pressesElsewhere_(monitors.addGlobalMonitor(LeftMouseDownMask | RightMouseDownMask, [this] { pressedSomewhere(); }))
+    , pressesElsewhere_(
+          monitors.addGlobalMonitor(LeftMouseDownMask | RightMouseDownMask, [this] { pressedSomewhere(); }))
     , pressesHere_(monitors.addLocalMonitor(LeftMouseDownMask | RightMouseDownMask, [this] { pressedSomewhere(); }))
     , themeChanges_(windows.themeChanges([this] { bubble_->themeChanged(); })) {
     windows_.activate(*bubble_);

@@ -147,9 +147,9 @@ void TrayClient::setMapped(bool mapped) {
 
 void TrayClient::giveSize() {
     const auto side = static_cast<std::uint32_t>(pixels(iconSide));
-    const std::array<std::uint32_t, 5> geometry{static_cast<std::uint32_t>(pixels(padding)),
-                                                static_cast<std::uint32_t>((pixels(MenuBar::entryHeight) - pixels(iconSide)) / 2),
-                                                side, side, 0};
+    const std::array<std::uint32_t, 5> geometry{
+        static_cast<std::uint32_t>(pixels(padding)),
+        static_cast<std::uint32_t>((pixels(MenuBar::entryHeight) - pixels(iconSide)) / 2), side, side, 0};
     quietly(x_, xcb_configure_window_checked(x_, icon_,
                                              XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
                                                  XCB_CONFIG_WINDOW_HEIGHT | XCB_CONFIG_WINDOW_BORDER_WIDTH,

@@ -30,8 +30,7 @@ TrayHost::TrayHost(MenuBar& bar, XConnection& connection, const LinuxAppearance&
     , opcode_(internAtom("_NET_SYSTEM_TRAY_OPCODE")) {
     const std::uint32_t overrideRedirect = 1;
     xcb_create_window(x_, XCB_COPY_FROM_PARENT, window_, connection_.root(), -1, -1, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
-                      &overrideRedirect);
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
     // Save sets that leave windows unmapped exist since version 4.
     xcb_discard_reply(x_, xcb_xfixes_query_version(x_, 4, 0).sequence);
     QCoreApplication::instance()->installNativeEventFilter(this);
@@ -76,8 +75,7 @@ void TrayHost::announce(xcb_timestamp_t time) {
     message.data.data32[0] = time;
     message.data.data32[1] = selection_;
     message.data.data32[2] = window_;
-    xcb_send_event(x_, 0, connection_.root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                   reinterpret_cast<const char*>(&message));
+    xcb_send_event(x_, 0, connection_.root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY, reinterpret_cast<const char*>(&message));
     xcb_flush(x_);
 }
 

@@ -102,7 +102,8 @@ void TrayWatch::askForHost() {
         const QDBusMessage reply = done->reply();
         done->deleteLater();
         const bool answered = reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty();
-        setNotifierHost(answered && !ownHost_ && reply.arguments().constFirst().value<QDBusVariant>().variant().toBool());
+        setNotifierHost(answered && !ownHost_ &&
+                        reply.arguments().constFirst().value<QDBusVariant>().variant().toBool());
     });
 }
 

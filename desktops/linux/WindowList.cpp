@@ -40,15 +40,14 @@ std::optional<int> layerOf(const xcb_get_property_reply_t& property, const Types
 // All at once: the requests for every window go out before the first answer is read.
 std::optional<std::vector<int>> LinuxWindowList::layersOnScreen() const {
     xcb_connection_t* x = connection_.get();
-    const XReply<xcb_query_tree_reply_t> tree(
-        xcb_query_tree_reply(x, xcb_query_tree(x, connection_.root()), nullptr));
+    const XReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(x, xcb_query_tree(x, connection_.root()), nullptr));
     if (!tree) {
         return std::nullopt;
     }
-    const auto atom = [this](const char* kind) {
-        return connection_.atom(std::string("_NET_WM_WINDOW_TYPE") + kind);
-    };
-    const Types types{atom(""), atom("_DESKTOP"), atom("_DOCK"),
+    const auto atom = [this](const char* kind) { return connection_.atom(std::string("_NET_WM_WINDOW_TYPE") + kind); };
+    const Types types{atom(""),
+                      atom("_DESKTOP"),
+                      atom("_DOCK"),
                       {atom("_POPUP_MENU"), atom("_DROPDOWN_MENU"), atom("_MENU"), atom("_COMBO")}};
     const xcb_window_t* windows = xcb_query_tree_children(tree.get());
     const auto count = static_cast<std::size_t>(xcb_query_tree_children_length(tree.get()));

@@ -94,14 +94,16 @@ void MacStatusItem::addTransition(const std::string& key, const PushTransition& 
     }
     CATransition* native = [CATransition animation];
     native.type = kCATransitionPush;
-    native.subtype =
-        transition.from == PushTransition::From::Left ? kCATransitionFromLeft : kCATransitionFromRight;
+    native.subtype = transition.from == PushTransition::From::Left ? kCATransitionFromLeft : kCATransitionFromRight;
     native.duration = transition.duration;
     const TimingCurve& timing = transition.timing;
-    native.timingFunction = [CAMediaTimingFunction functionWithControlPoints:static_cast<float>(timing.control1.x)
-                                                                            :static_cast<float>(timing.control1.y)
-                                                                            :static_cast<float>(timing.control2.x)
-                                                                            :static_cast<float>(timing.control2.y)];
+    native.timingFunction = [CAMediaTimingFunction
+        functionWithControlPoints:static_cast<float>(
+                                      timing.control1.x
+                                      ):static_cast<float>(timing.control1.y
+                                                           ):static_cast<float>(timing.control2.x
+                                                                                ):static_cast<float>(timing.control2
+                                                                                                         .y)];
     [layer addAnimation:native forKey:nsString(key)];
 }
 

@@ -12,9 +12,9 @@ class LaunchTest : public AppTest {};
 
 TEST_F(LaunchTest, BecomesAnAccessoryThenBuildsTheMenuThenTakesTheHotKey) {
     launch();
-    EXPECT_THAT(desktop_.journal().lines(), ElementsAre("setActivationPolicy accessory", "createStatusItem",
-                                                        "createStatusItem", "createStatusItem",
-                                                        "installHotKeyHandler", "registerHotKey 105 0"));
+    EXPECT_THAT(desktop_.journal().lines(),
+                ElementsAre("setActivationPolicy accessory", "createStatusItem", "createStatusItem", "createStatusItem",
+                            "installHotKeyHandler", "registerHotKey 105 0"));
     EXPECT_FALSE(desktop_.application().isActive()) << "launching takes nobody's focus";
     EXPECT_TRUE(desktop_.windows().visible().empty());
     EXPECT_TRUE(desktop_.alerts().shown().empty());

@@ -23,8 +23,7 @@ TEST(BarOrderTest, ThoseThatAreAbsentStayBesideTheirNeighbours) {
     order.arrange({"status", "chevron", "mail", "dot"}); // the user moved the mail right of the dot
     EXPECT_THAT(order.names(), ElementsAre("late", "status", "chevron", "quiet", "absent", "mail", "dot"));
     order.arrange({"dot", "mail", "chevron", "status", "new"});
-    EXPECT_THAT(order.names(),
-                ElementsAre("late", "dot", "mail", "chevron", "quiet", "absent", "status", "new"));
+    EXPECT_THAT(order.names(), ElementsAre("late", "dot", "mail", "chevron", "quiet", "absent", "status", "new"));
 }
 
 TEST(BarOrderTest, NamesFromOtherProgramsAreTamed) {

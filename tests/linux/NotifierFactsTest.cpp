@@ -62,8 +62,8 @@ TEST(NotifierFactsTest, RefusesPicturesThatCannotBe) {
     const NotifierPixmaps bad{
         {0, 0, {}},
         {-5, -5, QByteArray(100, 'x')},
-        {22, 22, QByteArray(10, 'x')},                  // too few bytes
-        {1 << 16, 1 << 16, QByteArray(16, 'x')},        // whose count of bytes overflows
+        {22, 22, QByteArray(10, 'x')},                     // too few bytes
+        {1 << 16, 1 << 16, QByteArray(16, 'x')},           // whose count of bytes overflows
         {30000, 1, QByteArray(qsizetype{4} * 30000, 'x')}, // no icon
     };
     EXPECT_TRUE(bestPixmap(bad, 20).isNull());

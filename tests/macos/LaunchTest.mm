@@ -71,7 +71,7 @@ TEST_F(LaunchTest, fillsTheStatusItem) {
         const auto symbol = fake::calls("+[NSImage imageWithSystemSymbolName:accessibilityDescription:]").front();
         EXPECT_EQ(symbol.string(0), "lock.display");
         EXPECT_EQ(symbol.string(1), "Rook Bay");
-        EXPECT_EQ(fake::lastCall("-[NSStatusBarButton setToolTip:]").string(0), "Rook Bay：F13 锁屏");
+        EXPECT_EQ(fake::calls("-[NSStatusBarButton setToolTip:]").front().string(0), "Rook Bay：F13 锁屏");
         EXPECT_EQ(titles(), (std::vector<std::string>{"立即锁屏并关闭显示器", "当前快捷键：F13", "-", "剪贴板历史",
                                                       "晾衣绳", "菜单栏图标", "新建 TXT…", "-", "屏幕与连接…",
                                                       "设置快捷键…", "-", "退出 Rook Bay"}));

@@ -18,6 +18,8 @@ protected:
     // Starts the program; the script runs inside its event loop, after the launch.
     void launch(std::function<void()> script) {
         @autoreleasepool {
+            // Not the first run: the menu bar hider has introduced itself.
+            [NSUserDefaults.standardUserDefaults setBool:YES forKey:@"MenuBarHiderIntroShown"];
             MacDesktop desktop;
             fake::onCall("-[NSApplication run]", [&](fake::Call&) {
                 [applicationDelegate() applicationDidFinishLaunching:[NSNotification new]];

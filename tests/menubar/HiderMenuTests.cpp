@@ -31,10 +31,17 @@ protected:
 TEST_F(HiderMenuTest, ListsWhatCanBeSet) {
     EXPECT_EQ(hider.settingsMenu()->title(), "菜单栏图标");
     start();
-    const std::vector<std::string> expanded{"x 折叠菜单栏图标", "立即收起",         "--",
-                                            "- 自动收起",       "  5 秒后",         "  x 10 秒后",
-                                            "  30 秒后",        "  不按时间收起",   "  x 鼠标离开菜单栏后收起",
-                                            "--",               "怎么隐藏图标？"};
+    const std::vector<std::string> expanded{"x 折叠菜单栏图标",
+                                            "立即收起",
+                                            "--",
+                                            "- 自动收起",
+                                            "  5 秒后",
+                                            "  x 10 秒后",
+                                            "  30 秒后",
+                                            "  不按时间收起",
+                                            "  x 鼠标离开菜单栏后收起",
+                                            "--",
+                                            "怎么隐藏图标？"};
     EXPECT_EQ(lines(open()), expanded);
     EXPECT_EQ(open().items()[1]->image, Image(Symbol{.name = "chevron.right"}));
     choose("立即收起");
@@ -55,8 +62,8 @@ TEST_F(HiderMenuTest, ListsWhatCanBeSet) {
 TEST_F(HiderMenuTest, OpensFromEitherItemByTheRightButtonOrControl) {
     start();
     for (const char* name : {control, separator}) {
-        for (const StatusItemClick& click :
-             {StatusItemClick{.rightButton = true}, StatusItemClick{.modifierFlags = ControlModifier | ShiftModifier}}) {
+        for (const StatusItemClick& click : {StatusItemClick{.rightButton = true},
+                                             StatusItemClick{.modifierFlags = ControlModifier | ShiftModifier}}) {
             item(name).click(click);
             ASSERT_TRUE(item(name).poppedUp());
             EXPECT_EQ(item(name).poppedUp()->title(), "菜单栏图标");

@@ -27,7 +27,7 @@ protected:
         settings(R"("MenuBarHiderDelay": 0, "MenuBarHiderCollapseOnLeave": false)");
     }
 
-    void settings(const std::string& json) { session().writeDefaults("{" + std::string(introduced) + ", " + json + "}"); }
+    void settings(const std::string& json) { session().writeDefaults("{" + json + "}"); }
 
     WindowFacts bar() {
         const auto found = x().viewableOfClass(menuBarClass);
@@ -37,9 +37,7 @@ protected:
     int edge(int icons) {
         return bar().x + bar().width - endMargin - clockBreadth - statusItem - chevron - dot - icons * hostedIcon;
     }
-    int middleOfChevron() {
-        return bar().x + bar().width - endMargin - clockBreadth - statusItem - chevron / 2;
-    }
+    int middleOfChevron() { return bar().x + bar().width - endMargin - clockBreadth - statusItem - chevron / 2; }
     void clickChevron() { x().click(middleOfChevron(), bar().y + 14); }
 
     // The window of a docked icon, at the place where it shows; nothing while it isn't in the bar's window.
@@ -94,9 +92,7 @@ protected:
         }
         return places;
     }
-    bool noneShown() {
-        return drawn() == 0 && !isShown("Parcellite") && !isShown("Yad") && !isShown("Cbatticon");
-    }
+    bool noneShown() { return drawn() == 0 && !isShown("Parcellite") && !isShown("Yad") && !isShown("Cbatticon"); }
     void dragWithSuper(int from, int to) {
         const int y = bar().y + 14;
         x().movePointer(from, y);
@@ -147,12 +143,13 @@ TEST_F(HostTest, IconsOfBothKindsArriveFromRightToLeftAndTheDotHidesThem) {
     clickChevron();
     EXPECT_TRUE(waitUntil([this] { return noneShown(); }));
     EXPECT_TRUE(docked("Parcellite")) << "left of the screen, but alive";
-    saveScreenshot(x(), SESSION_PICTURES "/collapsed.png");
+    fs::create_directories(SESSION_PICTURES);
+    EXPECT_TRUE(saveScreenshot(x(), SESSION_PICTURES "/collapsed.png"));
     clickChevron();
     EXPECT_TRUE(waitUntil([this] { return allShown(); }));
     EXPECT_EQ(docked("Parcellite")->x, parcellite->x) << "in the same order";
     EXPECT_EQ(docked("Yad")->x, yad->x);
-    saveScreenshot(x(), SESSION_PICTURES "/expanded.png");
+    EXPECT_TRUE(saveScreenshot(x(), SESSION_PICTURES "/expanded.png"));
 }
 
 TEST_F(HostTest, IconsTakeClicksAndOpenTheirMenus) {
@@ -190,7 +187,8 @@ TEST_F(HostTest, IconsOutliveUsAndComeBackAtTheNextStart) {
     ASSERT_TRUE(waitUntil([this] { return noneShown(); }));
     first.signal(SIGKILL);
     ASSERT_TRUE(waitUntil([this] { return x().viewableOfClass(menuBarClass).empty(); }));
-    const auto tree = ownReply(xcb_query_tree_reply(x().connection(), xcb_query_tree(x().connection(), plain), nullptr));
+    const auto tree =
+        ownReply(xcb_query_tree_reply(x().connection(), xcb_query_tree(x().connection(), plain), nullptr));
     ASSERT_TRUE(tree) << "it died with us";
     EXPECT_EQ(tree->parent, x().root());
     EXPECT_FALSE(x().facts(plain)->viewable) << "unmapped, until the next tray comes";
@@ -267,6 +265,29 @@ TEST_F(HostTest, SuperDragsAnIconToAnotherPlaceForGood) {
     EXPECT_TRUE(waitUntil(yadIsBesideTheStatusItem)) << "remembered by its name";
 }
 
+TEST_F(HostTest, TheIntroductionTakesReturnAndGoesAtAPressElsewhere) {
+    settings(R"("MenuBarHiderIntroShown": false, "MenuBarHiderDelay": 0)");
+    const auto isShown = [this] { return !x().viewableOfClass("rookbay-popover").empty(); };
+    startRookBay();
+    ASSERT_TRUE(waitUntil(isShown)) << "a second after the first start";
+    const WindowFacts bubble = x().viewableOfClass("rookbay-popover").front();
+    EXPECT_LE(bubble.x, middleOfChevron());
+    EXPECT_GE(bubble.x + bubble.width, middleOfChevron());
+    EXPECT_EQ(bubble.y, bar().y + bar().height - 1);
+    ASSERT_TRUE(waitUntil([&] { return x().hasFocus(bubble.window); }));
+    x().tapKey(XKB_KEY_Return);
+    EXPECT_TRUE(waitUntil([&] { return !isShown(); }));
+    EXPECT_TRUE(waitUntil([this] { return defaults()["MenuBarHiderIntroShown"].toBool(); }));
+
+    x().click(middleOfChevron(), bar().y + 14, 3);
+    ASSERT_TRUE(waitUntil([this] { return !x().viewableOfClass(menuClass).empty(); }));
+    x().tapKey(XKB_KEY_Up); // the last item asks for it
+    x().tapKey(XKB_KEY_Return);
+    ASSERT_TRUE(waitUntil(isShown));
+    x().click(300, 500);
+    EXPECT_TRUE(waitUntil([&] { return !isShown(); }));
+}
+
 TEST_F(HostTest, ADotRightOfTheChevronHidesNothing) {
     startRookBay();
     session().start({"parcellite"});
@@ -322,10 +343,10 @@ TEST_F(HostTest, IconsThatMisbehaveHarmNobody) {
 TEST_F(HostTest, ItemsThatVanishOrHangHarmNobody) {
     startRookBay();
     const auto registerItem = [this](const std::string& argument) {
-        Program& sender = session().start({"dbus-send", "--session", "--print-reply",
-                                           "--dest=org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
-                                           "org.kde.StatusNotifierWatcher.RegisterStatusNotifierItem",
-                                           "string:" + argument});
+        Program& sender =
+            session().start({"dbus-send", "--session", "--print-reply", "--dest=org.kde.StatusNotifierWatcher",
+                             "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher.RegisterStatusNotifierItem",
+                             "string:" + argument});
         return sender.waitForExit();
     };
     ASSERT_TRUE(waitUntil([&] { return registerItem("/gone/at/once") == 0; })) << "the watcher answers";

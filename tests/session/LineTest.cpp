@@ -91,7 +91,7 @@ TEST_F(LineTest, AHandedOverFileHangsAndOnlyItsCardTakesClicks) {
 
 TEST_F(LineTest, FollowsThePointersMonitorAndOutlivesIt) {
     const std::string file = makeFile("notes.txt");
-    session().writeDefaults(R"({"MenuBarHiderIntroShown": true, "ClotheslinePaths": [")" + file + "\"]}");
+    session().writeDefaults(R"({"ClotheslinePaths": [")" + file + "\"]}");
     startWithPointerBelow();
     const auto monitors = [&](const std::vector<std::string>& arguments) {
         std::vector<std::string> command{"xrandr"};
@@ -153,7 +153,7 @@ TEST_F(LineTest, EndsInTheMiddleOfAThumbnail) {
               "[Thumbnailer Entry]\nTryExec=sleep\nExec=sleep 61\nMimeType=text/plain;\n");
     session().environment["XDG_DATA_HOME"] = data;
     const std::string file = makeFile("notes.txt");
-    session().writeDefaults(R"({"MenuBarHiderIntroShown": true, "ClotheslinePaths": [")" + file + "\"]}");
+    session().writeDefaults(R"({"ClotheslinePaths": [")" + file + "\"]}");
     Program& program = startWithPointerBelow();
     ASSERT_TRUE(waitUntil([&] { return session().processes("sleep").size() == 1; }, patience));
     program.signal(SIGTERM);
@@ -167,7 +167,7 @@ TEST_F(LineTest, StartsWithTenThousandSavedPaths) {
     for (int i = 0; i < 10'000; ++i) {
         list += ",\"/nowhere/" + std::to_string(i) + "\"";
     }
-    session().writeDefaults("{\"MenuBarHiderIntroShown\": true, \"ClotheslinePaths\": [" + list + ",\"" + file + "\"]}");
+    session().writeDefaults("{\"ClotheslinePaths\": [" + list + ",\"" + file + "\"]}");
     startWithPointerBelow();
     EXPECT_TRUE(waitUntil([&] { return savedPaths() == std::vector<std::string>{file}; }, patience));
 }

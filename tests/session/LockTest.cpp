@@ -28,7 +28,7 @@ protected:
 };
 
 TEST_F(LockTest, TheKeyStartsTheLockerAndDarkensTheScreenAfterwards) {
-    session().writeDefaults(R"({"MenuBarHiderIntroShown": true, "LinuxLockCommand": "i3lock -n -c 1d2b3a"})");
+    session().writeDefaults(R"({"LinuxLockCommand": "i3lock -n -c 1d2b3a"})");
     startFocusedTerminal();
     startRookBay();
     EventLog log(session().display());

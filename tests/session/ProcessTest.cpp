@@ -131,8 +131,13 @@ TEST_F(ProcessTest, ABrokenSettingsFileIsSetAside) {
 TEST_F(ProcessTest, AFileInTheFoldersPlaceIsLeftAlone) {
     // Nothing can be stored here, and nothing of the user's is harmed.
     const std::string place = session().configFolder() + "/rook-bay";
+    fs::remove_all(place);
     writeFile(place, "mine");
     Program& program = startRookBay();
+    // To a program without settings this is its first run.
+    ASSERT_TRUE(waitUntil([this] { return !x().viewableOfClass("rookbay-popover").empty(); }));
+    x().tapKey(XKB_KEY_Escape);
+    ASSERT_TRUE(waitUntil([this] { return x().viewableOfClass("rookbay-popover").empty(); }));
     ASSERT_NE(openMenu(), 0U);
     x().tapKey(XKB_KEY_comma, {XKB_KEY_Control_L});
     ASSERT_TRUE(waitUntil([this] {

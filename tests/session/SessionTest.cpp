@@ -58,7 +58,7 @@ void SessionTest::useCountingLocker(const std::string& otherSettings) {
     const std::string locker = session_.folder() + "/locker";
     writeFile(locker, "#!/bin/sh\necho locked >>" + session_.folder() + "/lockings\n");
     fs::permissions(locker, fs::perms::owner_all);
-    session_.writeDefaults("{" + std::string(introduced) + ", \"LinuxLockCommand\": \"" + locker + "\"" + otherSettings + "}");
+    session_.writeDefaults("{\"LinuxLockCommand\": \"" + locker + "\"" + otherSettings + "}");
 }
 
 int SessionTest::lockings() const {

@@ -80,7 +80,7 @@ Session::Session(const SessionOptions& options)
         fs::create_directory(fs::path(folder_) / name);
         fs::permissions(fs::path(folder_) / name, fs::perms::owner_all);
     }
-    writeDefaults("{" + std::string(introduced) + "}");
+    writeDefaults("{}");
     startServer(options);
     if (options.bus) {
         startBus();
@@ -216,7 +216,11 @@ void Session::writeDefaults(const std::string& json) const {
     const fs::path file = defaultsFile();
     fs::create_directories(file.parent_path());
     fs::permissions(file.parent_path(), fs::perms::owner_all);
-    writeFile(file, json);
+    std::string text = json;
+    if (text.starts_with('{') && text.ends_with('}') && text.find(introShown) == std::string::npos) {
+        text.insert(1, '"' + std::string(introShown) + (text == "{}" ? "\": true" : "\": true, "));
+    }
+    writeFile(file, text);
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
 }
 

@@ -10,9 +10,9 @@
 
 namespace rb {
 
-// Goes into every settings file that a test writes: the menu bar hider has introduced itself in an earlier run. Else
-// its bubble takes the keyboard a second after the start.
-inline constexpr const char* introduced = R"("MenuBarHiderIntroShown": true)";
+// Goes into every settings file that a test writes and that doesn't name it: the menu bar hider has introduced itself
+// in an earlier run. Else its bubble takes the keyboard a second after the start.
+inline constexpr const char* introShown = "MenuBarHiderIntroShown";
 
 struct SessionOptions {
     int width = 1280;
@@ -46,7 +46,7 @@ public:
     const std::string& display() const { return display_; }
     std::string configFolder() const { return folder_ + "/config"; }
     std::string defaultsFile() const { return configFolder() + "/rook-bay/defaults.json"; }
-    // Writes the settings file as the program itself would have. At first it holds just `introduced`.
+    // Writes the settings file as the program itself would have. At first it holds just `introShown`.
     void writeDefaults(const std::string& json) const;
 
     // Starts a program in the session; it lives until it ends, or the session does. The log is named after it.
