@@ -20,7 +20,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     hotKey_.loadHotKey();
 
     clipboard_ = std::make_unique<RBClipboardHistory>(desktop_);
-    clothesline_ = std::make_unique<RBClothesline>(desktop_);
+    clothesline_ = std::make_unique<RBClothesline>(desktop_, toasts_);
     menuBarHider_ = std::make_unique<RBMenuBarHider>(desktop_);
 
     updateFeed_.startUpdater();

@@ -8,13 +8,14 @@
 
 namespace rb {
 
-RBClothesline::RBClothesline(const Desktop& desktop)
+RBClothesline::RBClothesline(const Desktop& desktop, Toasts& toasts)
     : desktop_(desktop)
     , items_(desktop, *this)
     , motion_(desktop, *this)
     , fall_(desktop)
     , panel_(desktop, *this)
     , tick_(desktop, *this)
+    , captures_(desktop, *this, toasts)
     , later_(desktop.runLoop) {
     desktop.userDefaults.registerDefaults({{DefaultsKey::ClotheslineScreenshots, true},
                                            {DefaultsKey::ClotheslineHoverReveal, true},
@@ -36,6 +37,7 @@ void RBClothesline::start() {
         panel_.screensChanged();
         tick_.screensChanged();
     });
+    captures_.start();
     motion_.scheduleBreeze();
 }
 

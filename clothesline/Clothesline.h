@@ -2,6 +2,7 @@
 
 #include "clothesline/CardFall.h"
 #include "clothesline/CardMotion.h"
+#include "clothesline/LineCaptures.h"
 #include "clothesline/LineItems.h"
 #include "clothesline/LinePanel.h"
 #include "clothesline/LineTick.h"
@@ -17,20 +18,32 @@
 
 namespace rb {
 
+class Toasts;
+
 // The clothesline: files and folders hang as cards on a rope under the menu bar. One face for its parts, which keep
 // their own state: the items, the panel, the motion, the fall, the watch over the pointer. Main thread only.
 class RBClothesline {
 public:
-    explicit RBClothesline(const Desktop& desktop);
+    RBClothesline(const Desktop& desktop, Toasts& toasts);
     RBClothesline(const RBClothesline&) = delete;
     RBClothesline& operator=(const RBClothesline&) = delete;
     ~RBClothesline();
 
     void start();
     const std::shared_ptr<Menu>& menu() const { return menu_; }
-    void restoreScreenshotSettings() {}
     void beginPreviewPanelControl(PreviewPanel& /*panel*/) {}
     void endPreviewPanelControl(PreviewPanel& /*panel*/) {}
+
+    // Screenshots.
+    void restoreScreenshotSettings() { captures_.restoreScreenshotSettings(); }
+    void applyScreenshotSettings() { captures_.applyScreenshotSettings(); }
+    void startWatcher() { captures_.startWatcher(); }
+    void stopWatcher() { captures_.stopWatcher(); }
+    // Switches the takeover of the system's screenshot settings, and stores whether it is on.
+    void setInbox(bool on) { captures_.setInbox(on); }
+    void hangCapture(const std::string& path) { captures_.hangCapture(path); }
+    // The file lies in the folder of the program's own screenshots.
+    bool isInInbox(const std::string& path) const { return captures_.inbox().contains(path); }
 
     // Every test of a setting of the clothesline.
     bool setting(const std::string& key) const;
@@ -84,6 +97,7 @@ private:
     CardFall fall_;
     RBLinePanel panel_;
     LineTick tick_;
+    LineCaptures captures_;
     DelayedCalls later_;
     Handle screensWatch_;
 };

@@ -5,8 +5,10 @@ namespace rb {
 class Alerts;
 class Appearance;
 class Application;
+class CaptureFacts;
 class EventMonitors;
 class Files;
+class FolderWatches;
 class FrontFolder;
 class HotKeys;
 class LayerRenderer;
@@ -18,6 +20,7 @@ class RandomSource;
 class RunLoop;
 class SavePanels;
 class Screens;
+class ScreenshotPreferences;
 class SessionLock;
 class Sounds;
 class StatusBar;
@@ -56,6 +59,9 @@ struct Desktop {
     SavePanels& savePanels;
     QuickActions& quickActions;
     URLSessions& urlSessions;
+    FolderWatches& folderWatches;
+    ScreenshotPreferences& screenshotPreferences;
+    CaptureFacts& captureFacts;
     Log& log;
 };
 

@@ -3,8 +3,10 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/CaptureFacts.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/Files.h"
+#include "desktops/linux/FolderWatches.h"
 #include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/HotKeys.h"
 #include "desktops/linux/LayerPainter.h"
@@ -17,6 +19,7 @@
 #include "desktops/linux/RunLoop.h"
 #include "desktops/linux/SavePanels.h"
 #include "desktops/linux/Screens.h"
+#include "desktops/linux/ScreenshotPreferences.h"
 #include "desktops/linux/SessionLock.h"
 #include "desktops/linux/Sounds.h"
 #include "desktops/linux/StatusBar.h"
@@ -87,6 +90,9 @@ private:
     LinuxSavePanels savePanels_;
     LinuxQuickActions quickActions_;
     LinuxURLSessions urlSessions_;
+    LinuxFolderWatches folderWatches_;
+    LinuxScreenshotPreferences screenshotPreferences_;
+    LinuxCaptureFacts captureFacts_;
     Desktop services_;
 };
 

@@ -3,8 +3,10 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/CaptureFacts.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/Files.h"
+#include "desktops/macos/FolderWatches.h"
 #include "desktops/macos/FrontFolder.h"
 #include "desktops/macos/HotKeys.h"
 #include "desktops/macos/LayerRenderer.h"
@@ -16,6 +18,7 @@
 #include "desktops/macos/RunLoop.h"
 #include "desktops/macos/SavePanels.h"
 #include "desktops/macos/Screens.h"
+#include "desktops/macos/ScreenshotPreferences.h"
 #include "desktops/macos/SessionLock.h"
 #include "desktops/macos/Sounds.h"
 #include "desktops/macos/StatusBar.h"
@@ -66,6 +69,9 @@ private:
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
+    MacFolderWatches folderWatches_;
+    MacScreenshotPreferences screenshotPreferences_{log_};
+    MacCaptureFacts captureFacts_;
     Desktop desktop_{.application = application_,
                      .runLoop = runLoop_,
                      .userDefaults = userDefaults_,
@@ -91,6 +97,9 @@ private:
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
+                     .folderWatches = folderWatches_,
+                     .screenshotPreferences = screenshotPreferences_,
+                     .captureFacts = captureFacts_,
                      .log = log_};
 };
 

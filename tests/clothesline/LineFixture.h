@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/Toasts.h"
 #include "clothesline/Clothesline.h"
 #include "desktops/virtual/Desktop.h"
 
@@ -17,7 +18,7 @@ protected:
     LineTest() {
         desktop.screens().set({{.id = 1, .frame = {0, 0, 1512, 982}, .visibleFrame = {0, 0, 1512, 944}}});
         desktop.pointer().moveTo({700, 300});
-        line = std::make_unique<RBClothesline>(desktop.services());
+        line = std::make_unique<RBClothesline>(desktop.services(), toasts);
     }
 
     // Documents a, b, c … in the home folder, hung without motion.
@@ -56,6 +57,7 @@ protected:
     }
 
     VirtualDesktop desktop;
+    Toasts toasts{desktop.services()};
     std::unique_ptr<RBClothesline> line;
 };
 
