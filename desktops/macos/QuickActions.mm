@@ -10,9 +10,16 @@ NSURL* bundledWorkflow() {
     return [NSBundle.mainBundle URLForResource:@"NewText" withExtension:@"workflow"];
 }
 
+NSString* servicesFolder() {
+    return [NSHomeDirectory() stringByAppendingPathComponent:@"Library/Services"];
+}
+
+NSString* installedPath() {
+    return [servicesFolder() stringByAppendingPathComponent:@"新建 TXT（Rook Bay）.workflow"];
+}
+
 NSURL* installedWorkflow() {
-    NSString* folder = [NSHomeDirectory() stringByAppendingPathComponent:@"Library/Services"];
-    return [NSURL fileURLWithPath:[folder stringByAppendingPathComponent:@"新建 TXT（Rook Bay）.workflow"]];
+    return [NSURL fileURLWithPath:installedPath()];
 }
 
 std::optional<std::string> versionOf(NSURL* workflow) {
@@ -36,7 +43,7 @@ public:
     std::optional<std::string> bundledVersion() const override { return versionOf(bundledWorkflow()); }
     std::optional<std::string> installedVersion() const override { return versionOf(installedWorkflow()); }
     bool isInstalled() const override {
-        return [NSFileManager.defaultManager fileExistsAtPath:installedWorkflow().path] != NO;
+        return [NSFileManager.defaultManager fileExistsAtPath:installedPath()] != NO;
     }
     std::optional<std::string> remove() override {
         NSError* error = nil;
@@ -45,15 +52,15 @@ public:
     }
     std::optional<std::string> install() override {
         NSFileManager* files = NSFileManager.defaultManager;
-        NSURL* target = installedWorkflow();
+        NSURL* source = bundledWorkflow();
         NSError* error = nil;
-        if (![files createDirectoryAtURL:target.URLByDeletingLastPathComponent
-                withIntermediateDirectories:YES
-                                 attributes:nil
-                                      error:&error]) {
+        if (source == nil || ![files createDirectoryAtPath:servicesFolder()
+                                 withIntermediateDirectories:YES
+                                                  attributes:nil
+                                                       error:&error]) {
             return failure(NO, error);
         }
-        const BOOL copied = [files copyItemAtURL:bundledWorkflow() toURL:target error:&error];
+        const BOOL copied = [files copyItemAtURL:source toURL:installedWorkflow() error:&error];
         return failure(copied, error);
     }
 };

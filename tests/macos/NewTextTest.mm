@@ -45,7 +45,7 @@ protected:
 };
 
 TEST_F(NewTextTest, asksFinderAndShowsThePanel) {
-    finderSays(@"/Users/rb/文稿/");
+    finderSays(@"/Users/rb/文稿");
     launch([this] {
         choose();
         EXPECT_EQ(fake::lastCall("-[NSAppleScript initWithSource:]").string(0), finderQuestion);
@@ -168,7 +168,7 @@ class WorkflowTest : public ProgramTest {
 protected:
     void workflows(NSString* bundled, NSString* installed) {
         fake::answer(NSBundle.mainBundle, "URLForResource:withExtension:", [NSURL fileURLWithPath:@"/app/NewText.workflow"]);
-        fake::answer("-[NSFileManager createDirectoryAtURL:withIntermediateDirectories:attributes:error:]", true);
+        fake::answer("-[NSFileManager createDirectoryAtPath:withIntermediateDirectories:attributes:error:]", true);
         fake::answer("-[NSFileManager copyItemAtURL:toURL:error:]", true);
         fake::answer("-[NSFileManager removeItemAtURL:error:]", true);
         fake::answer("-[NSFileManager fileExistsAtPath:]", installed != nil);
@@ -188,12 +188,11 @@ protected:
 
 TEST_F(WorkflowTest, isCopiedWhereItIsMissing) {
     workflows(@"1.0", nil);
-    fake::answer("NSHomeDirectory", @"/Users/rb");
     launch([] {
         ASSERT_EQ(copies(), 1u);
         EXPECT_EQ(removals(), 0u);
         NSURL* target = fake::lastCall("-[NSFileManager copyItemAtURL:toURL:error:]").object(1);
-        EXPECT_STREQ(target.path.UTF8String, "/Users/rb/Library/Services/新建 TXT（Rook Bay）.workflow");
+        EXPECT_STREQ(target.path.UTF8String, "/Users/test/Library/Services/新建 TXT（Rook Bay）.workflow");
         EXPECT_EQ(fake::calls("NSUpdateDynamicServices").size(), 1u);
     });
 }
