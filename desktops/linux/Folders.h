@@ -11,7 +11,6 @@ std::string dataHome();
 
 // The program's own folders after the XDG base directory rules: absolute paths without a slash at the end. They may
 // not exist yet.
-std::string configHome();   // $XDG_CONFIG_HOME, of all programs
 std::string configFolder(); // $XDG_CONFIG_HOME/rook-bay
 std::string dataFolder();   // $XDG_DATA_HOME/rook-bay
 std::string cacheFolder();  // $XDG_CACHE_HOME/rook-bay
