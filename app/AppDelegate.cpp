@@ -19,7 +19,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     desktop_.application.setActivationPolicy(ActivationPolicy::Accessory);
     hotKey_.loadHotKey();
 
-    clipboard_ = std::make_unique<RBClipboardHistory>(desktop_);
+    clipboard_ = std::make_unique<RBClipboardHistory>(desktop_, toasts_);
     clothesline_ = std::make_unique<RBClothesline>(desktop_, toasts_);
     menuBarHider_ = std::make_unique<RBMenuBarHider>(desktop_);
 

@@ -10,6 +10,15 @@ namespace rb {
 
 RBClothesline::RBClothesline(const Desktop& desktop, Toasts& toasts)
     : desktop_(desktop)
+    , actions_(desktop, *this, toasts)
+    , cardMenu_(*this)
+    , quickLook_(desktop, *this)
+    , dragOut_(desktop, *this)
+    , reorder_(desktop, *this)
+    , folderDrops_(desktop, *this)
+    , input_(*this)
+    , lineMenu_(desktop, *this, toasts)
+    , catcher_(desktop, *this)
     , items_(desktop, *this)
     , motion_(desktop, *this)
     , fall_(desktop)
@@ -29,7 +38,7 @@ void RBClothesline::start() {
     if (panel_.isBuilt()) {
         return;
     }
-    panel_.buildPanel();
+    panel_.buildPanel(input_);
     panel_.placeOnScreen(std::nullopt);
     items_.restore();
     tick_.start();
@@ -51,6 +60,12 @@ void RBClothesline::play(const std::string& name, double volume) const {
     }
 }
 
+void RBClothesline::playTrash() const {
+    if (setting(DefaultsKey::ClotheslineSound)) {
+        desktop_.sounds.playTrash();
+    }
+}
+
 std::size_t RBClothesline::capacity() const {
     return LineGeometry::capacity(width());
 }
@@ -68,7 +83,6 @@ void RBClothesline::setRevealed(bool revealed) {
 
 void RBClothesline::hangFiles(const std::vector<std::string>& paths) {
     constexpr double peekTime = 2.5;
-    constexpr double step = 0.08;
     if (paths.empty()) {
         return;
     }
@@ -77,6 +91,11 @@ void RBClothesline::hangFiles(const std::vector<std::string>& paths) {
     }
     setPeekUntil(desktop_.runLoop.now() + peekTime);
     setRevealed(true);
+    hangOneByOne(paths);
+}
+
+void RBClothesline::hangOneByOne(const std::vector<std::string>& paths) {
+    constexpr double step = 0.08;
     for (std::size_t i = 0; i < paths.size(); ++i) {
         later_.after(static_cast<double>(i) * step,
                      [this, path = paths[i], first = i == 0] { hangURL(path, {.quietly = !first, .animated = true}); });

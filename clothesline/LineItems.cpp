@@ -4,6 +4,7 @@
 #include "clothesline/CardLayers.h"
 #include "clothesline/Clothesline.h"
 #include "clothesline/LineGeometry.h"
+#include "platform/FileOperations.h"
 #include "platform/Files.h"
 #include "platform/RandomSource.h"
 #include "platform/Thumbnails.h"
@@ -29,6 +30,11 @@ RBPegItemRef LineItems::itemForPath(const std::string& path) const {
     return found == items_.end() ? nullptr : *found;
 }
 
+bool LineItems::contains(const RBPegItem& item) const {
+    return std::any_of(items_.begin(), items_.end(),
+                       [&](const RBPegItemRef& hanging) { return hanging.get() == &item; });
+}
+
 RBPegItemRef LineItems::hang(const std::string& path, HangOptions options) {
     const std::string standardized = standardizedPath(path, desktop_.files.homeDirectory());
     if (standardized.empty() || !desktop_.files.facts(standardized).exists) {
@@ -40,6 +46,7 @@ RBPegItemRef LineItems::hang(const std::string& path, HangOptions options) {
     }
     auto item = std::make_shared<RBPegItem>();
     item->path = standardized;
+    item->peg.attach(desktop_, line_, item);
     item->tilt = desktop_.random.between(-2.5, 2.5);
     item->flying = options.flying;
     loadThumb(item);
@@ -105,6 +112,7 @@ void LineItems::remove(const RBPegItemRef& item, RemoveOptions options) {
         line_.fall(*leaving);
     }
     items_.erase(found);
+    line_.itemRemoved(*leaving);
     thumbnailRequests_.erase(leaving.get());
     leaving->swing->removeFromSuperlayer();
     line_.layout({.animated = line_.revealed()});
@@ -119,10 +127,18 @@ void LineItems::remove(const RBPegItemRef& item, RemoveOptions options) {
 }
 
 void LineItems::takeDown(const RBPegItemRef& item) {
+    if (line_.isInInbox(item->path)) {
+        line_.actions().trashItem(item);
+        return;
+    }
     remove(item, {.quietly = false, .fall = true});
 }
 
 void LineItems::letGo(const RBPegItemRef& item) {
+    if (line_.isInInbox(item->path)) {
+        // What the line drops by itself makes no noise, not even about a failure.
+        (void)desktop_.fileOperations.trashItem(item->path);
+    }
     remove(item, {.quietly = true, .fall = line_.revealed()});
 }
 

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rb {
@@ -15,7 +16,7 @@ namespace rb {
 class RBClothesline;
 
 // The list of hanging files: how they come and go, how many fit, and how the list survives a restart. Every change is
-// saved at once. Files are never touched.
+// saved at once. Files are never touched, but screenshots of the program's own folder go to the Trash with their card.
 class LineItems {
 public:
     struct HangOptions {
@@ -47,10 +48,15 @@ public:
     void prune();
     void restore();
 
+    bool contains(const RBPegItem& item) const;
+    // The same items in another order; not saved yet.
+    void setOrder(std::vector<RBPegItemRef> order) { items_ = std::move(order); }
+    void save() const;
+    // Retracts the line shortly after its last item went.
+    void lineBecameEmpty();
+
 private:
     void loadThumb(const RBPegItemRef& item);
-    void save() const;
-    void lineBecameEmpty();
 
     const Desktop& desktop_;
     RBClothesline& line_;

@@ -27,11 +27,13 @@ void setPath(Layer& layer, const Path& path) {
 
 } // namespace
 
-void RBLinePanel::buildPanel() {
+void RBLinePanel::buildPanel(PanelInput& input) {
     panel_ = desktop_.panels.createPanel({.frame = {0, 0, 800, LineGeometry::height},
                                           .level = FloatingWindowLevel,
                                           .collectionBehavior = EverywhereBehavior,
-                                          .ignoresMouseEvents = true});
+                                          .ignoresMouseEvents = true,
+                                          .acceptsFiles = true});
+    panel_->setInput(&input);
     slide_ = Layer::create();
     slide_->change().anchorPoint = {0, 0};
     slide_->change().transform.translation = {0, LineGeometry::hiddenOffset};

@@ -24,7 +24,8 @@ public:
         , line_(line)
         , orderOut_(desktop.runLoop) {}
 
-    void buildPanel();
+    // The input outlives the panel.
+    void buildPanel(PanelInput& input);
     bool isBuilt() const { return panel_ != nullptr; }
     // To the top of that screen, else of the one under the pointer, else of the main or the first one.
     void placeOnScreen(std::optional<Screen> screen);
@@ -39,6 +40,8 @@ public:
     // Screen coordinates; empty before the panel is built.
     Rect frame() const { return panel_ ? panel_->frame() : Rect{}; }
     double width() const { return frame().width; }
+    // Once built.
+    Panel& panel() { return *panel_; }
     // The screen it was last placed on, as it is now; nothing when that screen is gone.
     std::optional<Screen> screen() const;
     // Pixels per point.

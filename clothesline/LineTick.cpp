@@ -38,6 +38,7 @@ bool lasted(std::optional<double>& since, double now, double seconds) {
 
 void LineTick::start() {
     screensChanged();
+    line_.catcher().mouseWentDown(); // a drag of before is none of ours
     constexpr std::uint64_t anyMouseDown = LeftMouseDownMask | RightMouseDownMask;
     globalMonitor_ = desktop_.eventMonitors.addGlobalMonitor(anyMouseDown, [this] { mouseWentDown(); });
     localMonitor_ = desktop_.eventMonitors.addLocalMonitor(anyMouseDown, [this] { mouseWentDown(); });
@@ -79,6 +80,7 @@ bool LineTick::inMenuBarBand(Point pointer, const Screen* screen) const {
 }
 
 void LineTick::mouseWentDown() {
+    line_.catcher().mouseWentDown();
     const Point pointer = desktop_.pointer.location();
     if (!inMenuBarBand(pointer, screenAt(pointer))) {
         return;
@@ -98,6 +100,7 @@ void LineTick::tick() {
     if (!inBand) {
         suppressed_ = false;
     }
+    line_.catcher().tick(pointer, screen);
     if (line_.revealed()) {
         tickRevealed(pointer);
     } else {

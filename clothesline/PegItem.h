@@ -1,5 +1,6 @@
 #pragma once
 
+#include "clothesline/PegView.h"
 #include "motion/Image.h"
 #include "motion/Layer.h"
 
@@ -8,11 +9,6 @@
 #include <string>
 
 namespace rb {
-
-// The area of one card that takes the mouse, in the coordinates of the line's root view.
-struct RBPegView {
-    Rect frame;
-};
 
 // One file hanging on the line, with its layers and the states of its card. Shared: delayed motions hold it weakly.
 struct RBPegItem {

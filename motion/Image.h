@@ -17,6 +17,8 @@ class Bitmap {
 public:
     virtual ~Bitmap() = default;
     virtual Size pixelSize() const = 0;
+    // What it measures in points where the place doesn't say; a point per pixel, unless it was made for a size.
+    virtual Size pointSize() const { return pixelSize(); }
 };
 
 // A symbol of the system's set, by name ("lock.display"). Size 0 means the size that the place calls for

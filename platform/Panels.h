@@ -2,8 +2,12 @@
 
 #include "motion/Geometry.h"
 #include "motion/Layer.h"
+#include "platform/Dragging.h"
+#include "platform/Menu.h"
+#include "platform/PanelInput.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace rb {
@@ -20,6 +24,7 @@ enum CollectionBehavior : std::uint32_t {
 inline constexpr int FloatingWindowLevel = 3;
 inline constexpr int FlightWindowLevel = 4; // one above the line
 inline constexpr int StatusWindowLevel = 25;
+inline constexpr int PopUpMenuWindowLevel = 101;
 
 // Shown in all spaces, left alone by window cycling and by the overview of windows, also beside full-screen programs.
 inline constexpr std::uint32_t EverywhereBehavior = CanJoinAllSpaces | Stationary | IgnoresCycle | FullScreenAuxiliary;
@@ -31,6 +36,7 @@ struct PanelSpec {
     std::uint32_t collectionBehavior = 0;
     bool hasShadow = false;
     bool ignoresMouseEvents = true;
+    bool acceptsFiles = false; // drags of files are told to its input
 };
 
 // Main thread only. Destruction takes it off the screen.
@@ -46,6 +52,12 @@ public:
     virtual bool isVisible() const = 0;
     // Clicks go through to what lies beneath.
     virtual void setIgnoresMouseEvents(bool ignores) = 0;
+    // Who hears of the mouse and of drags; null for nobody. Outlives the panel or is taken away before.
+    virtual void setInput(PanelInput* input) = 0;
+    // Turns the press under way, from inside its mouseDragged, into a drag of a file. The press has no mouseUp then.
+    virtual void beginDrag(const FileDrag& drag) = 0;
+    // Opens a menu there, in the root layer's coordinates, for the press under way. `closed` is told once it is gone.
+    virtual void showContextMenu(const std::shared_ptr<Menu>& menu, Point location, std::function<void()> closed) = 0;
     // The content: its layer fills the panel (bounds at the origin, size of the frame) and may be given a look
     // and sublayers. Coordinates from the panel's bottom left.
     virtual const std::shared_ptr<Layer>& rootLayer() = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "motion/Image.h"
+#include "platform/Bytes.h"
 #include "platform/Handle.h"
 
 #include <functional>
@@ -8,6 +9,13 @@
 #include <string>
 
 namespace rb {
+
+struct DecodedPicture {
+    // Of the first picture in the data; zero when it can't be decoded.
+    Size pixelSize = {};
+    // Nothing when it can't be decoded or measures nothing.
+    Image thumbnail = {};
+};
 
 // Pictures of files. Main thread only.
 class Thumbnails {
@@ -19,6 +27,12 @@ public:
     virtual std::shared_ptr<const Bitmap> imageThumb(const std::string& path, int maxPixelSize) = 0;
     // The icon that the system shows for the file; also for a path that leads nowhere.
     virtual Image iconForFile(const std::string& path) = 0;
+    // The same, a square of that many points.
+    virtual Image iconForFile(const std::string& path, double side) = 0;
+    // The picture that some bytes hold, filling a square of `side` points with rounded corners, sharp on every screen.
+    virtual DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) = 0;
+    // The whole picture of a file as PNG, in the file's own size. Null when it can't be opened or read.
+    virtual SharedBytes pngData(const std::string& path) = 0;
     // A rendering of a document's first page within `size` points at `scale` pixels per point. Asked of the system in
     // the background; the answer comes on the main thread, and only when a real rendering was made.
     virtual Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,

@@ -37,6 +37,8 @@ public:
     // From info.json beside the executable or in the data folders of the system.
     std::optional<std::string> infoString(const std::string& key) const override;
 
+    // Null while the program doesn't run.
+    ApplicationDelegate* delegate() const { return delegate_; }
     // Runs after the delegate's last call, however the program ends.
     void setLastWork(std::function<void()> work) { lastWork_ = std::move(work); }
 

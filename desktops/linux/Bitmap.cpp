@@ -3,7 +3,11 @@
 namespace rb {
 
 LinuxBitmap::LinuxBitmap(const QImage& image)
-    : image_(image.convertToFormat(QImage::Format_ARGB32_Premultiplied)) {}
+    : LinuxBitmap(image, {static_cast<double>(image.width()), static_cast<double>(image.height())}) {}
+
+LinuxBitmap::LinuxBitmap(const QImage& image, Size pointSize)
+    : image_(image.convertToFormat(QImage::Format_ARGB32_Premultiplied))
+    , pointSize_(pointSize) {}
 
 Size LinuxBitmap::pixelSize() const {
     return {static_cast<double>(image_.width()), static_cast<double>(image_.height())};

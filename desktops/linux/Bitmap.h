@@ -12,8 +12,11 @@ class LinuxBitmap final : public Bitmap {
 public:
     // Any thread.
     explicit LinuxBitmap(const QImage& image);
+    // Made for that many points.
+    LinuxBitmap(const QImage& image, Size pointSize);
 
     Size pixelSize() const override;
+    Size pointSize() const override { return pointSize_; }
     const QImage& image() const { return image_; }
     // The smallest of the picture's halvings that is still at least as large as asked for, so that drawing it small
     // doesn't flicker. Halvings are made when first asked for. Main thread only.
@@ -21,6 +24,7 @@ public:
 
 private:
     QImage image_;
+    Size pointSize_;
     mutable std::vector<QImage> halvings_;
 };
 

@@ -19,7 +19,7 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , screens_(*connection_, runLoop_)
     , pointer_(*connection_)
     , windows_(*connection_, ticker_, symbols_, appearance_)
-    , panels_(ticker_, connection_.get())
+    , panels_(ticker_, connection_.get(), windows_.pictures())
     , alerts_(windows_)
     , statusBar_(*connection_, runLoop_, screens_, symbols_, appearance_)
     , hotKeys_(*connection_, runLoop_, log)
@@ -28,10 +28,14 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , eventMonitors_(*connection_)
     , layerRenderer_(painter_)
     , sounds_(log)
+    , dragPasteboard_(*connection_, runLoop_)
+    , previewPanel_(application_, windows_, runLoop_, thumbnails_)
     , workspace_(log)
     , frontFolder_(*connection_)
     , savePanels_(windows_)
     , quickActions_(log)
+    , pasteboards_(*connection_, runLoop_, log)
+    , archives_(dataFolder(), log)
     , screenshotPreferences_(userDefaults_, log)
     , captureFacts_(*connection_)
     , services_{.application = application_,
@@ -54,16 +58,25 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
                 .random = random_,
                 .sounds = sounds_,
                 .thumbnails = thumbnails_,
+                .fileOperations = fileOperations_,
+                .dragPasteboard = dragPasteboard_,
+                .previewPanel = previewPanel_,
                 .workspace = workspace_,
                 .frontFolder = frontFolder_,
                 .savePanels = savePanels_,
                 .quickActions = quickActions_,
                 .urlSessions = urlSessions_,
+                .pasteboards = pasteboards_,
+                .archives = archives_,
+                .byteCounts = byteCounts_,
                 .folderWatches = folderWatches_,
                 .screenshotPreferences = screenshotPreferences_,
                 .captureFacts = captureFacts_,
                 .log = log} {
-    application_.setLastWork([this] { userDefaults_.synchronize(); });
+    application_.setLastWork([this] {
+        userDefaults_.synchronize();
+        pasteboards_.general().handOver();
+    });
 }
 
 LinuxDesktop::~LinuxDesktop() {

@@ -3,8 +3,12 @@
 #include "desktops/linux/Alerts.h"
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/Application.h"
+#include "desktops/linux/Archives.h"
+#include "desktops/linux/ByteCounts.h"
+#include "desktops/linux/DragPasteboard.h"
 #include "desktops/linux/CaptureFacts.h"
 #include "desktops/linux/EventMonitors.h"
+#include "desktops/linux/FileOperations.h"
 #include "desktops/linux/Files.h"
 #include "desktops/linux/FolderWatches.h"
 #include "desktops/linux/FrontFolder.h"
@@ -13,7 +17,9 @@
 #include "desktops/linux/LayerRenderer.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Panels.h"
+#include "desktops/linux/Pasteboards.h"
 #include "desktops/linux/Pointer.h"
+#include "desktops/linux/PreviewPanel.h"
 #include "desktops/linux/QuickActions.h"
 #include "desktops/linux/RandomSource.h"
 #include "desktops/linux/RunLoop.h"
@@ -85,11 +91,17 @@ private:
     LinuxRandomSource random_;
     LinuxSounds sounds_;
     LinuxThumbnails thumbnails_;
+    LinuxFileOperations fileOperations_;
+    LinuxDragPasteboard dragPasteboard_;
+    LinuxPreviewPanel previewPanel_;
     LinuxWorkspace workspace_;
     LinuxFrontFolder frontFolder_;
     LinuxSavePanels savePanels_;
     LinuxQuickActions quickActions_;
     LinuxURLSessions urlSessions_;
+    LinuxPasteboards pasteboards_;
+    LinuxArchives archives_;
+    LinuxByteCounts byteCounts_;
     LinuxFolderWatches folderWatches_;
     LinuxScreenshotPreferences screenshotPreferences_;
     LinuxCaptureFacts captureFacts_;

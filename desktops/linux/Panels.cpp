@@ -1,11 +1,17 @@
 #include "desktops/linux/Panels.h"
 
+#include "desktops/linux/KeyEquivalent.h"
 #include "desktops/linux/LayerGeometry.h"
+#include "desktops/linux/MenuWidget.h"
+#include "desktops/linux/PanelDrops.h"
+#include "desktops/linux/PanelPresses.h"
 #include "desktops/linux/QtX11.h"
 #include "desktops/linux/ScreenSpace.h"
 #include "desktops/linux/WindowShape.h"
 
+#include <QDropEvent>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScreen>
@@ -41,13 +47,72 @@ public:
         setAttribute(Qt::WA_ShowWithoutActivating);
         setAttribute(Qt::WA_QuitOnClose, false);
         setFocusPolicy(Qt::NoFocus);
+        setAcceptDrops(panel.spec_.acceptsFiles);
     }
 
 protected:
+    void mousePressEvent(QMouseEvent* event) override {
+        PanelInput* input = panel_.input_;
+        if (input && event->button() == Qt::LeftButton) {
+            presses_.pressed(*event);
+            input->mouseDown(eventFor(*event));
+        } else if (input && event->button() == Qt::RightButton) {
+            input->rightMouseDown(eventFor(*event));
+        }
+    }
+    // Qt's own second press; presses are counted here.
+    void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
+    void mouseMoveEvent(QMouseEvent* event) override {
+        if (panel_.input_ && event->buttons().testFlag(Qt::LeftButton)) {
+            panel_.input_->mouseDragged(eventFor(*event));
+        }
+    }
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        if (panel_.input_ && event->button() == Qt::LeftButton) {
+            panel_.input_->mouseUp(eventFor(*event));
+        }
+    }
+    void dragEnterEvent(QDragEnterEvent* event) override { dragMoveEvent(event); }
+    void dragMoveEvent(QDragMoveEvent* event) override {
+        // Taken in any case: where a drag that was refused on entering goes, Qt doesn't tell.
+        event->accept();
+        answerDrag(*event, panel_.input_ ? panel_.input_->dragUpdated(infoFor(*event)) : std::uint32_t{0});
+        if (event->type() == QEvent::DragEnter) {
+            event->accept();
+        }
+    }
+    void dragLeaveEvent(QDragLeaveEvent* /*event*/) override {
+        if (panel_.input_) {
+            panel_.input_->dragExited();
+        }
+    }
+    void dropEvent(QDropEvent* event) override {
+        if (!panel_.input_) {
+            return;
+        }
+        const LinuxDraggingInfo info = infoFor(*event);
+        const std::uint32_t operation = panel_.input_->dragUpdated(info);
+        if (operation == NoDragOperation || !panel_.input_->performDrop(info)) {
+            panel_.input_->dragExited();
+            event->ignore();
+            return;
+        }
+        answerDrag(*event, operation);
+    }
     void paintEvent(QPaintEvent* event) override { panel_.paint(event->region()); }
 
 private:
+    PanelMouseEvent eventFor(const QMouseEvent& event) const {
+        return {.location = panel_.toLayer(event.position()),
+                .clickCount = presses_.clickCount(),
+                .modifierFlags = modifierFlags(event.modifiers())};
+    }
+    LinuxDraggingInfo infoFor(const QDropEvent& event) const {
+        return {event, panel_.toLayer(event.position()), panel_.panels_.dragSource_.ownOperations()};
+    }
+
     LinuxPanel& panel_;
+    PanelPresses presses_;
 };
 
 LinuxPanel::LinuxPanel(LinuxPanels& panels, const PanelSpec& spec)
@@ -100,6 +165,32 @@ void LinuxPanel::setIgnoresMouseEvents(bool ignores) {
             applyInputRegion();
         }
     }
+}
+
+Point LinuxPanel::toLayer(QPointF place) const {
+    const double margin = spec_.hasShadow ? shadowMargin : 0;
+    return {place.x() - margin, spec_.frame.height - (place.y() - margin)};
+}
+
+QPointF LinuxPanel::fromLayer(Point location) const {
+    const double margin = spec_.hasShadow ? shadowMargin : 0;
+    return {location.x + margin, spec_.frame.height - location.y + margin};
+}
+
+void LinuxPanel::beginDrag(const FileDrag& drag) {
+    const QPoint pointer = window_->mapFromGlobal(QCursor::pos());
+    const QPointF corner = fromLayer({drag.frame.x, drag.frame.maxY()});
+    const QPoint hotSpot = pointer - corner.toPoint();
+    const QRect picture(0, 0, qRound(drag.frame.width), qRound(drag.frame.height));
+    panels_.dragSource_.begin(*window_, drag, picture.contains(hotSpot) ? hotSpot : picture.center());
+}
+
+void LinuxPanel::showContextMenu(const std::shared_ptr<Menu>& menu, Point location, std::function<void()> closed) {
+    contextMenu_ = std::make_unique<MenuWidget>(menu, panels_.pictures_);
+    QObject::connect(contextMenu_.get(), &QMenu::aboutToHide, contextMenu_.get(),
+                     [closed = std::move(closed)] { closed(); });
+    const QPoint place = window_->mapToGlobal(fromLayer(location).toPoint());
+    contextMenu_->openBeside({place, QSize(1, 1)});
 }
 
 void LinuxPanel::createWindow() {
@@ -225,8 +316,10 @@ void LinuxPanel::compositorChanged() {
     window_->update();
 }
 
-LinuxPanels::LinuxPanels(LayerTicker& ticker, XConnection* connection)
+LinuxPanels::LinuxPanels(LayerTicker& ticker, XConnection* connection, const Pictures& pictures)
     : ticker_(ticker)
+    , pictures_(pictures)
+    , dragSource_(ticker.loop())
     , compositor_(connection) {
     compositor_.setListener([this] {
         for (LinuxPanel* panel : panels_) {

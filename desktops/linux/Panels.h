@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktops/linux/Compositor.h"
+#include "desktops/linux/DragSource.h"
 #include "desktops/linux/LayerPainter.h"
 #include "desktops/linux/LayerSurface.h"
 #include "platform/Panels.h"
@@ -17,6 +18,8 @@ class QWidget;
 namespace rb {
 
 class LinuxPanels;
+class MenuWidget;
+class Pictures;
 class Symbols;
 class XConnection;
 
@@ -36,6 +39,9 @@ public:
     void orderOut() override;
     bool isVisible() const override { return surface_.isShown(); }
     void setIgnoresMouseEvents(bool ignores) override;
+    void setInput(PanelInput* input) override { input_ = input; }
+    void beginDrag(const FileDrag& drag) override;
+    void showContextMenu(const std::shared_ptr<Menu>& menu, Point location, std::function<void()> closed) override;
     const std::shared_ptr<Layer>& rootLayer() override { return surface_.root(); }
     double backingScaleFactor() const override;
 
@@ -47,6 +53,9 @@ private:
     void layOut();
     void place();
     void applyInputRegion();
+    // Between the window's coordinates and the root layer's.
+    Point toLayer(QPointF place) const;
+    QPointF fromLayer(Point location) const;
     void repaint(const QRegion& region);
     void paint(const QRegion& region);
     void paintContent(QPainter& painter, const QRegion& region);
@@ -56,6 +65,8 @@ private:
 
     LinuxPanels& panels_;
     PanelSpec spec_;
+    PanelInput* input_ = nullptr;
+    std::unique_ptr<MenuWidget> contextMenu_;
     LayerSurface surface_;
     std::unique_ptr<Window> window_; // from the first time it is shown
     bool translucent_ = true;
@@ -65,7 +76,7 @@ private:
 class LinuxPanels final : public Panels {
 public:
     // All outlive it; the connection is null where there is no X server.
-    LinuxPanels(LayerTicker& ticker, XConnection* connection);
+    LinuxPanels(LayerTicker& ticker, XConnection* connection, const Pictures& pictures);
     ~LinuxPanels() override;
 
     std::unique_ptr<Panel> createPanel(const PanelSpec& spec) override;
@@ -76,6 +87,8 @@ private:
     void bringToFront(LinuxPanel& panel);
 
     LayerTicker& ticker_;
+    const Pictures& pictures_;
+    DragSource dragSource_;
     Compositor compositor_;
     std::vector<LinuxPanel*> panels_; // as they were ordered front
 };

@@ -33,11 +33,11 @@ QSizeF Pictures::size(const Image& image, double placeSize) const {
         return {side, side};
     }
     if (const LinuxBitmap* bitmap = bitmapOf(image)) {
-        const QSizeF pixels(bitmap->pixelSize().width, bitmap->pixelSize().height);
+        const QSizeF points(bitmap->pointSize().width, bitmap->pointSize().height);
         const QSizeF largest(largestBitmap, largestBitmap);
-        return pixels.width() <= largest.width() && pixels.height() <= largest.height()
-                   ? pixels
-                   : pixels.scaled(largest, Qt::KeepAspectRatio);
+        return points.width() <= largest.width() && points.height() <= largest.height()
+                   ? points
+                   : points.scaled(largest, Qt::KeepAspectRatio);
     }
     return {0, 0};
 }

@@ -1,8 +1,11 @@
 #include "desktops/linux/Pointer.h"
 
+#include "desktops/linux/KeyCodes.h"
 #include "desktops/linux/ScreenSpace.h"
 #include "desktops/linux/XConnection.h"
+#include "platform/Keyboard.h"
 
+#include <QApplication>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -46,6 +49,16 @@ unsigned LinuxPointer::pressedButtons() const {
     const unsigned left = (reply->mask & XCB_BUTTON_MASK_1) != 0 ? 1U : 0U;
     const unsigned right = (reply->mask & XCB_BUTTON_MASK_3) != 0 ? 2U : 0U;
     return left | right;
+}
+
+std::uint32_t LinuxPointer::modifierFlags() const {
+    const auto reply = query();
+    const std::uint32_t flags = reply ? modifierFlagsOfXState(reply->mask) : 0;
+    return (flags & ControlModifier) != 0 ? flags | OptionModifier : flags;
+}
+
+double LinuxPointer::doubleClickInterval() const {
+    return QApplication::doubleClickInterval() / 1000.0;
 }
 
 } // namespace rb

@@ -13,6 +13,9 @@ public:
 
     Point location() const override;
     unsigned pressedButtons() const override;
+    // Control, with which drags copy here, counts as option too.
+    std::uint32_t modifierFlags() const override;
+    double doubleClickInterval() const override;
 
 private:
     XReply<xcb_query_pointer_reply_t> query() const;

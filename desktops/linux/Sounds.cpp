@@ -1,5 +1,6 @@
 #include "desktops/linux/Sounds.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -65,6 +66,10 @@ void LinuxSounds::play(const std::string& name, double volume) {
         process.setStandardErrorFile(QProcess::nullDevice());
         process.startDetached();
     }
+}
+
+void LinuxSounds::beep() {
+    QApplication::beep();
 }
 
 } // namespace rb

@@ -17,6 +17,8 @@ public:
         : log_(log) {}
 
     void play(const std::string& name, double volume) override;
+    void playTrash() override { play("Trash", 1); }
+    void beep() override;
 
 private:
     // The recording as a file that the player can read; nothing for an unknown name.

@@ -2,6 +2,8 @@
 
 #include "desktops/linux/Bitmap.h"
 
+#include <QBrush>
+#include <QBuffer>
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
@@ -17,6 +19,7 @@
 #include <QStandardPaths>
 #include <QTemporaryFile>
 #include <QTimer>
+#include <QTransform>
 #include <QUrl>
 
 #include <optional>
@@ -98,6 +101,9 @@ std::optional<QString> thumbnailerFor(const QString& path) {
     }
     return std::nullopt;
 }
+
+// For the screens that show two pixels a point; others take half of it.
+constexpr int menuScale = 2;
 
 QImage plainFolder() {
     QImage image(iconPixels, iconPixels, QImage::Format_ARGB32_Premultiplied);
@@ -218,15 +224,81 @@ std::shared_ptr<const Bitmap> LinuxThumbnails::imageThumb(const std::string& pat
     return std::make_shared<LinuxBitmap>(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
 }
 
-Image LinuxThumbnails::iconForFile(const std::string& path) {
+namespace {
+
+QImage iconImage(const std::string& path, int pixels) {
     const QFileInfo info(QString::fromStdString(path));
     const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
     const QIcon icon = themeIcon(type);
-    QImage image = icon.pixmap(QSize(iconPixels, iconPixels), 1.0).toImage();
-    if (image.isNull()) {
-        image = info.isDir() ? plainFolder() : plainDocument(info.suffix());
+    const QImage image = icon.pixmap(QSize(pixels, pixels), 1.0).toImage();
+    if (!image.isNull()) {
+        return image;
     }
-    return std::make_shared<LinuxBitmap>(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    return info.isDir() ? plainFolder() : plainDocument(info.suffix());
+}
+
+} // namespace
+
+Image LinuxThumbnails::iconForFile(const std::string& path) {
+    return std::make_shared<LinuxBitmap>(iconImage(path, iconPixels));
+}
+
+Image LinuxThumbnails::iconForFile(const std::string& path, double side) {
+    const int pixels = static_cast<int>(side * menuScale);
+    const QImage image = iconImage(path, pixels);
+    return std::make_shared<LinuxBitmap>(image.scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation),
+                                         Size{side, side});
+}
+
+SharedBytes LinuxThumbnails::pngData(const std::string& path) {
+    QImageReader reader(QString::fromStdString(path));
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    const QImage picture = qint64{size.width()} * size.height() > mostPixels ? QImage() : reader.read();
+    QByteArray png;
+    QBuffer buffer(&png);
+    if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG")) {
+        return nullptr;
+    }
+    return std::make_shared<const Bytes>(png.begin(), png.end());
+}
+
+DecodedPicture LinuxThumbnails::squareThumb(const SharedBytes& data, double side, double cornerRadius) {
+    QByteArray bytes =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()));
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
+    reader.setDecideFormatFromContent(true);
+    const QSize size = reader.size();
+    if (qint64{size.width()} * size.height() > mostPixels) {
+        return {.pixelSize = {static_cast<double>(size.width()), static_cast<double>(size.height())}};
+    }
+    const int pixels = static_cast<int>(side * menuScale);
+    if (size.isValid()) {
+        reader.setScaledSize(size.scaled(pixels, pixels, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1}));
+    }
+    QImage picture = reader.read();
+    if (picture.isNull()) {
+        return {};
+    }
+    const QSize whole = size.isValid() ? size : picture.size();
+    picture = picture.scaled(pixels, pixels, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
+    QImage square(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    square.fill(Qt::transparent);
+    QPainter painter(&square);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath outline;
+    outline.addRoundedRect(0, 0, pixels, pixels, cornerRadius * menuScale, cornerRadius * menuScale);
+    painter.setPen(Qt::NoPen);
+    // A brush, because a clipped picture would have jagged corners.
+    QBrush brush(picture);
+    brush.setTransform(QTransform::fromTranslate((pixels - picture.width()) / 2.0, (pixels - picture.height()) / 2.0));
+    painter.setBrush(brush);
+    painter.drawPath(outline);
+    painter.end();
+    return {.pixelSize = {static_cast<double>(whole.width()), static_cast<double>(whole.height())},
+            .thumbnail = std::make_shared<LinuxBitmap>(square, Size{side, side})};
 }
 
 Handle LinuxThumbnails::requestDocumentThumbnail(const std::string& path, Size size, double scale, Answer answer) {

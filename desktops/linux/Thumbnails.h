@@ -25,6 +25,9 @@ public:
 
     std::shared_ptr<const Bitmap> imageThumb(const std::string& path, int maxPixelSize) override;
     Image iconForFile(const std::string& path) override;
+    Image iconForFile(const std::string& path, double side) override;
+    DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) override;
+    SharedBytes pngData(const std::string& path) override;
     Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
                                     std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
 

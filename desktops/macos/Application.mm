@@ -1,20 +1,20 @@
 #include "desktops/macos/Application.h"
 
 #include "desktops/macos/Bridge.h"
-#include "desktops/macos/PreviewPanel.h"
+#include "platform/PreviewPanel.h"
 
 #import <Quartz/Quartz.h>
 
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <memory>
 #include <utility>
 
 // Forwards what AppKit, the preview panel and termination signals tell the program.
 @interface RBMacApplicationDelegate : NSObject <NSApplicationDelegate>
 // Null while the program doesn't run.
 @property(nonatomic) rb::ApplicationDelegate* target;
+@property(nonatomic) rb::PreviewPanel* previewPanel;
 - (void)watchTerminationSignals;
 @end
 
@@ -22,7 +22,6 @@
     bool _launched;
     std::vector<std::string> _pathsBeforeLaunch;
     NSMutableArray<dispatch_source_t>* _signalSources;
-    std::unique_ptr<rb::MacPreviewPanel> _previewPanel; // from begin to end of the control
 }
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
@@ -61,14 +60,12 @@
 }
 
 - (void)beginPreviewPanelControl:(QLPreviewPanel*)panel {
-    _previewPanel = std::make_unique<rb::MacPreviewPanel>(panel);
-    self.target->beginPreviewPanelControl(*_previewPanel);
+    self.target->beginPreviewPanelControl(*self.previewPanel);
 }
 
 - (void)endPreviewPanelControl:(QLPreviewPanel*)panel {
-    if (_previewPanel) {
-        self.target->endPreviewPanelControl(*_previewPanel);
-        _previewPanel = nullptr;
+    if (self.target != nullptr) {
+        self.target->endPreviewPanelControl(*self.previewPanel);
     }
 }
 
@@ -107,6 +104,10 @@ int MacApplication::run(ApplicationDelegate& delegate) {
     [NSApplication.sharedApplication run];
     delegate_.target = nullptr;
     return 0;
+}
+
+void MacApplication::setPreviewPanel(PreviewPanel& panel) {
+    delegate_.previewPanel = &panel;
 }
 
 void MacApplication::terminate() {

@@ -2,6 +2,7 @@
 
 #include "motion/Image.h"
 
+#import <AppKit/AppKit.h>
 #import <CoreGraphics/CoreGraphics.h>
 
 namespace rb {
@@ -23,6 +24,19 @@ public:
 
 private:
     CGImageRef image_;
+};
+
+// A picture of the system's own that knows its size in points and draws itself when it is shown.
+class MacPicture final : public Bitmap {
+public:
+    explicit MacPicture(NSImage* image)
+        : image_(image) {}
+
+    Size pixelSize() const override { return {image_.size.width, image_.size.height}; }
+    NSImage* image() const { return image_; }
+
+private:
+    NSImage* image_;
 };
 
 } // namespace rb

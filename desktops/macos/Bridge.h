@@ -20,6 +20,10 @@ NSString* nsString(const std::string& text);
 // Empty for nil.
 std::string utf8String(NSString* text);
 
+// The same for texts that may hold any character: zeros stay, and half a character becomes a replacement.
+NSString* textFrom(const std::string& text);
+std::string wholeText(NSString* text);
+
 CGPoint cgPoint(const Point& point);
 CGSize cgSize(const Size& size);
 CGRect cgRect(const Rect& rect);

@@ -40,6 +40,16 @@ std::string utf8String(NSString* text) {
     return bytes != nullptr ? std::string(bytes) : std::string();
 }
 
+NSString* textFrom(const std::string& text) {
+    NSString* native = [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding];
+    return native != nil ? native : @"";
+}
+
+std::string wholeText(NSString* text) {
+    NSData* data = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
+    return data != nil ? std::string(static_cast<const char*>(data.bytes), data.length) : std::string();
+}
+
 CGPoint cgPoint(const Point& point) {
     return CGPointMake(point.x, point.y);
 }
@@ -104,6 +114,9 @@ NSImage* nsImage(const Image& image) {
         return symbolImage(*symbol);
     }
     if (const auto* bitmap = std::get_if<std::shared_ptr<const Bitmap>>(&image)) {
+        if (const auto* picture = dynamic_cast<const MacPicture*>(bitmap->get())) {
+            return picture->image();
+        }
         const auto* own = dynamic_cast<const MacBitmap*>(bitmap->get());
         // A size of zero takes over the picture's own in pixels.
         return own != nullptr ? [[NSImage alloc] initWithCGImage:own->image() size:NSZeroSize] : nil;

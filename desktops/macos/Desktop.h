@@ -3,8 +3,12 @@
 #include "desktops/macos/Alerts.h"
 #include "desktops/macos/Appearance.h"
 #include "desktops/macos/Application.h"
+#include "desktops/macos/Archives.h"
+#include "desktops/macos/ByteCounts.h"
+#include "desktops/macos/DragPasteboard.h"
 #include "desktops/macos/CaptureFacts.h"
 #include "desktops/macos/EventMonitors.h"
+#include "desktops/macos/FileOperations.h"
 #include "desktops/macos/Files.h"
 #include "desktops/macos/FolderWatches.h"
 #include "desktops/macos/FrontFolder.h"
@@ -12,7 +16,9 @@
 #include "desktops/macos/LayerRenderer.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/Panels.h"
+#include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/Pointer.h"
+#include "desktops/macos/PreviewPanel.h"
 #include "desktops/macos/QuickActions.h"
 #include "desktops/macos/RandomSource.h"
 #include "desktops/macos/RunLoop.h"
@@ -36,7 +42,7 @@ namespace rb {
 // All services of macOS. Created first thing in the program, on the main thread, and outlives everything else.
 class MacDesktop {
 public:
-    MacDesktop() = default;
+    MacDesktop() { application_.setPreviewPanel(previewPanel_); }
     MacDesktop(const MacDesktop&) = delete;
     MacDesktop& operator=(const MacDesktop&) = delete;
 
@@ -64,11 +70,17 @@ private:
     MacRandomSource random_;
     MacSounds sounds_;
     MacThumbnails thumbnails_;
+    MacFileOperations fileOperations_;
+    MacDragPasteboard dragPasteboard_;
+    MacPreviewPanel previewPanel_;
     MacWorkspace workspace_;
     MacFrontFolder frontFolder_;
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
+    MacPasteboards pasteboards_;
+    MacArchives archives_{log_};
+    MacByteCounts byteCounts_;
     MacFolderWatches folderWatches_;
     MacScreenshotPreferences screenshotPreferences_{log_};
     MacCaptureFacts captureFacts_;
@@ -92,11 +104,17 @@ private:
                      .random = random_,
                      .sounds = sounds_,
                      .thumbnails = thumbnails_,
+                     .fileOperations = fileOperations_,
+                     .dragPasteboard = dragPasteboard_,
+                     .previewPanel = previewPanel_,
                      .workspace = workspace_,
                      .frontFolder = frontFolder_,
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
+                     .pasteboards = pasteboards_,
+                     .archives = archives_,
+                     .byteCounts = byteCounts_,
                      .folderWatches = folderWatches_,
                      .screenshotPreferences = screenshotPreferences_,
                      .captureFacts = captureFacts_,

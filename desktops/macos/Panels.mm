@@ -1,7 +1,7 @@
 #include "desktops/macos/Panels.h"
 
 #include "desktops/macos/Bridge.h"
-#include "desktops/macos/LayerView.h"
+#include "desktops/macos/PanelView.h"
 
 // A panel that never takes the focus.
 @interface RBMacPanel : NSPanel
@@ -26,7 +26,10 @@ namespace {
 class MacPanel final : public Panel {
 public:
     explicit MacPanel(const PanelSpec& spec);
-    ~MacPanel() override { orderOut(); }
+    ~MacPanel() override {
+        content_.input = nullptr;
+        orderOut();
+    }
     MacPanel(const MacPanel&) = delete;
     MacPanel& operator=(const MacPanel&) = delete;
 
@@ -36,12 +39,19 @@ public:
     void orderOut() override;
     bool isVisible() const override { return panel_.visible != NO; }
     void setIgnoresMouseEvents(bool ignores) override;
+    void setInput(PanelInput* input) override { content_.input = input; }
+    void beginDrag(const FileDrag& drag) override { [content_ beginDrag:drag]; }
+    // At the event that is being told, which AppKit takes the place from.
+    void showContextMenu(const std::shared_ptr<Menu>& menu, Point /*location*/,
+                         std::function<void()> closed) override {
+        [content_ showMenu:menu closed:closed];
+    }
     const std::shared_ptr<Layer>& rootLayer() override { return rootLayer_; }
     double backingScaleFactor() const override { return panel_.backingScaleFactor; }
 
 private:
     RBMacPanel* panel_;
-    RBMacLayerView* content_;
+    RBMacPanelView* content_;
     std::shared_ptr<Layer> rootLayer_ = Layer::create();
 };
 
@@ -50,7 +60,7 @@ MacPanel::MacPanel(const PanelSpec& spec)
                                            styleMask:NSWindowStyleMaskBorderless | NSWindowStyleMaskNonactivatingPanel
                                              backing:NSBackingStoreBuffered
                                                defer:NO])
-    , content_([[RBMacLayerView alloc] initWithFrame:cgRect({0, 0, spec.frame.width, spec.frame.height})]) {
+    , content_([[RBMacPanelView alloc] initWithFrame:cgRect({0, 0, spec.frame.width, spec.frame.height})]) {
     panel_.opaque = NO;
     panel_.backgroundColor = NSColor.clearColor;
     panel_.level = spec.level;
@@ -63,6 +73,9 @@ MacPanel::MacPanel(const PanelSpec& spec)
     panel_.becomesKeyOnlyIfNeeded = YES;
     panel_.releasedWhenClosed = NO;
     panel_.contentView = content_;
+    if (spec.acceptsFiles) {
+        [content_ registerForDraggedTypes:@[ NSPasteboardTypeFileURL ]];
+    }
     rootLayer_->change().setFrame({0, 0, spec.frame.width, spec.frame.height});
 }
 

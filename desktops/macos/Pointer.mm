@@ -12,4 +12,12 @@ unsigned MacPointer::pressedButtons() const {
     return static_cast<unsigned>(NSEvent.pressedMouseButtons);
 }
 
+std::uint32_t MacPointer::modifierFlags() const {
+    return static_cast<std::uint32_t>(NSEvent.modifierFlags);
+}
+
+double MacPointer::doubleClickInterval() const {
+    return NSEvent.doubleClickInterval;
+}
+
 } // namespace rb

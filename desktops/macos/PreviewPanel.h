@@ -3,18 +3,28 @@
 #include "platform/PreviewPanel.h"
 
 @class QLPreviewPanel;
+@class RBMacPreviewSource;
 
 namespace rb {
 
-// The shared preview panel while this program controls it.
+// The shared preview panel, which is made only when it is first asked to show something.
 class MacPreviewPanel final : public PreviewPanel {
 public:
-    explicit MacPreviewPanel(QLPreviewPanel* panel)
-        : panel_(panel) {}
-    QLPreviewPanel* panel() const { return panel_; }
+    MacPreviewPanel();
+    ~MacPreviewPanel() override;
+    MacPreviewPanel(const MacPreviewPanel&) = delete;
+    MacPreviewPanel& operator=(const MacPreviewPanel&) = delete;
+
+    bool isVisible() const override;
+    void updateController() override;
+    void setDelegate(PreviewPanelDelegate* delegate) override;
+    void reloadData() override;
+    std::size_t currentPreviewItemIndex() const override;
+    void setCurrentPreviewItemIndex(std::size_t index) override;
+    void makeKeyAndOrderFront() override;
 
 private:
-    QLPreviewPanel* panel_;
+    RBMacPreviewSource* source_;
 };
 
 } // namespace rb

@@ -11,6 +11,8 @@ class MacSounds final : public Sounds {
 public:
     MacSounds();
     void play(const std::string& name, double volume) override;
+    void playTrash() override;
+    void beep() override;
 
 private:
     RBMacSoundsPlaying* playing_;

@@ -42,4 +42,18 @@ void MacSounds::play(const std::string& name, double volume) {
     }
 }
 
+void MacSounds::playTrash() {
+    NSSound* sound = [[NSSound alloc]
+        initWithContentsOfFile:@"/System/Library/Components/CoreAudio.component/Contents/SharedSupport/SystemSounds/"
+                               @"dock/drag to trash.aif"
+                   byReference:YES];
+    if (sound != nil) {
+        [playing_ play:sound];
+    }
+}
+
+void MacSounds::beep() {
+    NSBeep();
+}
+
 } // namespace rb

@@ -6,6 +6,7 @@
 #import <ImageIO/ImageIO.h>
 #import <QuickLookThumbnailing/QuickLookThumbnailing.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace rb {
@@ -40,6 +41,53 @@ Image MacThumbnails::iconForFile(const std::string& path) {
         return {};
     }
     return std::make_shared<const MacBitmap>(image);
+}
+
+Image MacThumbnails::iconForFile(const std::string& path, double side) {
+    // A copy, because the workspace may hand the same one to others.
+    NSImage* icon = [[NSWorkspace.sharedWorkspace iconForFile:nsString(path)] copy];
+    if (icon == nil) {
+        return {};
+    }
+    icon.size = NSMakeSize(side, side);
+    return std::make_shared<const MacPicture>(icon);
+}
+
+SharedBytes MacThumbnails::pngData(const std::string& path) {
+    NSData* tiff = [[NSImage alloc] initWithContentsOfFile:nsString(path)].TIFFRepresentation;
+    NSBitmapImageRep* bitmap = tiff != nil ? [NSBitmapImageRep imageRepWithData:tiff] : nil;
+    NSData* png = [bitmap representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+    if (png == nil) {
+        return nullptr;
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(png.bytes);
+    return std::make_shared<const Bytes>(bytes, bytes + png.length);
+}
+
+DecodedPicture MacThumbnails::squareThumb(const SharedBytes& data, double side, double cornerRadius) {
+    NSImage* picture = [[NSImage alloc] initWithData:[NSData dataWithBytes:data->data() length:data->size()]];
+    if (picture == nil) {
+        return {};
+    }
+    NSImageRep* first = picture.representations.firstObject;
+    DecodedPicture decoded{.pixelSize = {static_cast<double>(first.pixelsWide), static_cast<double>(first.pixelsHigh)}};
+    const NSSize size = picture.size;
+    if (size.width > 0 && size.height > 0) {
+        NSImage* square = [NSImage
+             imageWithSize:NSMakeSize(side, side)
+                   flipped:NO
+            drawingHandler:^BOOL(NSRect rect) {
+                const double scale = std::max(side / size.width, side / size.height);
+                const NSRect filled =
+                    NSMakeRect(NSMidX(rect) - size.width * scale / 2, NSMidY(rect) - size.height * scale / 2,
+                               size.width * scale, size.height * scale);
+                [[NSBezierPath bezierPathWithRoundedRect:rect xRadius:cornerRadius yRadius:cornerRadius] addClip];
+                [picture drawInRect:filled fromRect:NSZeroRect operation:NSCompositingOperationSourceOver fraction:1];
+                return YES;
+            }];
+        decoded.thumbnail = std::make_shared<const MacPicture>(square);
+    }
+    return decoded;
 }
 
 Handle MacThumbnails::requestDocumentThumbnail(const std::string& path, Size size, double scale,

@@ -3,10 +3,15 @@
 #include "desktops/virtual/Alerts.h"
 #include "desktops/virtual/Appearance.h"
 #include "desktops/virtual/Application.h"
+#include "desktops/virtual/Archives.h"
+#include "desktops/virtual/ByteCounts.h"
+#include "desktops/virtual/DragPasteboard.h"
 #include "desktops/virtual/EventMonitors.h"
+#include "desktops/virtual/FileOperations.h"
 #include "desktops/virtual/Files.h"
 #include "desktops/virtual/FolderWatches.h"
 #include "desktops/virtual/FrontFolder.h"
+#include "desktops/virtual/Hand.h"
 #include "desktops/virtual/HotKeys.h"
 #include "desktops/virtual/Journal.h"
 #include "desktops/virtual/Keyboard.h"
@@ -14,8 +19,10 @@
 #include "desktops/virtual/Layers.h"
 #include "desktops/virtual/Log.h"
 #include "desktops/virtual/Panels.h"
+#include "desktops/virtual/Pasteboards.h"
 #include "desktops/virtual/Pointer.h"
 #include "desktops/virtual/QuickActions.h"
+#include "desktops/virtual/PreviewPanel.h"
 #include "desktops/virtual/RandomSource.h"
 #include "desktops/virtual/RunLoop.h"
 #include "desktops/virtual/SavePanels.h"
@@ -71,11 +78,17 @@ public:
     VirtualRandomSource& random() { return random_; }
     VirtualSounds& sounds() { return sounds_; }
     VirtualThumbnails& thumbnails() { return thumbnails_; }
+    VirtualFileOperations& fileOperations() { return fileOperations_; }
+    VirtualDragPasteboard& dragPasteboard() { return dragPasteboard_; }
+    VirtualPreviewPanel& previewPanel() { return previewPanel_; }
+    VirtualHand& hand() { return hand_; }
     VirtualWorkspace& workspace() { return workspace_; }
     VirtualFrontFolder& frontFolder() { return frontFolder_; }
     VirtualSavePanels& savePanels() { return savePanels_; }
     VirtualQuickActions& quickActions() { return quickActions_; }
     VirtualURLSessions& urlSessions() { return urlSessions_; }
+    VirtualPasteboard& pasteboard() { return pasteboards_.general(); }
+    VirtualArchives& archives() { return archives_; }
     VirtualFolderWatches& folderWatches() { return folderWatches_; }
     VirtualScreenshotPreferences& screenshotPreferences() { return screenshotPreferences_; }
     VirtualCaptureFacts& captureFacts() { return captureFacts_; }
@@ -112,16 +125,23 @@ private:
     VirtualRandomSource random_;
     VirtualSounds sounds_;
     VirtualThumbnails thumbnails_{files_};
+    VirtualFileOperations fileOperations_{files_};
+    VirtualDragPasteboard dragPasteboard_;
+    VirtualPreviewPanel previewPanel_{application_};
     VirtualWorkspace workspace_{runLoop_};
     VirtualFrontFolder frontFolder_{runLoop_};
     VirtualSavePanels savePanels_{runLoop_};
     VirtualQuickActions quickActions_{runLoop_};
     VirtualURLSessions urlSessions_{runLoop_};
+    VirtualPasteboards pasteboards_{runLoop_};
+    VirtualArchives archives_;
+    VirtualByteCounts byteCounts_;
     VirtualFolderWatches folderWatches_{runLoop_};
     VirtualScreenshotPreferences screenshotPreferences_{runLoop_, files_};
     VirtualCaptureFacts captureFacts_;
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
+    VirtualHand hand_{runLoop_, pointer_, panels_, eventMonitors_, dragPasteboard_};
     VirtualWindows windows_;
     VirtualKeyboard keyboard_{hotKeys_, alerts_, windows_};
     Desktop services_;

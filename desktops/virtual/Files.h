@@ -27,6 +27,11 @@ public:
     // A link that leads nowhere.
     void addDanglingLink(const std::string& path) { files_[path] = {.isSymbolicLink = true}; }
     void remove(const std::string& path) { files_.erase(path); }
+    // One entry; what a folder holds isn't followed.
+    void copy(const std::string& from, const std::string& to) {
+        files_[to] = files_[from];
+        imageSizes_[to] = imageSizes_[from];
+    }
     // Zero for what is not a picture that can be decoded.
     Size imageSize(const std::string& path) const;
     // From now on nothing can be made, for this reason; without one it can again.

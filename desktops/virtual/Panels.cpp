@@ -1,5 +1,7 @@
 #include "desktops/virtual/Panels.h"
 
+#include "desktops/virtual/Contract.h"
+
 #include <algorithm>
 
 namespace rb {
@@ -50,6 +52,21 @@ void VirtualPanel::setIgnoresMouseEvents(bool ignores) {
     spec_.ignoresMouseEvents = ignores;
 }
 
+void VirtualPanel::beginDrag(const FileDrag& drag) {
+    panels_.loop_.requireMainThread("Panel::beginDrag");
+    if (panels_.outgoing_) {
+        contractViolation("a file is being dragged already");
+    }
+    panels_.outgoing_ = drag;
+}
+
+void VirtualPanel::showContextMenu(const std::shared_ptr<Menu>& menu, Point /*location*/,
+                                   std::function<void()> closed) {
+    panels_.loop_.requireMainThread("Panel::showContextMenu");
+    panels_.contextMenu_ = menu;
+    panels_.menuClosed_ = std::move(closed);
+}
+
 double VirtualPanel::backingScaleFactor() const {
     const auto screen = RBScreenAt(panels_.screens_, {spec_.frame.midX(), spec_.frame.midY()});
     return screen ? screen->backingScaleFactor : 1;
@@ -65,6 +82,21 @@ std::vector<VirtualPanel*> VirtualPanels::visible() const {
     std::stable_sort(panels.begin(), panels.end(),
                      [](const VirtualPanel* a, const VirtualPanel* b) { return a->spec().level < b->spec().level; });
     return panels;
+}
+
+VirtualPanel* VirtualPanels::under(Point location) const {
+    const auto shown = visible();
+    const auto found = std::find_if(shown.rbegin(), shown.rend(), [&](const VirtualPanel* panel) {
+        return !panel->spec().ignoresMouseEvents && panel->frame().containsPointer(location);
+    });
+    return found == shown.rend() ? nullptr : *found;
+}
+
+void VirtualPanels::closeContextMenu() {
+    contextMenu_.reset();
+    if (const auto closed = std::exchange(menuClosed_, nullptr)) {
+        closed();
+    }
 }
 
 } // namespace rb

@@ -4,6 +4,10 @@
 #include "desktops/virtual/Screens.h"
 #include "platform/Panels.h"
 
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace rb {
@@ -23,17 +27,22 @@ public:
     void orderOut() override;
     bool isVisible() const override;
     void setIgnoresMouseEvents(bool ignores) override;
+    void setInput(PanelInput* input) override { input_ = input; }
+    void beginDrag(const FileDrag& drag) override;
+    void showContextMenu(const std::shared_ptr<Menu>& menu, Point location, std::function<void()> closed) override;
     const std::shared_ptr<Layer>& rootLayer() override { return root_; }
     double backingScaleFactor() const override;
 
     // With the present frame and flags.
     const PanelSpec& spec() const { return spec_; }
+    PanelInput* input() const { return input_; }
 
 private:
     void layOut();
 
     VirtualPanels& panels_;
     PanelSpec spec_;
+    PanelInput* input_ = nullptr;
     std::shared_ptr<Layer> root_ = Layer::create();
 };
 
@@ -48,6 +57,14 @@ public:
 
     // From the backmost to the frontmost, by level and then by when they were ordered front.
     std::vector<VirtualPanel*> visible() const;
+    // The frontmost one that takes the mouse there, or null.
+    VirtualPanel* under(Point location) const;
+    // The open context menu, or null; choosing from it is the test's, and so is closing it.
+    const std::shared_ptr<Menu>& contextMenu() const { return contextMenu_; }
+    void closeContextMenu();
+    // The file that is being dragged out of a panel.
+    const std::optional<FileDrag>& outgoingDrag() const { return outgoing_; }
+    std::optional<FileDrag> takeOutgoingDrag() { return std::exchange(outgoing_, std::nullopt); }
 
 private:
     friend class VirtualPanel;
@@ -56,6 +73,9 @@ private:
     VirtualLayers& layers_;
     const VirtualScreens& screens_;
     std::vector<VirtualPanel*> ordered_;
+    std::shared_ptr<Menu> contextMenu_;
+    std::function<void()> menuClosed_;
+    std::optional<FileDrag> outgoing_;
 };
 
 } // namespace rb

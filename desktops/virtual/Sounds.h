@@ -16,12 +16,16 @@ public:
         friend bool operator==(const Sound&, const Sound&) = default;
     };
     void play(const std::string& name, double volume) override { heard_.push_back({name, volume}); }
+    void playTrash() override { heard_.push_back({"drag to trash", 1}); }
+    void beep() override { ++beeps_; }
 
     const std::vector<Sound>& heard() const { return heard_; }
+    int beeps() const { return beeps_; }
     void clear() { heard_.clear(); }
 
 private:
     std::vector<Sound> heard_;
+    int beeps_ = 0;
 };
 
 } // namespace rb

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace rb {
 
@@ -19,6 +20,26 @@ std::shared_ptr<const Bitmap> VirtualThumbnails::imageThumb(const std::string& p
 
 Image VirtualThumbnails::iconForFile(const std::string& path) {
     return std::make_shared<VirtualBitmap>("icon " + path, Size{64, 64});
+}
+
+Image VirtualThumbnails::iconForFile(const std::string& path, double side) {
+    return std::make_shared<VirtualBitmap>("icon " + path, Size{64, 64}, Size{side, side});
+}
+
+DecodedPicture VirtualThumbnails::squareThumb(const SharedBytes& data, double side, double cornerRadius) {
+    ++decoded_;
+    Size pixels;
+    const std::string text(data->begin(), data->end());
+    if (std::sscanf(text.c_str(), "%lfx%lf", &pixels.width, &pixels.height) != 2) {
+        return {};
+    }
+    const std::string content = "thumb " + text + " radius " + std::to_string(static_cast<int>(cornerRadius));
+    return {pixels, std::make_shared<VirtualBitmap>(content, Size{2 * side, 2 * side}, Size{side, side})};
+}
+
+SharedBytes VirtualThumbnails::pngData(const std::string& path) {
+    const std::string text = "PNG of " + path;
+    return files_.imageSize(path).width > 0 ? std::make_shared<const Bytes>(text.begin(), text.end()) : nullptr;
 }
 
 Handle VirtualThumbnails::requestDocumentThumbnail(const std::string& path, Size /*size*/, double /*scale*/,

@@ -19,12 +19,19 @@ public:
 
     std::shared_ptr<const Bitmap> imageThumb(const std::string& path, int maxPixelSize) override;
     Image iconForFile(const std::string& path) override;
+    Image iconForFile(const std::string& path, double side) override;
+    // Bytes that say "WIDTHxHEIGHT" are a picture of that many pixels, all others are damaged.
+    DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) override;
+    // "PNG of PATH" for pictures that can be decoded.
+    SharedBytes pngData(const std::string& path) override;
     Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
                                     std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
 
     // Paths of the renderings asked for and neither answered nor dropped.
     std::vector<std::string> pending() const;
     void answer(const std::string& path);
+    // How many pictures in memory were decoded.
+    int decoded() const { return decoded_; }
 
 private:
     struct Request {
@@ -36,6 +43,7 @@ private:
     const VirtualFiles& files_;
     std::shared_ptr<Requests> requests_ = std::make_shared<Requests>();
     unsigned long next_ = 0;
+    int decoded_ = 0;
 };
 
 } // namespace rb

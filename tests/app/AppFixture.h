@@ -26,6 +26,8 @@ inline PropertyDictionary savedHotKey(VirtualDesktop& desktop) {
 // The product on a virtual desktop. Prepare the desktop, launch, act as the user.
 class AppTest : public testing::Test {
 protected:
+    // Already asked about the takeover of screenshots.
+    AppTest() { desktop_.userDefaults().setObject("ClotheslineInboxOffered", true); }
     ~AppTest() override { desktop_.application().terminate(); }
 
     AppDelegate& launch() {

@@ -2,6 +2,7 @@
 // pictures, as they are on the screen.
 
 #include "clothesline/CardLayers.h"
+#include "app/Toasts.h"
 #include "clothesline/Clothesline.h"
 #include "desktops/linux/LayerGeometry.h"
 #include "desktops/linux/LayerSurface.h"
@@ -35,7 +36,8 @@ public:
         : stage_(look)
         , dark_(stage_.appearance().isDark())
         , services_(stage_.services())
-        , line_(services_)
+        , toasts_(services_)
+        , line_(services_, toasts_)
         , ticker_(stage_.desktop.runLoop(), stage_.painter) {
         useScreen(4000);
         line_.start();
@@ -113,6 +115,7 @@ private:
     Stage stage_;
     bool dark_;
     Desktop services_;
+    Toasts toasts_;
     RBClothesline line_;
     LayerTicker ticker_;
     std::unique_ptr<LayerSurface> surface_;

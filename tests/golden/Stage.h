@@ -40,11 +40,17 @@ struct Stage {
                 .random = given.random,
                 .sounds = given.sounds,
                 .thumbnails = thumbnails,
+                .fileOperations = given.fileOperations,
+                .dragPasteboard = given.dragPasteboard,
+                .previewPanel = given.previewPanel,
                 .workspace = given.workspace,
                 .frontFolder = given.frontFolder,
                 .savePanels = given.savePanels,
                 .quickActions = given.quickActions,
                 .urlSessions = given.urlSessions,
+                .pasteboards = given.pasteboards,
+                .archives = given.archives,
+                .byteCounts = given.byteCounts,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {

@@ -241,6 +241,9 @@ std::string formatted(NSString* format, va_list arguments) {
     const std::string text = utf8(self), extension = extensionOf(text);
     return string(extension.empty() ? text : text.substr(0, text.size() - extension.size() - 1));
 }
+- (NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy {
+    return [self dataUsingEncoding:encoding];
+}
 - (NSData*)dataUsingEncoding:(NSStringEncoding)encoding {
     return [NSData dataWithBytes:self.UTF8String length:std::strlen(self.UTF8String)];
 }

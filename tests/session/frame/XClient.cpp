@@ -2,6 +2,8 @@
 
 #include "tests/session/frame/Wait.h"
 
+#include <chrono>
+#include <thread>
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
@@ -259,6 +261,37 @@ void XClient::tapKeycode(std::uint8_t keycode) const {
 
 void XClient::movePointer(int x, int y) const {
     fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
+}
+
+void XClient::pressButton(std::uint8_t button) const {
+    fakeInput(XCB_BUTTON_PRESS, button, 0, 0);
+    sync();
+}
+
+void XClient::releaseButton(std::uint8_t button) const {
+    fakeInput(XCB_BUTTON_RELEASE, button, 0, 0);
+    sync();
+}
+
+void XClient::dragTo(int fromX, int fromY, int toX, int toY) const {
+    const auto pause = [](int milliseconds) { std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds)); };
+    movePointer(fromX, fromY);
+    pause(300);
+    pressButton();
+    pause(300);
+    for (const int step : {3, 6, 9, 13, 17, 20}) {
+        movePointer(fromX + step, fromY + step);
+        pause(50);
+    }
+    pause(400);
+    constexpr int steps = 10;
+    for (int step = 1; step <= steps; ++step) {
+        movePointer(fromX + (toX - fromX) * step / steps, fromY + (toY - fromY) * step / steps);
+        pause(50);
+    }
+    pause(300);
+    movePointer(toX + 2, toY);
+    pause(500);
 }
 
 void XClient::click(int x, int y, std::uint8_t button) const {

@@ -80,6 +80,11 @@ public:
     void tapKeycode(std::uint8_t keycode) const;
     void movePointer(int x, int y) const;
     void click(int x, int y, std::uint8_t button = 1) const;
+    void pressButton(std::uint8_t button = 1) const;
+    void releaseButton(std::uint8_t button = 1) const;
+    // Presses at the first place and moves to the second at a hand's pace, the button still held: programs begin drags
+    // and answer them between two motions.
+    void dragTo(int fromX, int fromY, int toX, int toY) const;
     // Asks the window manager to close the window as by its title bar.
     void requestClose(xcb_window_t window) const;
 

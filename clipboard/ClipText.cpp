@@ -1,0 +1,96 @@
+#include "clipboard/ClipText.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace rb {
+
+namespace {
+
+struct Character {
+    char32_t code = 0;
+    std::size_t bytes = 1;
+};
+
+Character characterAt(std::string_view text, std::size_t position) {
+    const auto byte = [&](std::size_t offset) { return static_cast<std::uint8_t>(text[position + offset]); };
+    const std::uint8_t first = byte(0);
+    std::size_t length = 1;
+    if (first >= 0xC0) {
+        length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    }
+    if (length == 1 || position + length > text.size()) {
+        return {first};
+    }
+    char32_t code = first & (0xFFU >> (length + 1));
+    for (std::size_t offset = 1; offset < length; ++offset) {
+        if ((byte(offset) & 0xC0U) != 0x80U) {
+            return {first};
+        }
+        code = (code << 6U) | (byte(offset) & 0x3FU);
+    }
+    return {code, length};
+}
+
+std::size_t unitsOf(const Character& character) {
+    return character.code > 0xFFFF ? 2 : 1;
+}
+
+bool isSpace(char32_t code) {
+    return code == ' ' || code == '\t' || code == 0xA0 || code == 0x1680 || (code >= 0x2000 && code <= 0x200A) ||
+           code == 0x202F || code == 0x205F || code == 0x3000;
+}
+
+bool isLineEnd(char32_t code) {
+    return (code >= 0x0A && code <= 0x0D) || code == 0x85 || code == 0x2028 || code == 0x2029;
+}
+
+template <typename Test>
+std::string_view trimmed(std::string_view text, Test goes) {
+    std::size_t begin = text.size();
+    std::size_t end = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const Character character = characterAt(text, position);
+        if (!goes(character.code)) {
+            begin = std::min(begin, position);
+            end = position + character.bytes;
+        }
+        position += character.bytes;
+    }
+    return begin < end ? text.substr(begin, end - begin) : std::string_view{};
+}
+
+} // namespace
+
+std::size_t utf16Length(std::string_view text) {
+    std::size_t units = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const Character character = characterAt(text, position);
+        units += unitsOf(character);
+        position += character.bytes;
+    }
+    return units;
+}
+
+std::string_view utf16Prefix(std::string_view text, std::size_t units) {
+    std::size_t position = 0;
+    while (position < text.size()) {
+        const Character character = characterAt(text, position);
+        if (unitsOf(character) > units) {
+            break;
+        }
+        units -= unitsOf(character);
+        position += character.bytes;
+    }
+    return text.substr(0, position);
+}
+
+std::string_view trimmedWhole(std::string_view text) {
+    return trimmed(text, [](char32_t code) { return isSpace(code) || isLineEnd(code); });
+}
+
+std::string_view trimmedLine(std::string_view line) {
+    return trimmed(line, isSpace);
+}
+
+} // namespace rb

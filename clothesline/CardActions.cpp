@@ -1,0 +1,75 @@
+#include "clothesline/CardActions.h"
+
+#include "app/Toasts.h"
+#include "clothesline/Clothesline.h"
+#include "clothesline/FileNames.h"
+#include "platform/FileOperations.h"
+#include "platform/Files.h"
+#include "platform/Log.h"
+#include "platform/Pasteboards.h"
+#include "platform/Sounds.h"
+#include "platform/Thumbnails.h"
+#include "platform/Workspace.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace rb {
+
+void CardActions::copyItem(const RBPegItemRef& item) {
+    if (!line_.contains(*item)) {
+        return;
+    }
+    if (!desktop_.files.facts(item->path).exists) {
+        line_.prune();
+        return;
+    }
+    SharedBytes png;
+    if (item->isImage) {
+        std::string ending = item->path.substr(item->path.find_last_of("./"));
+        std::transform(ending.begin(), ending.end(), ending.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        png = ending == ".png" ? desktop_.fileOperations.contents(item->path) : desktop_.thumbnails.pngData(item->path);
+    }
+    desktop_.pasteboards.general().write(PasteboardPictureFile{.path = item->path, .png = png});
+    line_.showPill(item);
+    line_.nudge(*item, 3);
+}
+
+void CardActions::openItem(const RBPegItem& item) {
+    desktop_.workspace.openFile(item.path, {});
+}
+
+void CardActions::revealItem(const RBPegItem& item) {
+    desktop_.workspace.revealFiles({item.path});
+}
+
+void CardActions::copyPathOf(const RBPegItem& item) {
+    desktop_.pasteboards.general().write(item.path);
+    toasts_.RBShowToast("已拷贝路径", "doc.on.doc.fill", SystemColor::Blue);
+}
+
+void CardActions::trashItem(const RBPegItemRef& item) {
+    if (const auto failure = desktop_.fileOperations.trashItem(item->path)) {
+        desktop_.log.write("could not trash " + item->path + ": " + failure->reason);
+        desktop_.sounds.beep();
+        return;
+    }
+    line_.playTrash();
+    line_.removeItem(item, {.quietly = true, .fall = true});
+}
+
+void CardActions::saveToDesktop(const RBPegItemRef& item) {
+    const auto failure = placeUnderFreeName(
+        desktop_.files, desktop_.files.desktopDirectory(), lastPathComponent(item->path),
+        [&](const std::string& target) { return desktop_.fileOperations.moveItem(item->path, target); });
+    if (failure) {
+        desktop_.log.write("could not save to Desktop: " + failure->reason);
+        desktop_.sounds.beep();
+        return;
+    }
+    line_.removeItem(item, {.quietly = true, .fall = false});
+    toasts_.RBShowToast("已存到桌面", "checkmark.circle.fill", SystemColor::Green);
+}
+
+} // namespace rb

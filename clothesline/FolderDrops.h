@@ -1,0 +1,46 @@
+#pragma once
+
+#include "clothesline/PegItem.h"
+#include "platform/Desktop.h"
+#include "platform/Dragging.h"
+#include "platform/RunLoop.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace rb {
+
+class RBClothesline;
+
+// Folder cards take files: from drags and from cards held over them. A file that goes in leaves its place only when it
+// has arrived, and never takes another's name.
+class FolderDrops {
+public:
+    FolderDrops(const Desktop& desktop, RBClothesline& line)
+        : desktop_(desktop)
+        , line_(line)
+        , later_(desktop.runLoop) {}
+
+    // What dropping the drag into the folder would do; none when nothing of it may go there.
+    std::uint32_t operationFor(const DraggingInfo& drag, const RBPegItem& folder) const;
+    std::uint32_t dragUpdated(const RBPegItemRef& folder, const DraggingInfo& drag);
+    void dragExited(const RBPegItemRef& folder);
+    bool performDrop(const RBPegItemRef& folder, const DraggingInfo& drag);
+
+    void setDropTarget(RBPegItem& folder, bool on);
+    bool canGoInto(const std::string& path, const RBPegItem& folder) const;
+    // Whether at least one file went in.
+    bool put(const std::vector<std::string>& paths, const RBPegItemRef& folder, bool move);
+
+private:
+    std::vector<std::string> droppable(const DraggingInfo& drag, const RBPegItem& folder) const;
+    void absorb(const std::string& path, const RBPegItem& folder);
+    void flash(const RBPegItemRef& item, const std::string& text);
+
+    const Desktop& desktop_;
+    RBClothesline& line_;
+    DelayedCalls later_;
+};
+
+} // namespace rb

@@ -1,0 +1,239 @@
+#include "desktops/linux/SelectionOwner.h"
+
+#include "desktops/linux/XConnection.h"
+#include "platform/RunLoop.h"
+
+#include <algorithm>
+#include <poll.h>
+#include <utility>
+
+namespace rb {
+
+namespace {
+
+constexpr std::size_t largestPiece = 262'144; // bytes; servers take requests of at least this size
+constexpr double sendingLimit = 10;           // seconds in which the other program must take a piece
+constexpr double handOverLimit = 2;           // seconds that quitting may take longer
+
+} // namespace
+
+SelectionOwner::SelectionOwner(XConnection& connection, RunLoop& loop, std::string selection)
+    : connection_(connection)
+    , loop_(loop)
+    , selection_(std::move(selection)) {}
+
+SelectionOwner::~SelectionOwner() {
+    if (window_ != XCB_WINDOW_NONE) {
+        xcb_destroy_window(connection_.get(), window_);
+        xcb_flush(connection_.get());
+    }
+}
+
+void SelectionOwner::prepare() {
+    if (window_ != XCB_WINDOW_NONE) {
+        return;
+    }
+    window_ = xcb_generate_id(connection_.get());
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, window_, connection_.root(), -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+    events_ = connection_.onEvent([this](const xcb_generic_event_t& event) { handle(event); });
+}
+
+bool SelectionOwner::take(std::vector<SelectionForm> forms) {
+    prepare();
+    const xcb_atom_t selection = connection_.atom(selection_);
+    time_ = connection_.serverTime();
+    xcb_set_selection_owner(connection_.get(), window_, selection, time_);
+    const auto cookie = xcb_get_selection_owner(connection_.get(), selection);
+    const XReply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
+    connection_.deliverQueuedEvents();
+    if (!reply || reply->owner != window_) {
+        return false;
+    }
+    forms_ = std::move(forms);
+    return true;
+}
+
+std::vector<xcb_atom_t> SelectionOwner::targets() {
+    std::vector<xcb_atom_t> atoms;
+    for (const char* name : {"TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS"}) {
+        atoms.push_back(connection_.atom(name));
+    }
+    for (const SelectionForm& form : forms_) {
+        atoms.push_back(connection_.atom(form.target));
+    }
+    return atoms;
+}
+
+void SelectionOwner::handle(const xcb_generic_event_t& event) {
+    switch (event.response_type & 0x7F) {
+    case XCB_SELECTION_REQUEST:
+        answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
+        break;
+    case XCB_SELECTION_CLEAR: {
+        const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
+        // Not one that was under way when we took the selection again.
+        if (clear.owner == window_ && clear.selection == connection_.atom(selection_) && clear.time >= time_) {
+            forms_.clear();
+        }
+        break;
+    }
+    case XCB_PROPERTY_NOTIFY:
+        sendPiece(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+        break;
+    default:
+        break;
+    }
+}
+
+void SelectionOwner::answer(const xcb_selection_request_event_t& request) {
+    if (request.owner != window_) {
+        return;
+    }
+    // Programs of old name no property.
+    const xcb_atom_t property = request.property != XCB_ATOM_NONE ? request.property : request.target;
+    xcb_selection_notify_event_t notify{};
+    notify.response_type = XCB_SELECTION_NOTIFY;
+    notify.time = request.time;
+    notify.requestor = request.requestor;
+    notify.selection = request.selection;
+    notify.target = request.target;
+    const bool given = !forms_.empty() && request.selection == connection_.atom(selection_) &&
+                       (request.target == connection_.atom("MULTIPLE")
+                            ? request.property != XCB_ATOM_NONE && convertMultiple(request.requestor, property)
+                            : convert(request.requestor, request.target, property));
+    notify.property = given ? property : xcb_atom_t{XCB_ATOM_NONE};
+    xcb_send_event(connection_.get(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&notify));
+    xcb_flush(connection_.get());
+}
+
+bool SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property) {
+    xcb_connection_t* x = connection_.get();
+    if (target == connection_.atom("TARGETS")) {
+        const auto atoms = targets();
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_ATOM, 32,
+                            static_cast<std::uint32_t>(atoms.size()), atoms.data());
+        return true;
+    }
+    if (target == connection_.atom("TIMESTAMP")) {
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_INTEGER, 32, 1, &time_);
+        return true;
+    }
+    if (target == connection_.atom("SAVE_TARGETS")) {
+        // Only says that we know how to hand over.
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("NULL"), 32, 0, nullptr);
+        return true;
+    }
+    const auto form = std::find_if(forms_.begin(), forms_.end(), [&](const SelectionForm& offered) {
+        return connection_.atom(offered.target) == target;
+    });
+    const SharedBytes bytes = form == forms_.end() ? nullptr : form->bytes();
+    if (!bytes) {
+        return false;
+    }
+    giveBytes(requestor, property, connection_.atom(form->type), bytes);
+    return true;
+}
+
+bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property) {
+    std::vector<std::uint32_t> pairs = connection_.cardinals(requestor, property);
+    constexpr std::size_t mostPairs = 256;
+    if (pairs.empty() || pairs.size() % 2 != 0 || pairs.size() > 2 * mostPairs) {
+        return false;
+    }
+    const xcb_atom_t multiple = connection_.atom("MULTIPLE");
+    for (std::size_t index = 0; index < pairs.size(); index += 2) {
+        if (pairs[index] == multiple || pairs[index + 1] == XCB_ATOM_NONE ||
+            !convert(requestor, pairs[index], pairs[index + 1])) {
+            pairs[index + 1] = XCB_ATOM_NONE;
+        }
+    }
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("ATOM_PAIR"),
+                        32, static_cast<std::uint32_t>(pairs.size()), pairs.data());
+    return true;
+}
+
+void SelectionOwner::giveBytes(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const SharedBytes& bytes) {
+    xcb_connection_t* x = connection_.get();
+    if (bytes->size() <= largestPiece) {
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
+                            static_cast<std::uint32_t>(bytes->size()), bytes->data());
+        return;
+    }
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(x, requestor, XCB_CW_EVENT_MASK, &events);
+    const auto size = static_cast<std::uint32_t>(bytes->size());
+    xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("INCR"), 32, 1, &size);
+    sendings_.push_back({.requestor = requestor, .property = property, .type = type, .bytes = bytes});
+    allow(std::prev(sendings_.end()));
+}
+
+void SelectionOwner::allow(std::list<Sending>::iterator sending) {
+    sending->limit = loop_.after(sendingLimit, [this, sending] { sendings_.erase(sending); });
+}
+
+void SelectionOwner::sendPiece(const xcb_property_notify_event_t& notify) {
+    if (notify.state != XCB_PROPERTY_DELETE) {
+        return;
+    }
+    const auto sending = std::find_if(sendings_.begin(), sendings_.end(), [&](const Sending& each) {
+        return each.requestor == notify.window && each.property == notify.atom;
+    });
+    if (sending == sendings_.end()) {
+        return;
+    }
+    const std::size_t length = std::min(largestPiece, sending->bytes->size() - sending->sent);
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, sending->requestor, sending->property, sending->type,
+                        8, static_cast<std::uint32_t>(length), sending->bytes->data() + sending->sent);
+    xcb_flush(connection_.get());
+    sending->sent += length;
+    if (length == 0) {
+        sendings_.erase(sending); // the empty piece that ends it
+    } else {
+        allow(sending);
+    }
+}
+
+void SelectionOwner::handOver() {
+    if (forms_.empty()) {
+        return;
+    }
+    xcb_connection_t* x = connection_.get();
+    const xcb_atom_t managerSelection = connection_.atom("CLIPBOARD_MANAGER");
+    const auto cookie = xcb_get_selection_owner(x, managerSelection);
+    const XReply<xcb_get_selection_owner_reply_t> manager(xcb_get_selection_owner_reply(x, cookie, nullptr));
+    if (!manager || manager->owner == XCB_WINDOW_NONE) {
+        return;
+    }
+    std::vector<xcb_atom_t> saved;
+    for (const SelectionForm& form : forms_) {
+        saved.push_back(connection_.atom(form.target));
+    }
+    const xcb_atom_t saveTargets = connection_.atom("SAVE_TARGETS");
+    const xcb_atom_t property = connection_.atom("ROOKBAY_SAVE_TARGETS");
+    xcb_change_property(x, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_ATOM, 32,
+                        static_cast<std::uint32_t>(saved.size()), saved.data());
+    xcb_convert_selection(x, window_, managerSelection, saveTargets, property, connection_.serverTime());
+    xcb_flush(x);
+    // The event loop has ended; the manager asks for the contents meanwhile.
+    const double end = loop_.now() + handOverLimit;
+    while (loop_.now() < end && xcb_connection_has_error(x) == 0) {
+        const XReply<xcb_generic_event_t> event(xcb_poll_for_event(x));
+        if (!event) {
+            constexpr int moment = 20; // milliseconds
+            pollfd waiting{.fd = xcb_get_file_descriptor(x), .events = POLLIN, .revents = 0};
+            ::poll(&waiting, 1, moment);
+            continue;
+        }
+        if ((event->response_type & 0x7F) == XCB_SELECTION_NOTIFY &&
+            reinterpret_cast<const xcb_selection_notify_event_t&>(*event).target == saveTargets) {
+            return;
+        }
+        handle(*event);
+    }
+}
+
+} // namespace rb

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "platform/Bytes.h"
+#include "platform/Handle.h"
+
+#include <cstddef>
+#include <functional>
+#include <list>
+#include <string>
+#include <vector>
+#include <xcb/xcb.h>
+
+namespace rb {
+
+class RunLoop;
+class XConnection;
+
+// One form in which a selection's contents are offered.
+struct SelectionForm {
+    std::string target;
+    std::string type;                   // of the property that carries it
+    std::function<SharedBytes()> bytes; // null when it can't be made
+};
+
+// Holds a selection for the program and gives its contents to others for as long as it holds it. Not by Qt's
+// clipboard, which takes the selection at the time of the last event that Qt saw: a choice that comes over the session
+// bus is none, and the server would refuse. Main thread only.
+class SelectionOwner {
+public:
+    SelectionOwner(XConnection& connection, RunLoop& loop, std::string selection);
+    ~SelectionOwner();
+    SelectionOwner(const SelectionOwner&) = delete;
+    SelectionOwner& operator=(const SelectionOwner&) = delete;
+
+    // Takes the selection; false when the server refuses.
+    bool take(std::vector<SelectionForm> forms);
+    xcb_window_t window() const { return window_; }
+    // Before the program ends: gives what it holds to a clipboard manager, where one runs. Waits for it a moment.
+    void handOver();
+
+private:
+    // A large answer, given piece by piece as the other program takes the pieces away.
+    struct Sending {
+        xcb_window_t requestor = XCB_WINDOW_NONE;
+        xcb_atom_t property = XCB_ATOM_NONE;
+        xcb_atom_t type = XCB_ATOM_NONE;
+        SharedBytes bytes = {};
+        std::size_t sent = 0;
+        Handle limit = {};
+    };
+
+    void prepare();
+    void handle(const xcb_generic_event_t& event);
+    void answer(const xcb_selection_request_event_t& request);
+    bool convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property);
+    bool convertMultiple(xcb_window_t requestor, xcb_atom_t property);
+    void giveBytes(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const SharedBytes& bytes);
+    void sendPiece(const xcb_property_notify_event_t& notify);
+    void allow(std::list<Sending>::iterator sending);
+    std::vector<xcb_atom_t> targets();
+
+    XConnection& connection_;
+    RunLoop& loop_;
+    std::string selection_;
+    xcb_window_t window_ = XCB_WINDOW_NONE;
+    xcb_timestamp_t time_ = XCB_CURRENT_TIME;
+    std::vector<SelectionForm> forms_; // empty while someone else holds the selection
+    std::list<Sending> sendings_;
+    Handle events_;
+};
+
+} // namespace rb

@@ -1,0 +1,255 @@
+#include "desktops/linux/TreeCopy.h"
+
+#include "desktops/linux/UniqueFd.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace rb {
+
+namespace {
+
+constexpr int deepest = 200; // folders within folders
+constexpr mode_t ownerOnly = 0600;
+constexpr mode_t folderOwnerOnly = 0700;
+constexpr mode_t permissions = 07777;
+
+using Buffer = std::array<char, 1U << 16U>;
+
+int writeAll(int file, const char* bytes, std::size_t count) {
+    while (count > 0) {
+        const ssize_t written = write(file, bytes, count);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written < 0) {
+            return errno;
+        }
+        bytes += written;
+        count -= static_cast<std::size_t>(written);
+    }
+    return 0;
+}
+
+// As many bytes as there are, up to the buffer's size; -1 for an error.
+ssize_t readFull(int file, Buffer& buffer, off_t offset) {
+    std::size_t have = 0;
+    while (have < buffer.size()) {
+        const ssize_t count = pread(file, buffer.data() + have, buffer.size() - have, offset + static_cast<off_t>(have));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return -1;
+        }
+        if (count == 0) {
+            break;
+        }
+        have += static_cast<std::size_t>(count);
+    }
+    return static_cast<ssize_t>(have);
+}
+
+int sameContents(int a, int b) {
+    const auto first = std::make_unique<Buffer>();
+    const auto second = std::make_unique<Buffer>();
+    for (off_t offset = 0;; offset += static_cast<off_t>(first->size())) {
+        const ssize_t count = readFull(a, *first, offset);
+        if (count < 0 || readFull(b, *second, offset) != count ||
+            std::memcmp(first->data(), second->data(), static_cast<std::size_t>(count)) != 0) {
+            return EIO;
+        }
+        if (static_cast<std::size_t>(count) < first->size()) {
+            return 0;
+        }
+    }
+}
+
+// Marks that programs left on the file; a file system without them keeps none.
+void copyAttributes(int from, int to) {
+    std::array<char, 65536> names{};
+    const ssize_t length = flistxattr(from, names.data(), names.size());
+    for (ssize_t at = 0; at < length; at += static_cast<ssize_t>(std::strlen(names.data() + at)) + 1) {
+        const char* name = names.data() + at;
+        std::array<char, 65536> value{};
+        const ssize_t size = fgetxattr(from, name, value.data(), value.size());
+        if (size >= 0 && std::strncmp(name, "user.", 5) == 0) {
+            fsetxattr(to, name, value.data(), static_cast<std::size_t>(size), 0);
+        }
+    }
+}
+
+int applyFacts(int file, const struct stat& facts) {
+    const std::array<timespec, 2> times{facts.st_atim, facts.st_mtim};
+    // A file system without permissions (a memory stick's) can't keep them.
+    if (fchmod(file, facts.st_mode & permissions) != 0 && errno != EPERM && errno != ENOTSUP) {
+        return errno;
+    }
+    futimens(file, times.data());
+    return 0;
+}
+
+bool sameState(const struct stat& a, const struct stat& b) {
+    return a.st_ino == b.st_ino && a.st_dev == b.st_dev && a.st_size == b.st_size &&
+           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+}
+
+} // namespace
+
+int TreeCopy::make(const std::string& from, const std::string& to) {
+    from_ = from;
+    to_ = to;
+    return copyEntry("", 0);
+}
+
+int TreeCopy::copyEntry(const std::string& path, int depth) {
+    struct stat facts {};
+    if (lstat((from_ + path).c_str(), &facts) != 0) {
+        return errno;
+    }
+    if (depth > deepest) {
+        return ELOOP;
+    }
+    entries_.push_back({path, facts});
+    if (S_ISDIR(facts.st_mode)) {
+        return copyFolder(path, facts, depth);
+    }
+    if (S_ISLNK(facts.st_mode)) {
+        return copyLink(path);
+    }
+    return S_ISREG(facts.st_mode) ? copyFile(path, facts) : EOPNOTSUPP;
+}
+
+int TreeCopy::copyFolder(const std::string& path, const struct stat& facts, int depth) {
+    if (mkdir((to_ + path).c_str(), folderOwnerOnly) != 0) {
+        return errno;
+    }
+    const UniqueFd source(open((from_ + path).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (source.get() < 0) {
+        return errno;
+    }
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir((from_ + path).c_str()), &closedir);
+    if (!folder) {
+        return errno;
+    }
+    errno = 0;
+    while (const dirent* entry = readdir(folder.get())) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != "..") {
+            if (const int error = copyEntry(path + "/" + name, depth + 1); error != 0) {
+                return error;
+            }
+        }
+        errno = 0;
+    }
+    if (errno != 0) {
+        return errno;
+    }
+    const UniqueFd made(open((to_ + path).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (made.get() < 0) {
+        return errno;
+    }
+    copyAttributes(source.get(), made.get());
+    return applyFacts(made.get(), facts);
+}
+
+int TreeCopy::copyFile(const std::string& path, const struct stat& facts) const {
+    const UniqueFd source(open((from_ + path).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    if (source.get() < 0) {
+        return errno;
+    }
+    const UniqueFd target(open((to_ + path).c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
+    if (target.get() < 0) {
+        return errno;
+    }
+    const auto buffer = std::make_unique<Buffer>();
+    for (off_t offset = 0;;) {
+        const ssize_t count = readFull(source.get(), *buffer, offset);
+        if (count < 0) {
+            return errno;
+        }
+        if (count == 0) {
+            break;
+        }
+        if (const int error = writeAll(target.get(), buffer->data(), static_cast<std::size_t>(count)); error != 0) {
+            return error;
+        }
+        offset += count;
+    }
+    copyAttributes(source.get(), target.get());
+    if (const int error = applyFacts(target.get(), facts); error != 0) {
+        return error;
+    }
+    if (fsync(target.get()) != 0) {
+        return errno;
+    }
+    struct stat now {};
+    if (fstat(source.get(), &now) != 0 || !sameState(now, facts)) {
+        return EBUSY; // somebody writes to it
+    }
+    return sameContents(source.get(), target.get());
+}
+
+int TreeCopy::copyLink(const std::string& path) const {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlink((from_ + path).c_str(), target.data(), target.size() - 1);
+    if (length < 0) {
+        return errno;
+    }
+    return symlink(target.data(), (to_ + path).c_str()) == 0 ? 0 : errno;
+}
+
+bool TreeCopy::isUnchanged(const Entry& entry) const {
+    struct stat now {};
+    if (lstat((from_ + entry.path).c_str(), &now) != 0) {
+        return false;
+    }
+    // A folder changes as its files go; it is removed only when empty anyway.
+    return S_ISDIR(entry.facts.st_mode) ? S_ISDIR(now.st_mode) : sameState(now, entry.facts);
+}
+
+int TreeCopy::removeSource() {
+    // Nothing is touched unless all of it is as it was copied.
+    for (const Entry& entry : entries_) {
+        if (!isUnchanged(entry)) {
+            return EBUSY;
+        }
+        if (S_ISDIR(entry.facts.st_mode) && access((from_ + entry.path).c_str(), W_OK | X_OK) != 0) {
+            return errno;
+        }
+    }
+    int error = 0;
+    for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
+        const std::string path = from_ + entry->path;
+        const bool removed = isUnchanged(*entry) && (S_ISDIR(entry->facts.st_mode) ? rmdir(path.c_str()) == 0
+                                                                                    : unlink(path.c_str()) == 0);
+        if (removed) {
+            removedAny_ = true;
+        } else {
+            error = errno != 0 ? errno : EBUSY;
+        }
+    }
+    return error;
+}
+
+void TreeCopy::removeCopyAt(const std::string& root) {
+    for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
+        const std::string path = root + entry->path;
+        if (S_ISDIR(entry->facts.st_mode)) {
+            chmod(path.c_str(), folderOwnerOnly);
+            rmdir(path.c_str());
+        } else {
+            unlink(path.c_str());
+        }
+    }
+}
+
+} // namespace rb

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+namespace rb {
+
+// A faithful copy of a file, link or folder with all it holds: contents, permissions, times and the user's extended
+// attributes. Remembers what it copied, so that only that is removed afterwards. Devices, sockets and pipes are
+// refused. Error numbers, 0 for success.
+class TreeCopy {
+public:
+    // `to` must not exist. What is there after a failure goes with removeCopy().
+    int make(const std::string& from, const std::string& to);
+    // Compares, then removes from the source whatever is still as it was copied; what came to it since stays, and then
+    // the error is ENOTEMPTY. Call it after a successful make().
+    int removeSource();
+    bool removedAny() const { return removedAny_; }
+    void removeCopy() { removeCopyAt(to_); }
+    // The copy, which was renamed to there.
+    void removeCopyAt(const std::string& root);
+
+private:
+    struct Entry {
+        std::string path; // after the root: empty, "/name", "/folder/name"
+        struct stat facts;
+    };
+    int copyEntry(const std::string& path, int depth);
+    int copyFolder(const std::string& path, const struct stat& facts, int depth);
+    int copyFile(const std::string& path, const struct stat& facts) const;
+    int copyLink(const std::string& path) const;
+    bool isUnchanged(const Entry& entry) const;
+
+    std::string from_;
+    std::string to_;
+    std::vector<Entry> entries_; // a folder before what it holds
+    bool removedAny_ = false;
+};
+
+} // namespace rb

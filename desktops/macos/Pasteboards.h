@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Pasteboards.h"
+
+namespace rb {
+
+// The system's general pasteboard. It answers at once and doesn't tell of changes.
+class MacPasteboard final : public Pasteboard {
+public:
+    std::int64_t changeCount() const override;
+    Handle onChange(std::function<void()> changed) override;
+    Handle offeredTypes(const std::vector<std::string>& types,
+                        std::function<void(std::vector<std::string>)> answer) override;
+    Handle readFiles(std::function<void(std::vector<std::string>)> answer) override;
+    Handle readString(std::size_t mostBytes, std::function<void(std::optional<std::string>)> answer) override;
+    Handle readData(const std::string& type, std::size_t mostBytes, std::function<void(SharedBytes)> answer) override;
+    bool write(PasteboardContents contents) override;
+};
+
+class MacPasteboards final : public Pasteboards {
+public:
+    MacPasteboard& general() override { return general_; }
+
+private:
+    MacPasteboard general_;
+};
+
+} // namespace rb
