@@ -2,7 +2,6 @@
 
 #include "app/DefaultsKeys.h"
 #include "clothesline/LineGeometry.h"
-#include "platform/Log.h"
 #include "platform/Screens.h"
 #include "platform/Sounds.h"
 #include "platform/UserDefaults.h"
@@ -25,6 +24,7 @@ RBClothesline::RBClothesline(const Desktop& desktop, Toasts& toasts)
     , fall_(desktop)
     , panel_(desktop, *this)
     , tick_(desktop, *this)
+    , captures_(desktop, *this, toasts)
     , later_(desktop.runLoop) {
     desktop.userDefaults.registerDefaults({{DefaultsKey::ClotheslineScreenshots, true},
                                            {DefaultsKey::ClotheslineHoverReveal, true},
@@ -46,6 +46,7 @@ void RBClothesline::start() {
         panel_.screensChanged();
         tick_.screensChanged();
     });
+    captures_.start();
     motion_.scheduleBreeze();
 }
 
@@ -63,11 +64,6 @@ void RBClothesline::playTrash() const {
     if (setting(DefaultsKey::ClotheslineSound)) {
         desktop_.sounds.playTrash();
     }
-}
-
-void RBClothesline::setInbox(bool on) {
-    desktop_.log.write(on ? "the takeover of the screenshot settings is not built yet"
-                          : "there is no takeover of the screenshot settings to end");
 }
 
 std::size_t RBClothesline::capacity() const {

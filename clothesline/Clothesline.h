@@ -7,6 +7,7 @@
 #include "clothesline/DragOut.h"
 #include "clothesline/DropCatcher.h"
 #include "clothesline/FolderDrops.h"
+#include "clothesline/LineCaptures.h"
 #include "clothesline/LineInput.h"
 #include "clothesline/LineItems.h"
 #include "clothesline/LineMenu.h"
@@ -46,14 +47,15 @@ public:
     void endPreviewPanelControl(PreviewPanel& panel) { quickLook_.endPreviewPanelControl(panel); }
 
     // Screenshots.
-    void restoreScreenshotSettings() {}
-    void applyScreenshotSettings() {}
-    void startWatcher() {}
-    void stopWatcher() {}
+    void restoreScreenshotSettings() { captures_.restoreScreenshotSettings(); }
+    void applyScreenshotSettings() { captures_.applyScreenshotSettings(); }
+    void startWatcher() { captures_.startWatcher(); }
+    void stopWatcher() { captures_.stopWatcher(); }
     // Switches the takeover of the system's screenshot settings, and stores whether it is on.
-    void setInbox(bool on);
+    void setInbox(bool on) { captures_.setInbox(on); }
+    void hangCapture(const std::string& path) { captures_.hangCapture(path); }
     // The file lies in the folder of the program's own screenshots.
-    bool isInInbox(const std::string& /*path*/) const { return false; }
+    bool isInInbox(const std::string& path) const { return captures_.inbox().contains(path); }
 
     // Every test of a setting of the clothesline.
     bool setting(const std::string& key) const;
@@ -140,6 +142,7 @@ private:
     CardFall fall_;
     RBLinePanel panel_;
     LineTick tick_;
+    LineCaptures captures_;
     DelayedCalls later_;
     Handle screensWatch_;
 };

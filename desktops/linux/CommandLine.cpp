@@ -20,6 +20,8 @@ Rook Bay 常驻菜单栏：一键锁屏并关闭显示器，还有晾衣绳、�
 
 选项：
   --connections    启动后打开“屏幕与连接”窗口
+  --restore-screenshot-settings
+                   把截图设置恢复成你自己的，然后退出
   --help           显示本说明
   --version        显示版本
 
@@ -95,6 +97,9 @@ CommandLine readCommandLine(const std::vector<std::string>& arguments, const std
     for (const std::string& argument : arguments) {
         if (argument == "--help" || argument == "-h") {
             return {.action = CommandLine::Action::Help, .text = help};
+        }
+        if (argument == "--restore-screenshot-settings" && arguments.size() == 1) {
+            return {.action = CommandLine::Action::RestoreScreenshotSettings};
         }
         if (argument == "--version") {
             return {.action = CommandLine::Action::Version, .text = "Rook Bay " ROOKBAY_VERSION "\n"};

@@ -7,7 +7,7 @@ namespace rb {
 
 // What a start was asked to do: a pure reading of its arguments.
 struct CommandLine {
-    enum class Action { Run, Help, Version, Refuse };
+    enum class Action { Run, Help, Version, RestoreScreenshotSettings, Refuse };
     Action action = Action::Run;
     // Without the program's name; for Run.
     std::vector<std::string> arguments = {};

@@ -20,7 +20,6 @@ namespace rb {
 
 namespace {
 
-constexpr const char* fileName = "defaults.json";
 constexpr mode_t privateFile = 0600;
 
 // For the name of a file that is set aside.
@@ -67,8 +66,9 @@ struct DefaultsFile::Opened {
     std::string reason = {};
 };
 
-DefaultsFile::DefaultsFile(std::string folder, Log& log)
+DefaultsFile::DefaultsFile(std::string folder, Log& log, std::string name)
     : folder_(std::move(folder))
+    , name_(std::move(name))
     , log_(log) {}
 
 PropertyDictionary DefaultsFile::load() {
@@ -133,8 +133,8 @@ PropertyDictionary DefaultsFile::store(const PropertyDictionary& values, const C
 
 std::optional<DefaultsFile::Place> DefaultsFile::place(bool create) {
     Place where{.folder = UniqueFd(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
-                .name = fileName,
-                .path = folder_ + "/" + fileName};
+                .name = name_,
+                .path = folder_ + "/" + name_};
     struct stat status {};
     if (!where.folder || fstat(where.folder.get(), &status) != 0) {
         if (create || errno != ENOENT) {
@@ -146,7 +146,7 @@ std::optional<DefaultsFile::Place> DefaultsFile::place(bool create) {
         giveUp("the folder " + folder_ + " belongs to someone else");
         return std::nullopt;
     }
-    if (fstatat(where.folder.get(), fileName, &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISLNK(status.st_mode)) {
+    if (fstatat(where.folder.get(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISLNK(status.st_mode)) {
         return where;
     }
     // The user's own link, perhaps to a collection of settings: the file it leads to is the one to replace.
@@ -161,7 +161,7 @@ std::optional<DefaultsFile::Place> DefaultsFile::place(bool create) {
              .name = path.substr(slash + 1),
              .path = path};
     if (!where.folder || fstat(where.folder.get(), &status) != 0 || !isMine(status)) {
-        giveUp("the link " + folder_ + "/" + fileName + " leads into a folder of someone else: " + path);
+        giveUp("the link " + folder_ + "/" + name_ + " leads into a folder of someone else: " + path);
         return std::nullopt;
     }
     return where;

@@ -20,7 +20,8 @@ class DefaultsFile {
 public:
     using Changes = std::map<std::string, std::optional<PropertyValue>>;
 
-    DefaultsFile(std::string folder, Log& log);
+    // `name`: of the file in the folder.
+    DefaultsFile(std::string folder, Log& log, std::string name = "defaults.json");
 
     // What is stored; empty when there is nothing or nothing readable. A file without valid content is set aside
     // under another name.
@@ -50,6 +51,7 @@ private:
     void complain(const std::string& reason);
 
     std::string folder_;
+    std::string name_;
     Log& log_;
     bool memoryOnly_ = false;
     std::string lastComplaint_;

@@ -39,6 +39,8 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , frontFolder_(*connection_)
     , savePanels_(windows_)
     , quickActions_(log)
+    , screenshotPreferences_(userDefaults_, log)
+    , captureFacts_(*connection_)
     , services_{.application = application_,
                 .runLoop = runLoop_,
                 .userDefaults = userDefaults_,
@@ -74,6 +76,9 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
                 .savePanels = savePanels_,
                 .quickActions = quickActions_,
                 .urlSessions = urlSessions_,
+                .folderWatches = folderWatches_,
+                .screenshotPreferences = screenshotPreferences_,
+                .captureFacts = captureFacts_,
                 .log = log} {
     application_.setLastWork([this] {
         userDefaults_.synchronize();

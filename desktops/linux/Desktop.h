@@ -8,9 +8,11 @@
 #include "desktops/linux/ChildProcesses.h"
 #include "desktops/linux/Displays.h"
 #include "desktops/linux/DragPasteboard.h"
+#include "desktops/linux/CaptureFacts.h"
 #include "desktops/linux/EventMonitors.h"
 #include "desktops/linux/FileOperations.h"
 #include "desktops/linux/Files.h"
+#include "desktops/linux/FolderWatches.h"
 #include "desktops/linux/FrontFolder.h"
 #include "desktops/linux/Hardware.h"
 #include "desktops/linux/HotKeys.h"
@@ -26,6 +28,7 @@
 #include "desktops/linux/RunLoop.h"
 #include "desktops/linux/SavePanels.h"
 #include "desktops/linux/Screens.h"
+#include "desktops/linux/ScreenshotPreferences.h"
 #include "desktops/linux/SessionLock.h"
 #include "desktops/linux/Sounds.h"
 #include "desktops/linux/StatusBar.h"
@@ -107,6 +110,9 @@ private:
     LinuxSavePanels savePanels_;
     LinuxQuickActions quickActions_;
     LinuxURLSessions urlSessions_;
+    LinuxFolderWatches folderWatches_;
+    LinuxScreenshotPreferences screenshotPreferences_;
+    LinuxCaptureFacts captureFacts_;
     Desktop services_;
 };
 

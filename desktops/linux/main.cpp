@@ -1,9 +1,15 @@
 #include "app/Main.h"
 #include "desktops/linux/CommandLine.h"
 #include "desktops/linux/Desktop.h"
+#include "desktops/linux/Files.h"
+#include "desktops/linux/Folders.h"
 #include "desktops/linux/Log.h"
+#include "desktops/linux/RunLoop.h"
+#include "desktops/linux/ScreenshotPreferences.h"
 #include "desktops/linux/SingleInstance.h"
+#include "desktops/linux/UserDefaults.h"
 #include "desktops/linux/XConnection.h"
+#include "screenshots/Inbox.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -11,6 +17,22 @@
 #include <system_error>
 #include <utility>
 #include <vector>
+
+namespace {
+
+// After a run that couldn't do it itself. True when nothing of the takeover is left.
+bool restoreScreenshotSettings(rb::Log& log) {
+    rb::LinuxRunLoop loop(log);
+    rb::LinuxUserDefaults defaults(rb::configFolder(), loop, log);
+    rb::LinuxScreenshotPreferences preferences(defaults, log);
+    const rb::LinuxFiles files;
+    rb::RBInbox inbox(preferences, defaults, files);
+    inbox.restore();
+    defaults.synchronize();
+    return !inbox.isApplied();
+}
+
+} // namespace
 
 // Cheapest question first: most ends of a start need neither a display nor Qt's application.
 int main(int count, char** words) {
@@ -24,6 +46,10 @@ int main(int count, char** words) {
     if (line.action == rb::CommandLine::Action::Refuse) {
         std::fputs(line.text.c_str(), stderr);
         return misuse;
+    }
+    if (line.action == rb::CommandLine::Action::RestoreScreenshotSettings) {
+        rb::LinuxLog log;
+        return restoreScreenshotSettings(log) ? success : failure;
     }
     if (line.action != rb::CommandLine::Action::Run) {
         return std::fputs(line.text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? failure : success;

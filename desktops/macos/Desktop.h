@@ -8,9 +8,11 @@
 #include "desktops/macos/ChildProcesses.h"
 #include "desktops/macos/Displays.h"
 #include "desktops/macos/DragPasteboard.h"
+#include "desktops/macos/CaptureFacts.h"
 #include "desktops/macos/EventMonitors.h"
 #include "desktops/macos/FileOperations.h"
 #include "desktops/macos/Files.h"
+#include "desktops/macos/FolderWatches.h"
 #include "desktops/macos/FrontFolder.h"
 #include "desktops/macos/Hardware.h"
 #include "desktops/macos/HotKeys.h"
@@ -25,6 +27,7 @@
 #include "desktops/macos/RunLoop.h"
 #include "desktops/macos/SavePanels.h"
 #include "desktops/macos/Screens.h"
+#include "desktops/macos/ScreenshotPreferences.h"
 #include "desktops/macos/SessionLock.h"
 #include "desktops/macos/Sounds.h"
 #include "desktops/macos/StatusBar.h"
@@ -86,6 +89,9 @@ private:
     MacSavePanels savePanels_;
     MacQuickActions quickActions_;
     MacURLSessions urlSessions_;
+    MacFolderWatches folderWatches_;
+    MacScreenshotPreferences screenshotPreferences_{log_};
+    MacCaptureFacts captureFacts_;
     Desktop desktop_{.application = application_,
                      .runLoop = runLoop_,
                      .userDefaults = userDefaults_,
@@ -121,6 +127,9 @@ private:
                      .savePanels = savePanels_,
                      .quickActions = quickActions_,
                      .urlSessions = urlSessions_,
+                     .folderWatches = folderWatches_,
+                     .screenshotPreferences = screenshotPreferences_,
+                     .captureFacts = captureFacts_,
                      .log = log_};
 };
 

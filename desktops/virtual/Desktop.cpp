@@ -50,6 +50,9 @@ VirtualDesktop::VirtualDesktop()
                  .savePanels = savePanels_,
                  .quickActions = quickActions_,
                  .urlSessions = urlSessions_,
+                 .folderWatches = folderWatches_,
+                 .screenshotPreferences = screenshotPreferences_,
+                 .captureFacts = captureFacts_,
                  .log = log_}) {}
 
 Menu& VirtualDesktop::statusMenu() {

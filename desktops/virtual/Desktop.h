@@ -11,6 +11,7 @@
 #include "desktops/virtual/EventMonitors.h"
 #include "desktops/virtual/FileOperations.h"
 #include "desktops/virtual/Files.h"
+#include "desktops/virtual/FolderWatches.h"
 #include "desktops/virtual/FrontFolder.h"
 #include "desktops/virtual/Hardware.h"
 #include "desktops/virtual/Hand.h"
@@ -29,6 +30,7 @@
 #include "desktops/virtual/RunLoop.h"
 #include "desktops/virtual/SavePanels.h"
 #include "desktops/virtual/Screens.h"
+#include "desktops/virtual/Screenshots.h"
 #include "desktops/virtual/SessionLock.h"
 #include "desktops/virtual/Sounds.h"
 #include "desktops/virtual/StatusBar.h"
@@ -95,6 +97,9 @@ public:
     VirtualSavePanels& savePanels() { return savePanels_; }
     VirtualQuickActions& quickActions() { return quickActions_; }
     VirtualURLSessions& urlSessions() { return urlSessions_; }
+    VirtualFolderWatches& folderWatches() { return folderWatches_; }
+    VirtualScreenshotPreferences& screenshotPreferences() { return screenshotPreferences_; }
+    VirtualCaptureFacts& captureFacts() { return captureFacts_; }
     VirtualLog& log() { return log_; }
     VirtualLayers& layers() { return layers_; }
     Journal& journal() { return journal_; }
@@ -143,6 +148,9 @@ private:
     VirtualSavePanels savePanels_{runLoop_};
     VirtualQuickActions quickActions_{runLoop_};
     VirtualURLSessions urlSessions_{runLoop_};
+    VirtualFolderWatches folderWatches_{runLoop_};
+    VirtualScreenshotPreferences screenshotPreferences_{runLoop_, files_};
+    VirtualCaptureFacts captureFacts_;
     VirtualLog log_;
     VirtualPanels panels_{runLoop_, layers_, screens_};
     VirtualHand hand_{runLoop_, pointer_, panels_, eventMonitors_, dragPasteboard_};

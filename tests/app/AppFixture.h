@@ -28,6 +28,8 @@ class AppTest : public testing::Test {
 protected:
     // Not the first run: the hider has introduced itself.
     AppTest() { desktop_.userDefaults().setObject("MenuBarHiderIntroShown", true); }
+    // Already asked about the takeover of screenshots.
+    AppTest() { desktop_.userDefaults().setObject("ClotheslineInboxOffered", true); }
     ~AppTest() override { desktop_.application().terminate(); }
 
     AppDelegate& launch() {

@@ -212,7 +212,13 @@ void Session::mapF13() {
     }
 }
 
-void Session::writeDefaults(const std::string& json) const {
+void Session::writeDefaults(const std::string& text) const {
+    // Nobody is asked about the takeover of screenshots in the middle of something else.
+    std::string json = text;
+    if (const auto brace = json.find('{'); brace != std::string::npos && json.find("InboxOffered") == std::string::npos) {
+        const bool empty = json.find_first_not_of(" \n}", brace + 1) == std::string::npos;
+        json.insert(brace + 1, empty ? "\"ClotheslineInboxOffered\": true" : "\"ClotheslineInboxOffered\": true, ");
+    }
     const fs::path file = defaultsFile();
     fs::create_directories(file.parent_path());
     fs::permissions(file.parent_path(), fs::perms::owner_all);

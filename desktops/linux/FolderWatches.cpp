@@ -1,0 +1,142 @@
+#include "desktops/linux/FolderWatches.h"
+
+#include "desktops/linux/UniqueFd.h"
+
+#include <QSocketNotifier>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace rb {
+
+namespace {
+
+// Files that were made longer ago than any watcher looks back aren't opened just to see who writes them.
+constexpr double writersWindow = 3600; // seconds
+
+struct LinuxOpenFolder final : OpenFolder {
+    explicit LinuxOpenFolder(UniqueFd opened)
+        : fd(std::move(opened)) {}
+    UniqueFd fd;
+};
+
+struct Watch {
+    UniqueFd queue;
+    std::shared_ptr<OpenFolder> folder;
+    std::function<void()> changed;
+    std::unique_ptr<QSocketNotifier> notifier;
+    bool telling = false;
+
+    void tell() {
+        // What happened doesn't matter, only that something did; an overflow is an event as well.
+        std::array<char, 65536> events{};
+        while (read(queue.get(), events.data(), events.size()) > 0) {}
+        const auto call = changed; // it may end this watch
+        telling = true;
+        call();
+        telling = false;
+    }
+    void end() {
+        notifier->setEnabled(false);
+        if (telling) {
+            notifier.release()->deleteLater();
+        } else {
+            notifier.reset();
+        }
+    }
+};
+
+double seconds(std::int64_t whole, std::uint32_t nanoseconds) {
+    return static_cast<double>(whole) + nanoseconds * 1e-9;
+}
+
+// A read lease is granted only while nobody has the file open for writing.
+bool isBeingWritten(int folder, const char* name) {
+    const UniqueFd file(openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    if (!file) {
+        return false;
+    }
+    // A writer that comes at this very moment is announced by a signal, which by default would end the process.
+    if (fcntl(file.get(), F_SETSIG, SIGURG) != 0) {
+        return false;
+    }
+    if (fcntl(file.get(), F_SETLEASE, F_RDLCK) != 0) {
+        return errno == EAGAIN;
+    }
+    fcntl(file.get(), F_SETLEASE, F_UNLCK);
+    return false;
+}
+
+} // namespace
+
+std::shared_ptr<OpenFolder> LinuxFolderWatches::open(const std::string& path) {
+    UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder ? std::make_shared<LinuxOpenFolder>(std::move(folder)) : nullptr;
+}
+
+Handle LinuxFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {
+    constexpr std::uint32_t events = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE |
+                                     IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+    auto watch = std::make_shared<Watch>();
+    watch->queue = UniqueFd(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    const int fd = static_cast<const LinuxOpenFolder&>(*folder).fd.get();
+    // By the descriptor: the path may lead elsewhere by now.
+    const std::string self = "/proc/self/fd/" + std::to_string(fd);
+    if (!watch->queue || inotify_add_watch(watch->queue.get(), self.c_str(), events) < 0) {
+        return {};
+    }
+    watch->folder = std::move(folder);
+    watch->changed = std::move(changed);
+    watch->notifier = std::make_unique<QSocketNotifier>(watch->queue.get(), QSocketNotifier::Read);
+    QObject::connect(watch->notifier.get(), &QSocketNotifier::activated, watch->notifier.get(),
+                     [weak = std::weak_ptr<Watch>(watch)] {
+                         if (const auto living = weak.lock()) {
+                             living->tell();
+                         }
+                     });
+    return Handle([watch] { watch->end(); });
+}
+
+std::vector<FolderEntry> LinuxFolderWatches::list(const std::string& path) {
+    std::vector<FolderEntry> entries;
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
+    if (!folder) {
+        return entries;
+    }
+    const int fd = dirfd(folder.get());
+    const auto now = static_cast<double>(std::time(nullptr));
+    while (const dirent* entry = readdir(folder.get())) {
+        const char* name = entry->d_name;
+        if (name[0] == '.') {
+            continue;
+        }
+        std::string file = path;
+        file.append("/").append(name);
+        struct statx facts {};
+        if (statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_BTIME | STATX_TYPE | STATX_SIZE, &facts) !=
+            0) {
+            continue; // gone meanwhile
+        }
+        FolderEntry found{.path = std::move(file), .created = std::nullopt};
+        if ((facts.stx_mask & STATX_BTIME) != 0) {
+            found.created = seconds(facts.stx_btime.tv_sec, facts.stx_btime.tv_nsec);
+        }
+        const bool young = !found.created || *found.created > now - writersWindow;
+        if (S_ISREG(facts.stx_mode) && young && (facts.stx_size == 0 || isBeingWritten(fd, name))) {
+            continue;
+        }
+        entries.push_back(std::move(found));
+    }
+    return entries;
+}
+
+} // namespace rb

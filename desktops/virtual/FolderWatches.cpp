@@ -1,0 +1,86 @@
+#include "desktops/virtual/FolderWatches.h"
+
+#include "desktops/virtual/RunLoop.h"
+#include "platform/Files.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace rb {
+
+struct VirtualFolderWatches::Folder final : OpenFolder {
+    explicit Folder(std::string folder)
+        : path(std::move(folder)) {}
+    std::string path;
+};
+
+std::shared_ptr<OpenFolder> VirtualFolderWatches::open(const std::string& path) {
+    if (denied_.contains(path)) {
+        return nullptr;
+    }
+    auto folder = std::make_shared<Folder>(path);
+    opened_.push_back(folder);
+    return folder;
+}
+
+Handle VirtualFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {
+    loop_.requireMainThread("FolderWatches::watch");
+    const unsigned long number = next_++;
+    const std::string path = static_cast<const Folder&>(*folder).path;
+    (*watches_)[number] = std::make_shared<Watch>(Watch{path, std::move(changed)});
+    return Handle([watches = watches_, number, open = std::move(folder)] { watches->erase(number); });
+}
+
+std::vector<FolderEntry> VirtualFolderWatches::list(const std::string& path) {
+    ++listings_;
+    std::vector<FolderEntry> entries;
+    if (!broken_.contains(path)) {
+        for (const auto& [file, created] : folders_[path]) {
+            entries.push_back({file, created});
+        }
+    }
+    return entries;
+}
+
+void VirtualFolderWatches::put(const std::string& path) {
+    put(path, loop_.wallClock());
+}
+
+void VirtualFolderWatches::put(const std::string& path, std::optional<double> created) {
+    const std::string folder = deletingLastPathComponent(path);
+    folders_[folder][path] = created;
+    touch(folder);
+}
+
+void VirtualFolderWatches::take(const std::string& path) {
+    const std::string folder = deletingLastPathComponent(path);
+    folders_[folder].erase(path);
+    touch(folder);
+}
+
+void VirtualFolderWatches::touch(const std::string& folder) {
+    for (const auto& [number, watch] : *watches_) {
+        if (watch->folder == folder) {
+            loop_.post([weak = std::weak_ptr<Watch>(watch)] {
+                if (const auto living = weak.lock()) {
+                    living->changed();
+                }
+            });
+        }
+    }
+}
+
+std::size_t VirtualFolderWatches::openFolders() const {
+    return static_cast<std::size_t>(
+        std::count_if(opened_.begin(), opened_.end(), [](const auto& folder) { return !folder.expired(); }));
+}
+
+std::multiset<std::string> VirtualFolderWatches::watched() const {
+    std::multiset<std::string> paths;
+    for (const auto& [number, watch] : *watches_) {
+        paths.insert(watch->folder);
+    }
+    return paths;
+}
+
+} // namespace rb

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/FolderWatches.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace rb {
+
+class VirtualRunLoop;
+
+// Folders in memory: what a test puts into them, and whom it tells.
+class VirtualFolderWatches final : public FolderWatches {
+public:
+    explicit VirtualFolderWatches(VirtualRunLoop& loop)
+        : loop_(loop) {}
+
+    std::shared_ptr<OpenFolder> open(const std::string& path) override;
+    Handle watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) override;
+    std::vector<FolderEntry> list(const std::string& path) override;
+
+    // A file comes into its folder, created now unless said otherwise; nothing: unreadable.
+    void put(const std::string& path);
+    void put(const std::string& path, std::optional<double> created);
+    void take(const std::string& path);
+    // An event without a change.
+    void touch(const std::string& folder);
+    // Can't be opened from now on.
+    void deny(const std::string& folder) { denied_.insert(folder); }
+    void allow(const std::string& folder) { denied_.erase(folder); }
+    // Lists as empty while it lasts.
+    void breakListing(const std::string& folder) { broken_.insert(folder); }
+    void mendListing(const std::string& folder) { broken_.erase(folder); }
+
+    int listings() const { return listings_; }
+    // Folders that are held open, and those of them that are watched.
+    std::size_t openFolders() const;
+    std::multiset<std::string> watched() const;
+
+private:
+    struct Folder;
+    struct Watch {
+        std::string folder;
+        std::function<void()> changed;
+    };
+    using Watches = std::map<unsigned long, std::shared_ptr<Watch>>;
+
+    VirtualRunLoop& loop_;
+    std::map<std::string, std::map<std::string, std::optional<double>>> folders_;
+    std::set<std::string> denied_;
+    std::set<std::string> broken_;
+    std::vector<std::weak_ptr<OpenFolder>> opened_;
+    std::shared_ptr<Watches> watches_ = std::make_shared<Watches>();
+    unsigned long next_ = 0;
+    int listings_ = 0;
+};
+
+} // namespace rb

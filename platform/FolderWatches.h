@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/Handle.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace rb {
+
+struct FolderEntry {
+    std::string path;              // absolute
+    std::optional<double> created; // seconds since 1970; absent when it can't be read
+};
+
+// A folder held open for watching; closed with its last reference.
+class OpenFolder {
+public:
+    virtual ~OpenFolder() = default;
+};
+
+// Changes in folders, and what lies in them. Paths are absolute.
+class FolderWatches {
+public:
+    virtual ~FolderWatches() = default;
+    // Null when the folder can't be opened. May block, so callable from any thread.
+    virtual std::shared_ptr<OpenFolder> open(const std::string& path) = 0;
+    // Calls back on the main thread, in a turn of its own, when files come, go or are complete, and when the folder
+    // itself goes. Main thread. An empty handle when the system can't watch.
+    virtual Handle watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) = 0;
+    // What lies directly in the folder and isn't hidden; a file that is still being written is left out where the
+    // system can tell. Empty when it can't be listed. May block, so callable from any thread.
+    virtual std::vector<FolderEntry> list(const std::string& path) = 0;
+};
+
+} // namespace rb

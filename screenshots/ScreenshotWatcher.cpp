@@ -1,0 +1,172 @@
+#include "screenshots/ScreenshotWatcher.h"
+
+#include "platform/Files.h"
+#include "platform/Log.h"
+#include "platform/Screenshots.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace rb {
+
+namespace {
+
+constexpr double quietTime = 0.25; // after the last change
+constexpr double cutOffSlack = 1;
+
+std::string lowerExtension(const std::string& path) {
+    const std::string name = lastPathComponent(path);
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string::npos || dot == 0) {
+        return {};
+    }
+    std::string extension = name.substr(dot + 1);
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return extension;
+}
+
+} // namespace
+
+RBScreenshotWatcher::RBScreenshotWatcher(const Desktop& desktop)
+    : desktop_(desktop)
+    , launchDate_(desktop.runLoop.wallClock())
+    , later_(desktop.runLoop) {}
+
+std::string RBScreenshotWatcher::screenshotFolder(const Desktop& desktop) {
+    desktop.screenshotPreferences.synchronize();
+    for (const char* key : {"location-screenshot", "location"}) {
+        const auto value = desktop.screenshotPreferences.value(key);
+        const auto* text = value ? value->get<std::string>() : nullptr;
+        if (text == nullptr || text->empty()) {
+            continue;
+        }
+        std::string path = standardizedPath(*text, desktop.files.homeDirectory());
+        if (path.starts_with('/') && desktop.files.facts(path).isDirectory) {
+            return path;
+        }
+    }
+    return desktop.files.desktopDirectory();
+}
+
+bool RBScreenshotWatcher::isImage(const std::string& path) {
+    static constexpr std::array extensions = {"png", "jpg", "jpeg", "heic", "tif", "tiff", "gif", "webp"};
+    return std::find(extensions.begin(), extensions.end(), lowerExtension(path)) != extensions.end();
+}
+
+bool RBScreenshotWatcher::isRecording(const std::string& path) {
+    const std::string extension = lowerExtension(path);
+    return extension == "mov" || extension == "mp4";
+}
+
+void RBScreenshotWatcher::start() {
+    stopped_ = false;
+    if (source_ || starting_) {
+        return;
+    }
+    const std::string home = desktop_.files.homeDirectory();
+    folder_ = fixedFolder ? *fixedFolder : screenshotFolder(desktop_);
+    onlyTagged_ = standardizedPath(folder_, home) == standardizedPath(desktop_.files.desktopDirectory(), home);
+    starting_ = true;
+    desktop_.runLoop.background(
+        QualityOfService::UserInitiated,
+        [&desktop = desktop_, path = folder_,
+         opened = lifetime_.guard([this](std::shared_ptr<OpenFolder> folder) { watch(std::move(folder)); })] {
+            desktop.runLoop.post([opened, folder = desktop.folderWatches.open(path)]() mutable { opened(folder); });
+        });
+}
+
+void RBScreenshotWatcher::watch(std::shared_ptr<OpenFolder> opened) {
+    starting_ = false;
+    if (stopped_) {
+        return;
+    }
+    if (opened) {
+        source_ = desktop_.folderWatches.watch(std::move(opened), [this] { scheduleScan(); });
+    }
+    if (!source_) {
+        desktop_.log.write("cannot watch " + folder_);
+        if (onDenied) {
+            onDenied();
+        }
+        return;
+    }
+    scan();
+}
+
+void RBScreenshotWatcher::scheduleScan() {
+    const std::uint64_t mine = ++debounce_;
+    later_.after(quietTime, [this, mine] {
+        if (mine == debounce_) {
+            scan();
+        }
+    });
+}
+
+void RBScreenshotWatcher::scan() {
+    if (!source_) {
+        return;
+    }
+    if (scanning_) {
+        missed_ = true;
+        return;
+    }
+    scanning_ = true;
+    auto listed = lifetime_.guard([this, generation = generation_](const std::vector<FolderEntry>& entries) {
+        scanning_ = false;
+        if (generation != generation_ || stopped_) {
+            return;
+        }
+        process(entries);
+        if (std::exchange(missed_, false)) {
+            scan();
+        }
+    });
+    desktop_.runLoop.background(QualityOfService::Utility, [&desktop = desktop_, path = folder_, listed] {
+        desktop.runLoop.post([listed, entries = desktop.folderWatches.list(path)]() mutable { listed(entries); });
+    });
+}
+
+void RBScreenshotWatcher::process(const std::vector<FolderEntry>& entries) {
+    std::unordered_set<std::string> seen;
+    seen.reserve(entries.size());
+    std::vector<std::string> captures;
+    for (const FolderEntry& entry : entries) {
+        std::string name = lastPathComponent(entry.path);
+        // Judged once and for all, whatever the judgement.
+        if (!known_.contains(name) && isNewCapture(entry)) {
+            captures.push_back(entry.path);
+        }
+        seen.insert(std::move(name));
+    }
+    // Names that left are forgotten: a file that comes back is judged afresh.
+    known_ = std::move(seen);
+    const std::uint64_t generation = generation_;
+    for (const std::string& capture : captures) {
+        // Whoever is told may stop the watcher.
+        if (generation == generation_ && onNew) {
+            onNew(capture);
+        }
+    }
+}
+
+bool RBScreenshotWatcher::isNewCapture(const FolderEntry& entry) const {
+    if (entry.created && *entry.created < launchDate_ - cutOffSlack) {
+        return false;
+    }
+    if (isRecording(entry.path)) {
+        return acceptsRecordings;
+    }
+    return isImage(entry.path) && (!onlyTagged_ || desktop_.captureFacts.isMarkedAsCapture(entry.path));
+}
+
+void RBScreenshotWatcher::stop() {
+    stopped_ = true;
+    missed_ = false;
+    ++generation_;
+    source_.reset();
+    known_.clear();
+}
+
+} // namespace rb

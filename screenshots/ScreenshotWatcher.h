@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/Desktop.h"
+#include "platform/FolderWatches.h"
+#include "platform/Handle.h"
+#include "platform/RunLoop.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace rb {
+
+// Notices new captures in one folder and reports each of them once. The folder is opened and listed off the main
+// thread; everything else is on it.
+class RBScreenshotWatcher {
+public:
+    explicit RBScreenshotWatcher(const Desktop& desktop);
+    RBScreenshotWatcher(const RBScreenshotWatcher&) = delete;
+    RBScreenshotWatcher& operator=(const RBScreenshotWatcher&) = delete;
+
+    // Where the system saves screenshots now; the Desktop unless the settings name another folder that is there.
+    static std::string screenshotFolder(const Desktop& desktop);
+    // By the file's name.
+    static bool isImage(const std::string& path);
+    static bool isRecording(const std::string& path);
+
+    // The folder to watch; nothing follows the system's.
+    std::optional<std::string> fixedFolder;
+    bool acceptsRecordings = false;
+    std::function<void(const std::string& path)> onNew;
+    // The folder can't be watched. May be empty.
+    std::function<void()> onDenied;
+
+    void start();
+    // Forgets all judged names as well.
+    void stop();
+    // The folder being watched; empty before the start.
+    const std::string& folder() const { return folder_; }
+
+private:
+    void watch(std::shared_ptr<OpenFolder> opened);
+    void scheduleScan();
+    void scan();
+    void process(const std::vector<FolderEntry>& entries);
+    bool isNewCapture(const FolderEntry& entry) const;
+
+    const Desktop& desktop_;
+    std::string folder_;
+    // On the Desktop only images that the system marked count.
+    bool onlyTagged_ = false;
+    std::unordered_set<std::string> known_; // names already judged
+    Handle source_;
+    double launchDate_; // wall clock; what was there before is never new
+    bool stopped_ = false;
+    bool starting_ = false;
+    bool scanning_ = false;
+    bool missed_ = false;          // something changed while a listing was in flight
+    std::uint64_t generation_ = 0; // a listing that was begun under an earlier one is dropped
+    std::uint64_t debounce_ = 0;
+    DelayedCalls later_;
+    Lifetime lifetime_;
+};
+
+} // namespace rb

@@ -1,0 +1,228 @@
+#include "tests/screenshots/CaptureFixture.h"
+
+#include "screenshots/ScreenshotWatcher.h"
+
+#include <gmock/gmock.h>
+
+namespace rb {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Paths = std::vector<std::string>;
+
+class WatcherTest : public CaptureTest {
+protected:
+    WatcherTest() { make(picturesFolder); }
+    void make(const std::string& folder) {
+        watcher = std::make_unique<RBScreenshotWatcher>(desktop.services());
+        watcher->fixedFolder = folder;
+        watcher->onNew = [this](const std::string& path) { reported.push_back(path); };
+        watcher->onDenied = [this] { ++denials; };
+    }
+    // Long enough for the quiet time and a listing.
+    void settle() { desktop.advance(0.5); }
+    VirtualFolderWatches& folders() { return desktop.folderWatches(); }
+
+    std::unique_ptr<RBScreenshotWatcher> watcher;
+    Paths reported;
+    int denials = 0;
+};
+
+TEST_F(WatcherTest, ABurstGivesOneScanAQuarterSecondAfterItsEnd) {
+    watcher->start();
+    settle();
+    const int before = folders().listings();
+    for (int i = 0; i < 10; ++i) {
+        folders().put(picturesFolder + "/shot.png");
+        desktop.advance(0.2);
+    }
+    EXPECT_EQ(folders().listings(), before);
+    desktop.advance(0.04);
+    EXPECT_EQ(folders().listings(), before);
+    desktop.advance(0.02);
+    EXPECT_EQ(folders().listings(), before + 1);
+    settle();
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/shot.png"));
+}
+
+TEST_F(WatcherTest, OnlyWhatIsYoungerThanTheWatcherCounts) {
+    const double now = desktop.runLoop().wallClock();
+    folders().put(picturesFolder + "/old.png", now - 1.01);
+    folders().put(picturesFolder + "/fresh.png", now - 0.99);
+    folders().put(picturesFolder + "/unknown.png", std::nullopt);
+    watcher->start();
+    settle();
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/fresh.png", picturesFolder + "/unknown.png"));
+}
+
+TEST_F(WatcherTest, KindsGoByTheExtension) {
+    watcher->start();
+    for (const char* name : {"a.PNG", "b.jpg", "c.jpeg", "d.heic", "e.tif", "f.tiff", "g.gif", "h.WebP", "i.txt", "j",
+                             "k.mov", "l.mp4", "png"}) {
+        folders().put(picturesFolder + "/" + name);
+    }
+    settle();
+    EXPECT_EQ(reported.size(), 8u);
+    reported.clear();
+    desktop.advance(2);
+    make(picturesFolder);
+    watcher->acceptsRecordings = true;
+    watcher->start();
+    folders().put(picturesFolder + "/m.MOV");
+    folders().put(picturesFolder + "/n.mp4");
+    settle();
+    EXPECT_EQ(reported.size(), 2u);
+}
+
+TEST_F(WatcherTest, OnTheDesktopOnlyMarkedImagesCountAndAreJudgedOnce) {
+    make(desktopFolder);
+    watcher->acceptsRecordings = true;
+    watcher->start();
+    desktop.captureFacts().mark(desktopFolder + "/marked.png");
+    for (const char* name : {"/marked.png", "/copied.png", "/film.mov"}) {
+        folders().put(desktopFolder + name);
+    }
+    settle();
+    EXPECT_THAT(reported, ElementsAre(desktopFolder + "/film.mov", desktopFolder + "/marked.png"));
+    desktop.captureFacts().mark(desktopFolder + "/copied.png");
+    folders().touch(desktopFolder);
+    settle();
+    EXPECT_EQ(reported.size(), 2u) << "too late";
+}
+
+TEST_F(WatcherTest, AFileThatLeavesAndComesBackIsJudgedAfresh) {
+    watcher->start();
+    folders().put(picturesFolder + "/a.png");
+    settle();
+    folders().take(picturesFolder + "/a.png");
+    settle();
+    folders().put(picturesFolder + "/a.png");
+    settle();
+    EXPECT_EQ(reported.size(), 2u);
+    // A failed listing forgets everything too; the cut-off still keeps old files out.
+    const double old = desktop.runLoop().wallClock() - 100;
+    folders().put(picturesFolder + "/old.png", old);
+    folders().breakListing(picturesFolder);
+    folders().touch(picturesFolder);
+    settle();
+    folders().mendListing(picturesFolder);
+    folders().touch(picturesFolder);
+    settle();
+    EXPECT_EQ(reported.size(), 3u);
+}
+
+TEST_F(WatcherTest, AStopDropsWhatIsOnItsWay) {
+    watcher->start();
+    watcher->stop();
+    settle();
+    EXPECT_THAT(watched(), IsEmpty());
+    EXPECT_EQ(folders().openFolders(), 0u) << "the folder that was being opened is closed";
+    watcher->start();
+    watcher->start();
+    settle();
+    EXPECT_EQ(watched().count(picturesFolder), 1u);
+    folders().put(picturesFolder + "/a.png");
+    desktop.advance(0.24);
+    watcher->stop();
+    settle();
+    EXPECT_THAT(reported, IsEmpty());
+    watcher->start();
+    settle();
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png")) << "judged after the new start, once";
+}
+
+TEST_F(WatcherTest, AFolderThatCannotBeOpenedIsToldAndTriedAgainOnTheNextStart) {
+    folders().deny(picturesFolder);
+    watcher->start();
+    settle();
+    EXPECT_EQ(denials, 1);
+    EXPECT_EQ(desktop.log().lines().back(), "Rook Bay: cannot watch " + picturesFolder);
+    folders().allow(picturesFolder);
+    watcher->start();
+    settle();
+    EXPECT_EQ(denials, 1);
+    EXPECT_EQ(watched().count(picturesFolder), 1u);
+}
+
+TEST_F(WatcherTest, TheWatcherMayEndInItsOwnReport) {
+    watcher->onNew = [this](const std::string& path) {
+        reported.push_back(path);
+        watcher->stop();
+    };
+    watcher->start();
+    folders().put(picturesFolder + "/a.png");
+    folders().put(picturesFolder + "/b.png");
+    settle();
+    EXPECT_EQ(reported.size(), 1u);
+}
+
+TEST_F(WatcherTest, TheSystemsFolderIsTheFirstSettingThatNamesAFolder) {
+    auto& preferences = desktop.screenshotPreferences();
+    const auto folder = [this] { return RBScreenshotWatcher::screenshotFolder(desktop.services()); };
+    EXPECT_EQ(folder(), picturesFolder);
+    desktop.files().addFolder("/Users/rb/Shots");
+    preferences.store("location-screenshot", "~/Shots");
+    EXPECT_EQ(folder(), "/Users/rb/Shots");
+    for (const PropertyValue& useless : {PropertyValue(""), PropertyValue(7), PropertyValue("/nowhere"),
+                                         PropertyValue(PropertyArray{"/Users/rb/Shots"})}) {
+        preferences.store("location-screenshot", useless);
+        EXPECT_EQ(folder(), picturesFolder);
+    }
+    desktop.files().addDocument("/Users/rb/file");
+    preferences.store("location", "/Users/rb/file");
+    EXPECT_EQ(folder(), desktopFolder);
+}
+
+using LineWatchTest = CaptureTest;
+
+TEST_F(LineWatchTest, TheLineWatchesTheSystemsFolderAndTheDesktopAndFollows) {
+    start();
+    EXPECT_EQ(watched(), (std::multiset<std::string>{picturesFolder, desktopFolder}));
+    desktop.screenshotPreferences().store("location", desktopFolder);
+    desktop.files().addFolder(desktopFolder);
+    desktop.advance(2.6);
+    EXPECT_EQ(watched(), (std::multiset<std::string>{desktopFolder})) << "one folder, one watcher";
+    desktop.screenshotPreferences().store("location", picturesFolder);
+    desktop.advance(2.6);
+    EXPECT_EQ(watched().size(), 2u);
+    capture(picturesFolder + "/later.png");
+    desktop.advance(1);
+    EXPECT_THAT(paths(), ElementsAre(picturesFolder + "/later.png"));
+}
+
+TEST_F(LineWatchTest, RecordingsHangOnlyFromOurOwnFolder) {
+    start();
+    capture(picturesFolder + "/film.mov");
+    desktop.advance(1);
+    EXPECT_THAT(paths(), IsEmpty());
+    line->setInbox(true);
+    desktop.advance(1);
+    capture(inboxFolder() + "/film.mov");
+    desktop.advance(1);
+    EXPECT_THAT(paths(), ElementsAre(inboxFolder() + "/film.mov"));
+    EXPECT_TRUE(line->isInInbox(inboxFolder() + "/film.mov"));
+    EXPECT_FALSE(line->isInInbox(inboxFolder()));
+}
+
+TEST_F(LineWatchTest, AnUnreadableScreenshotFolderIsToldOnceAnUnreadableDesktopNever) {
+    desktop.folderWatches().deny(picturesFolder);
+    desktop.folderWatches().deny(desktopFolder);
+    start();
+    desktop.advance(0.5);
+    EXPECT_EQ(desktop.panels().visible().size(), 1u) << "the toast";
+}
+
+TEST_F(LineWatchTest, WithTheSettingOffNothingIsWatchedAndNothingIsOffered) {
+    desktop.userDefaults().setObject("ClotheslineScreenshots", false);
+    desktop.userDefaults().removeObject("ClotheslineInboxOffered");
+    start();
+    desktop.advance(5);
+    EXPECT_THAT(watched(), IsEmpty());
+    EXPECT_THAT(desktop.alerts().shown(), IsEmpty());
+}
+
+} // namespace
+
+} // namespace rb
