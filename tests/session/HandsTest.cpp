@@ -54,6 +54,16 @@ protected:
         // Drawn where it will stay.
         EXPECT_TRUE(staysTrue([&] { return lineShows(); }, 0.8));
     }
+    // Brings the pointer onto a card, which takes the mouse once the line has seen it there.
+    void hover(int px) {
+        x().movePointer(px, cardHeight);
+        EXPECT_TRUE(waitUntil(
+            [&] {
+                const auto under = x().facts(x().windowUnderPointer());
+                return under && under->className == panelClass;
+            },
+            patience));
+    }
     bool lineShows() {
         for (const WindowFacts& panel : x().viewableOfClass(panelClass)) {
             if (panel.height == 210) {
@@ -102,6 +112,7 @@ TEST_F(HandsTest, ACopiedCardPastesAsFileAndAsPicture) {
     const std::string file = path("a b.png");
     ASSERT_TRUE(picture.save(QString::fromStdString(file)));
     hang({file});
+    hover(middleOfScreen);
     x().click(middleOfScreen, cardHeight);
     EXPECT_TRUE(waitUntil([&] { return pasted("text/uri-list").find("a%20b.png") != std::string::npos; }, patience));
     EXPECT_NE(pasted("x-special/gnome-copied-files").find("copy\nfile://"), std::string::npos);
@@ -110,7 +121,7 @@ TEST_F(HandsTest, ACopiedCardPastesAsFileAndAsPicture) {
 
 TEST_F(HandsTest, HoldingACardPreviewsItAndEscapeEndsThat) {
     hang({makeFile("notes.txt"), makeFile("other.txt")});
-    x().movePointer(cardX(0, 2), cardHeight);
+    hover(cardX(0, 2));
     x().pressButton();
     ASSERT_TRUE(waitUntil([&] { return !x().viewableOfClass(previewClass).empty(); }, patience));
     x().releaseButton();
@@ -129,6 +140,7 @@ TEST_F(HandsTest, HoldingACardPreviewsItAndEscapeEndsThat) {
 TEST_F(HandsTest, TheContextMenuTrashesWhatAFileManagerCanRestore) {
     const std::string file = makeFile("notes.txt");
     hang({file});
+    hover(middleOfScreen);
     x().click(middleOfScreen, cardHeight, 3);
     ASSERT_TRUE(waitUntil([&] { return !x().viewableOfClass(menuClass).empty(); }, patience));
     const WindowFacts menu = x().viewableOfClass(menuClass).front();
@@ -168,6 +180,7 @@ TEST_F(HandsTest, EscapeBringsADraggedCardBack) {
     EXPECT_TRUE(staysTrue([&] { return hanging() == std::vector<std::string>{file}; }, 1));
     // And the hand is free for the next one.
     comeDown();
+    hover(middleOfScreen);
     x().click(middleOfScreen, cardHeight);
     EXPECT_TRUE(waitUntil([&] { return !pasted("text/uri-list").empty(); }, patience));
 }
