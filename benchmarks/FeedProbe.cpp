@@ -69,6 +69,9 @@ double measure(const std::string& primary, const std::string& mirror) {
                            .random = given.random,
                            .sounds = given.sounds,
                            .thumbnails = given.thumbnails,
+                           .pasteboards = given.pasteboards,
+                           .archives = given.archives,
+                           .byteCounts = given.byteCounts,
                            .displays = given.displays,
                            .hardware = given.hardware,
                            .childProcesses = given.childProcesses,
@@ -80,9 +83,9 @@ double measure(const std::string& primary, const std::string& mirror) {
                            .savePanels = given.savePanels,
                            .quickActions = given.quickActions,
                            .urlSessions = sessions,
-                           .pasteboards = given.pasteboards,
-                           .archives = given.archives,
-                           .byteCounts = given.byteCounts,
+                           .folderWatches = given.folderWatches,
+                           .screenshotPreferences = given.screenshotPreferences,
+                           .captureFacts = given.captureFacts,
                            .log = given.log};
     UpdateFeed feed(services);
     feed.startUpdater();

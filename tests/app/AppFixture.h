@@ -26,10 +26,11 @@ inline PropertyDictionary savedHotKey(VirtualDesktop& desktop) {
 // The product on a virtual desktop. Prepare the desktop, launch, act as the user.
 class AppTest : public testing::Test {
 protected:
-    // Not the first run: the hider has introduced itself.
-    AppTest() { desktop_.userDefaults().setObject("MenuBarHiderIntroShown", true); }
-    // Already asked about the takeover of screenshots.
-    AppTest() { desktop_.userDefaults().setObject("ClotheslineInboxOffered", true); }
+    // Not the first run: the hider has introduced itself, and the takeover of screenshots was offered.
+    AppTest() {
+        desktop_.userDefaults().setObject("MenuBarHiderIntroShown", true);
+        desktop_.userDefaults().setObject("ClotheslineInboxOffered", true);
+    }
     ~AppTest() override { desktop_.application().terminate(); }
 
     AppDelegate& launch() {

@@ -55,6 +55,9 @@ struct Stage {
                 .savePanels = given.savePanels,
                 .quickActions = given.quickActions,
                 .urlSessions = given.urlSessions,
+                .folderWatches = given.folderWatches,
+                .screenshotPreferences = given.screenshotPreferences,
+                .captureFacts = given.captureFacts,
                 .log = given.log};
     }
     LinuxAppearance& appearance() {

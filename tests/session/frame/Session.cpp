@@ -212,20 +212,18 @@ void Session::mapF13() {
     }
 }
 
-void Session::writeDefaults(const std::string& text) const {
-    // Nobody is asked about the takeover of screenshots in the middle of something else.
-    std::string json = text;
-    if (const auto brace = json.find('{'); brace != std::string::npos && json.find("InboxOffered") == std::string::npos) {
-        const bool empty = json.find_first_not_of(" \n}", brace + 1) == std::string::npos;
-        json.insert(brace + 1, empty ? "\"ClotheslineInboxOffered\": true" : "\"ClotheslineInboxOffered\": true, ");
+void Session::writeDefaults(const std::string& json) const {
+    // Not the first run: nobody is introduced to anything, or asked, in the middle of something else.
+    std::string text = json;
+    for (const std::string key : {introShown, inboxOffered}) {
+        if (text.starts_with('{') && text.find(key) == std::string::npos) {
+            const bool empty = text.find_first_not_of(" \n}", 1) == std::string::npos;
+            text.insert(1, '"' + key + (empty ? "\": true" : "\": true, "));
+        }
     }
     const fs::path file = defaultsFile();
     fs::create_directories(file.parent_path());
     fs::permissions(file.parent_path(), fs::perms::owner_all);
-    std::string text = json;
-    if (text.starts_with('{') && text.ends_with('}') && text.find(introShown) == std::string::npos) {
-        text.insert(1, '"' + std::string(introShown) + (text == "{}" ? "\": true" : "\": true, "));
-    }
     writeFile(file, text);
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
 }

@@ -13,6 +13,7 @@ namespace rb {
 // Goes into every settings file that a test writes and that doesn't name it: the menu bar hider has introduced itself
 // in an earlier run. Else its bubble takes the keyboard a second after the start.
 inline constexpr const char* introShown = "MenuBarHiderIntroShown";
+inline constexpr const char* inboxOffered = "ClotheslineInboxOffered";
 
 struct SessionOptions {
     int width = 1280;
@@ -46,7 +47,7 @@ public:
     const std::string& display() const { return display_; }
     std::string configFolder() const { return folder_ + "/config"; }
     std::string defaultsFile() const { return configFolder() + "/rook-bay/defaults.json"; }
-    // Writes the settings file as the program itself would have. At first it holds just `introShown`.
+    // Writes the settings file as the program itself would have. It always says that nothing needs introducing or asking.
     void writeDefaults(const std::string& json) const;
 
     // Starts a program in the session; it lives until it ends, or the session does. The log is named after it.
