@@ -105,9 +105,8 @@ void RBClipboardHistory::prepareMenu() {
             continue;
         }
         desktop_.runLoop.background(
-            QualityOfService::UserInitiated,
-            [&thumbnails = desktop_.thumbnails, &loop = desktop_.runLoop, data = item->imageData(),
-             weak = std::weak_ptr(item)] {
+            QualityOfService::UserInitiated, [&thumbnails = desktop_.thumbnails, &loop = desktop_.runLoop,
+                                              data = item->imageData(), weak = std::weak_ptr(item)] {
                 if (weak.expired()) {
                     return;
                 }

@@ -38,12 +38,11 @@ std::shared_ptr<Menu> CardMenu::build(const RBPegItemRef& item) {
 }
 
 MenuItem& CardMenu::add(Menu& menu, const std::string& title, Action action, const RBPegItemRef& item) {
-    return *menu.addItem({.title = title,
-                          .action =
-                              [this, action](MenuItem& sender) {
-                                  (this->*action)(std::any_cast<RBPegItemRef>(sender.representedObject));
-                              },
-                          .representedObject = item});
+    return *menu.addItem(
+        {.title = title,
+         .action = [this, action](
+                       MenuItem& sender) { (this->*action)(std::any_cast<RBPegItemRef>(sender.representedObject)); },
+         .representedObject = item});
 }
 
 void CardMenu::menuCopy(const RBPegItemRef& item) {

@@ -97,8 +97,8 @@ bool FolderDrops::put(const std::vector<std::string>& paths, const RBPegItemRef&
     std::size_t succeeded = 0;
     for (const std::string& given : paths) {
         const std::string path = standardizedPath(given, desktop_.files.homeDirectory());
-        const auto failure = placeUnderFreeName(
-            desktop_.files, folder->path, lastPathComponent(path), [&](const std::string& target) {
+        const auto failure =
+            placeUnderFreeName(desktop_.files, folder->path, lastPathComponent(path), [&](const std::string& target) {
                 return move ? desktop_.fileOperations.moveItem(path, target)
                             : desktop_.fileOperations.copyItem(path, target);
             });

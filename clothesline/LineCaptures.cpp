@@ -162,13 +162,12 @@ void LineCaptures::offerInbox() {
         return;
     }
     desktop_.application.activateIgnoringOtherApps();
-    const Alert offer{
-        .messageText = "让截图直接挂到晾衣绳上？",
-        .informativeText =
-            "截图会在按下快捷键的瞬间挂上，不再等浮动缩略图，也不会堆在桌面。想保留的拖进文件夹，或右键“存到桌面”；不要的点 × "
-            "丢进废纸篓。\n\n这会修改系统截图设置（保存位置和浮动缩略图），退出 Rook Bay "
-            "时自动恢复，也可随时在菜单栏 → 晾衣绳里关闭。",
-        .buttons = {{.title = "开启"}, {.title = "暂不"}}};
+    const Alert offer{.messageText = "让截图直接挂到晾衣绳上？",
+                      .informativeText = "截图会在按下快捷键的瞬间挂上，不再等浮动缩略图，也不会堆在桌面。想保留的拖进"
+                                         "文件夹，或右键“存到桌面”；不要的点 × "
+                                         "丢进废纸篓。\n\n这会修改系统截图设置（保存位置和浮动缩略图），退出 Rook Bay "
+                                         "时自动恢复，也可随时在菜单栏 → 晾衣绳里关闭。",
+                      .buttons = {{.title = "开启"}, {.title = "暂不"}}};
     desktop_.alerts.runModal(offer, lifetime_.guard([this](std::size_t button) {
         if (button == 0) {
             setInbox(true);

@@ -10,9 +10,8 @@ namespace rb {
 RBPegItemRef LineInput::cardAt(Point location) const {
     const auto& items = line_.items();
     // Later cards lie in front.
-    const auto found = std::find_if(items.rbegin(), items.rend(), [&](const RBPegItemRef& item) {
-        return item->peg.frame.contains(location);
-    });
+    const auto found = std::find_if(items.rbegin(), items.rend(),
+                                    [&](const RBPegItemRef& item) { return item->peg.frame.contains(location); });
     return found == items.rend() ? nullptr : *found;
 }
 

@@ -1,5 +1,5 @@
-#include "helpers/linux/shared/Edid.h"
 #include "fuzz/Require.h"
+#include "helpers/linux/shared/Edid.h"
 
 #include <algorithm>
 #include <cstddef>

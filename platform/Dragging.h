@@ -37,9 +37,9 @@ public:
 
 // A file to be dragged out of a panel.
 struct FileDrag {
-    std::string path;            // absolute
-    Rect frame = {};             // of the picture, in the panel's root layer
-    Image picture = {};          // follows the pointer
+    std::string path;                                  // absolute
+    Rect frame = {};                                   // of the picture, in the panel's root layer
+    Image picture = {};                                // follows the pointer
     std::uint32_t operationsInside = NoDragOperation;  // what targets in this program may do with it
     std::uint32_t operationsOutside = NoDragOperation; // and those of other programs
     // Told once, in a later turn: what the target did, or nothing (then the picture flies back where the system can).

@@ -27,8 +27,7 @@ PixelPicture wholeScreen(XConnection& connection) {
         return {};
     }
     const XReply<xcb_get_image_reply_t> image(xcb_get_image_reply(
-        x,
-        xcb_get_image(x, XCB_IMAGE_FORMAT_Z_PIXMAP, connection.root(), 0, 0, size->width, size->height, UINT32_MAX),
+        x, xcb_get_image(x, XCB_IMAGE_FORMAT_Z_PIXMAP, connection.root(), 0, 0, size->width, size->height, UINT32_MAX),
         nullptr));
     const std::size_t count = std::size_t{size->width} * size->height;
     if (!image || static_cast<std::size_t>(xcb_get_image_data_length(image.get())) != count * sizeof(std::uint32_t)) {

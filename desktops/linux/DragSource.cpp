@@ -6,9 +6,9 @@
 #include "platform/RunLoop.h"
 
 #include <QDrag>
-#include <QGuiApplication>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
+#include <QGuiApplication>
 #include <QMimeData>
 #include <QPainter>
 #include <QUrl>

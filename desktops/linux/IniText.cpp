@@ -106,8 +106,8 @@ std::string qtIniEscaped(const std::string& utf8) {
     bool afterHex = false; // a hexadecimal digit would be read as part of the escape before it
     for (const QChar character : QString::fromStdString(utf8)) {
         const char16_t unit = character.unicode();
-        const bool hexDigit = (unit >= '0' && unit <= '9') || (unit >= 'a' && unit <= 'f') ||
-                              (unit >= 'A' && unit <= 'F');
+        const bool hexDigit =
+            (unit >= '0' && unit <= '9') || (unit >= 'a' && unit <= 'f') || (unit >= 'A' && unit <= 'F');
         if (unit < 0x20 || unit > 0x7e || (afterHex && hexDigit)) {
             result += "\\x" + QString::number(unit, 16).toStdString();
             afterHex = true;

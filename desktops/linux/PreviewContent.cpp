@@ -34,7 +34,9 @@ public:
         updateGeometry();
         update();
     }
-    QSize sizeHint() const override { return picture_ ? picture_->image().size().expandedTo({360, 240}) : QSize(360, 240); }
+    QSize sizeHint() const override {
+        return picture_ ? picture_->image().size().expandedTo({360, 240}) : QSize(360, 240);
+    }
 
 protected:
     void paintEvent(QPaintEvent* /*event*/) override {
@@ -73,7 +75,8 @@ std::optional<QString> textOf(const QString& path) {
 
 QString kindAndDate(const QFileInfo& info) {
     const QString kind = info.isDir() ? QStringLiteral("文件夹") : QMimeDatabase().mimeTypeForFile(info).comment();
-    return kind + QStringLiteral("\n修改时间：") + QLocale(QLocale::Chinese).toString(info.lastModified(), QLocale::ShortFormat);
+    return kind + QStringLiteral("\n修改时间：") +
+           QLocale(QLocale::Chinese).toString(info.lastModified(), QLocale::ShortFormat);
 }
 
 QString sizeText(qint64 bytes) {
@@ -108,8 +111,9 @@ public:
         } else if (info.isDir()) {
             facts_->setText(QStringLiteral("正在计算…\n") + kindAndDate(info));
             counting_ = measureFolder(context.loop, path, [this, info](const FolderSize& size) {
-                facts_->setText(QStringLiteral("%1%2 项，共 %3\n").arg(size.complete ? QString() : QStringLiteral("超过 "),
-                                                                       QString::number(size.items), sizeText(size.bytes)) +
+                facts_->setText(QStringLiteral("%1%2 项，共 %3\n")
+                                    .arg(size.complete ? QString() : QStringLiteral("超过 "),
+                                         QString::number(size.items), sizeText(size.bytes)) +
                                 kindAndDate(info));
             });
         } else {

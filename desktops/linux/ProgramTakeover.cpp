@@ -17,7 +17,8 @@ PropertyData bytesOf(const std::string& text) {
 ScreenshotProgram::State stateIn(const PropertyDictionary& entry, const char* key) {
     const auto found = entry.find(key);
     const auto* data = found == entry.end() ? nullptr : found->second.get<PropertyData>();
-    return data == nullptr ? std::nullopt : ScreenshotProgram::State(std::string(data->bytes.begin(), data->bytes.end()));
+    return data == nullptr ? std::nullopt
+                           : ScreenshotProgram::State(std::string(data->bytes.begin(), data->bytes.end()));
 }
 
 } // namespace

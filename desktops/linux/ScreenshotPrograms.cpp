@@ -78,12 +78,11 @@ std::vector<std::unique_ptr<ScreenshotProgram>> knownScreenshotPrograms() {
         std::vector<IniScreenshotProgram::Value>{{"savePath", qtIniEscaped}, {"savePathFixed", yes}}));
     programs.push_back(std::make_unique<GSettingsScreenshotProgram>("gnome-screenshot", "org.gnome.gnome-screenshot",
                                                                     "auto-save-directory"));
+    programs.push_back(
+        std::make_unique<IniScreenshotProgram>("xfce4-screenshooter", "xfce4/xfce4-screenshooter", "",
+                                               std::vector<IniScreenshotProgram::Value>{{"screenshot_dir", asUrl}}));
     programs.push_back(std::make_unique<IniScreenshotProgram>(
-        "xfce4-screenshooter", "xfce4/xfce4-screenshooter", "",
-        std::vector<IniScreenshotProgram::Value>{{"screenshot_dir", asUrl}}));
-    programs.push_back(std::make_unique<IniScreenshotProgram>(
-        "spectacle", "spectaclerc", "Save",
-        std::vector<IniScreenshotProgram::Value>{{"defaultSaveLocation", asUrl}}));
+        "spectacle", "spectaclerc", "Save", std::vector<IniScreenshotProgram::Value>{{"defaultSaveLocation", asUrl}}));
     return programs;
 }
 

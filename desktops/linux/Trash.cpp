@@ -116,9 +116,9 @@ std::string nameInTrash(const std::string& name, int number) {
     return number == 1 ? kept : kept + "." + std::to_string(number);
 }
 
-std::optional<FileFailure> putInto(const Trash& trash, const std::string& path,
-                                   const std::function<std::optional<FileFailure>(const std::string&,
-                                                                                  const std::string&)>& move) {
+std::optional<FileFailure>
+putInto(const Trash& trash, const std::string& path,
+        const std::function<std::optional<FileFailure>(const std::string&, const std::string&)>& move) {
     if (!haveFolder(trash.folder + "/files") || !haveFolder(trash.folder + "/info")) {
         return failureOf(errno != 0 ? errno : EACCES);
     }
@@ -134,8 +134,8 @@ std::optional<FileFailure> putInto(const Trash& trash, const std::string& path,
             }
             return failureOf(errno);
         }
-        const bool written = write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-                             fsync(file.get()) == 0;
+        const bool written =
+            write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) && fsync(file.get()) == 0;
         const int error = errno;
         auto failure = written ? move(path, trash.folder + "/files/" + name) : std::optional(failureOf(error));
         if (!failure) {

@@ -43,7 +43,8 @@ int writeAll(int file, const char* bytes, std::size_t count) {
 ssize_t readFull(int file, Buffer& buffer, off_t offset) {
     std::size_t have = 0;
     while (have < buffer.size()) {
-        const ssize_t count = pread(file, buffer.data() + have, buffer.size() - have, offset + static_cast<off_t>(have));
+        const ssize_t count =
+            pread(file, buffer.data() + have, buffer.size() - have, offset + static_cast<off_t>(have));
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -229,8 +230,8 @@ int TreeCopy::removeSource() {
     int error = 0;
     for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
         const std::string path = from_ + entry->path;
-        const bool removed = isUnchanged(*entry) && (S_ISDIR(entry->facts.st_mode) ? rmdir(path.c_str()) == 0
-                                                                                    : unlink(path.c_str()) == 0);
+        const bool removed = isUnchanged(*entry) &&
+                             (S_ISDIR(entry->facts.st_mode) ? rmdir(path.c_str()) == 0 : unlink(path.c_str()) == 0);
         if (removed) {
             removedAny_ = true;
         } else {

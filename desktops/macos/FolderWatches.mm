@@ -58,11 +58,11 @@ Handle MacFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function
 std::vector<FolderEntry> MacFolderWatches::list(const std::string& path) {
     std::vector<FolderEntry> entries;
     @autoreleasepool {
-        NSArray<NSURL*>* contents =
-            [NSFileManager.defaultManager contentsOfDirectoryAtURL:[NSURL fileURLWithPath:nsString(path) isDirectory:YES]
-                                        includingPropertiesForKeys:@[ NSURLCreationDateKey ]
-                                                           options:NSDirectoryEnumerationSkipsHiddenFiles
-                                                             error:nil];
+        NSArray<NSURL*>* contents = [NSFileManager.defaultManager
+              contentsOfDirectoryAtURL:[NSURL fileURLWithPath:nsString(path) isDirectory:YES]
+            includingPropertiesForKeys:@[ NSURLCreationDateKey ]
+                               options:NSDirectoryEnumerationSkipsHiddenFiles
+                                 error:nil];
         for (NSURL* url in contents) {
             id created = nil;
             [url getResourceValue:&created forKey:NSURLCreationDateKey error:nil];

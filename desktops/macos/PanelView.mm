@@ -108,8 +108,8 @@ private:
     if (_event == nil) {
         return;
     }
-    NSDraggingItem* item = [[NSDraggingItem alloc]
-        initWithPasteboardWriter:[NSURL fileURLWithPath:rb::nsString(drag.path)]];
+    NSDraggingItem* item =
+        [[NSDraggingItem alloc] initWithPasteboardWriter:[NSURL fileURLWithPath:rb::nsString(drag.path)]];
     [item setDraggingFrame:rb::cgRect(drag.frame) contents:rb::nsImage(drag.picture)];
     _outgoing = drag;
     NSDraggingSession* session = [self beginDraggingSessionWithItems:@[ item ] event:_event source:self];
@@ -124,9 +124,7 @@ private:
     return context == NSDraggingContextWithinApplication ? _outgoing->operationsInside : _outgoing->operationsOutside;
 }
 
-- (void)draggingSession:(NSDraggingSession*)session
-           endedAtPoint:(NSPoint)point
-              operation:(NSDragOperation)operation {
+- (void)draggingSession:(NSDraggingSession*)session endedAtPoint:(NSPoint)point operation:(NSDragOperation)operation {
     const auto drag = std::exchange(_outgoing, std::nullopt);
     if (drag && drag->ended) {
         drag->ended(static_cast<std::uint32_t>(operation));

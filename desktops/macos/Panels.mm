@@ -42,8 +42,7 @@ public:
     void setInput(PanelInput* input) override { content_.input = input; }
     void beginDrag(const FileDrag& drag) override { [content_ beginDrag:drag]; }
     // At the event that is being told, which AppKit takes the place from.
-    void showContextMenu(const std::shared_ptr<Menu>& menu, Point /*location*/,
-                         std::function<void()> closed) override {
+    void showContextMenu(const std::shared_ptr<Menu>& menu, Point /*location*/, std::function<void()> closed) override {
         [content_ showMenu:menu closed:closed];
     }
     const std::shared_ptr<Layer>& rootLayer() override { return rootLayer_; }

@@ -48,8 +48,7 @@ struct Write {
     bool operator()(const PasteboardPictureFile& file) const {
         NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
         if (file.png) {
-            [item setData:[NSData dataWithBytes:file.png->data() length:file.png->size()]
-                  forType:NSPasteboardTypePNG];
+            [item setData:[NSData dataWithBytes:file.png->data() length:file.png->size()] forType:NSPasteboardTypePNG];
         }
         [item setString:[NSURL fileURLWithPath:nsString(file.path)].absoluteString forType:NSPasteboardTypeFileURL];
         [board() clearContents];

@@ -27,8 +27,8 @@
     if (self.delegate == nullptr || event.type != NSEventTypeKeyDown) {
         return NO;
     }
-    return self.delegate->handleEvent({.keyCode = event.keyCode,
-                                       .modifierFlags = static_cast<std::uint32_t>(event.modifierFlags)})
+    return self.delegate->handleEvent(
+               {.keyCode = event.keyCode, .modifierFlags = static_cast<std::uint32_t>(event.modifierFlags)})
                ? YES
                : NO;
 }

@@ -23,8 +23,7 @@ void MacScreenshotPreferences::synchronize() {
 }
 
 std::optional<PropertyValue> MacScreenshotPreferences::value(const std::string& key) const {
-    return propertyValue(
-        CFBridgingRelease(CFPreferencesCopyAppValue((__bridge CFStringRef)nsString(key), domain())));
+    return propertyValue(CFBridgingRelease(CFPreferencesCopyAppValue((__bridge CFStringRef)nsString(key), domain())));
 }
 
 void MacScreenshotPreferences::setValue(const std::string& key, std::optional<PropertyValue> value) {
@@ -36,8 +35,8 @@ std::string MacScreenshotPreferences::ownFolder() const {
     NSArray<NSURL*>* found = [NSFileManager.defaultManager URLsForDirectory:NSApplicationSupportDirectory
                                                                   inDomains:NSUserDomainMask];
     NSURL* support = found.firstObject;
-    const std::string base = support != nil ? utf8String(support.path)
-                                            : utf8String(NSHomeDirectory()) + "/Library/Application Support";
+    const std::string base =
+        support != nil ? utf8String(support.path) : utf8String(NSHomeDirectory()) + "/Library/Application Support";
     return base + "/Rook Bay/Screenshots";
 }
 

@@ -103,8 +103,8 @@ void VirtualHand::dragTo(Point to) {
     over_ = under;
     if (over_ && over_->input()) {
         const auto& own = panels_.outgoingDrag();
-        const ForeignDrag drag = own ? ForeignDrag{.files = {own->path}, .operations = own->operationsInside}
-                                     : *foreign_;
+        const ForeignDrag drag =
+            own ? ForeignDrag{.files = {own->path}, .operations = own->operationsInside} : *foreign_;
         offered_ = over_->input()->dragUpdated(Info(*over_, to, drag, own.has_value()));
     }
 }
@@ -122,8 +122,7 @@ void VirtualHand::release() {
     const std::uint32_t offered = std::exchange(offered_, NoDragOperation);
     VirtualPanel* over = std::exchange(over_, nullptr);
     const auto own = panels_.outgoingDrag();
-    const ForeignDrag drag =
-        own ? ForeignDrag{.files = {own->path}, .operations = own->operationsInside} : *foreign_;
+    const ForeignDrag drag = own ? ForeignDrag{.files = {own->path}, .operations = own->operationsInside} : *foreign_;
     taken_ = false;
     if (over && over->input()) {
         if (offered == NoDragOperation) {

@@ -22,9 +22,7 @@ public:
     void synchronize() override;
     std::optional<PropertyValue> value(const std::string& key) const override;
     void setValue(const std::string& key, std::optional<PropertyValue> value) override;
-    std::string ownFolder() const override {
-        return "/Users/rb/Library/Application Support/Rook Bay/Screenshots";
-    }
+    std::string ownFolder() const override { return "/Users/rb/Library/Application Support/Rook Bay/Screenshots"; }
     bool makeOwnFolder() override;
     void redirectPrograms(const std::string& folder) override { programsFolder_ = folder; }
     void restorePrograms() override { programsFolder_.reset(); }

@@ -153,9 +153,8 @@ TEST_F(ContextMenu, OffersWhatFitsTheCard) {
     const auto cards = hang(3);
     hand().pressRight(over(cards[0]));
     EXPECT_TRUE(line->menuShowing());
-    EXPECT_THAT(contextMenuTitles(),
-                ElementsAre("复制", "打开", "快速查看", "在 Finder 中显示", "拷贝路径", "-", "取下（文件保留）",
-                            "移到废纸篓", "取下左边全部", "取下右边全部"));
+    EXPECT_THAT(contextMenuTitles(), ElementsAre("复制", "打开", "快速查看", "在 Finder 中显示", "拷贝路径", "-",
+                                                 "取下（文件保留）", "移到废纸篓", "取下左边全部", "取下右边全部"));
     Menu& menu = *desktop.panels().contextMenu();
     EXPECT_FALSE(menu.isEnabled(*menus::findItem(menu, "取下左边全部")));
     EXPECT_TRUE(menu.isEnabled(*menus::findItem(menu, "取下右边全部")));
@@ -195,7 +194,8 @@ TEST_F(ContextMenu, AFailureIsToldAndTheCardStays) {
     EXPECT_EQ(line->items().size(), 1U);
     EXPECT_TRUE(desktop.files().facts("/Users/rb/a").exists);
     EXPECT_EQ(desktop.sounds().beeps(), 1);
-    EXPECT_THAT(desktop.log().lines(), testing::Contains("Rook Bay: could not trash /Users/rb/a: the disk is read-only"));
+    EXPECT_THAT(desktop.log().lines(),
+                testing::Contains("Rook Bay: could not trash /Users/rb/a: the disk is read-only"));
     line->actions().saveToDesktop(card);
     EXPECT_EQ(line->items().size(), 1U);
     EXPECT_EQ(desktop.sounds().beeps(), 2);

@@ -26,11 +26,12 @@ TEST_F(LineMenuTest, SaysWhatThereIsAndWhatItDoes) {
     for (const auto& item : menu().items()) {
         titles.push_back(item->separator ? "-" : item->title);
     }
-    EXPECT_THAT(titles, ElementsAre("放下晾衣绳（2 件）", "全部取下", "-", "新截图自动挂上",
-                                    "截图直接挂上（不放桌面、无缩略图等待）", "拖文件到屏幕顶部时放下",
-                                    "鼠标停在菜单栏时放下", "音效", "-", "单击复制 · 双击打开 · 长按快速查看",
-                                    "拖进文件夹＝移过去 · 拖进 App＝拷贝", "把卡片拖到绳上的文件夹卡片里＝放进那个文件夹",
-                                    "按住 ⇧ 左右拖动卡片＝调整顺序", "晾衣绳动画移植自 Tendedero（MIT）"));
+    EXPECT_THAT(titles,
+                ElementsAre("放下晾衣绳（2 件）", "全部取下", "-", "新截图自动挂上",
+                            "截图直接挂上（不放桌面、无缩略图等待）", "拖文件到屏幕顶部时放下", "鼠标停在菜单栏时放下",
+                            "音效", "-", "单击复制 · 双击打开 · 长按快速查看", "拖进文件夹＝移过去 · 拖进 App＝拷贝",
+                            "把卡片拖到绳上的文件夹卡片里＝放进那个文件夹", "按住 ⇧ 左右拖动卡片＝调整顺序",
+                            "晾衣绳动画移植自 Tendedero（MIT）"));
     EXPECT_FALSE(menu().isEnabled(*menu().items().back())) << "notes can't be chosen";
     EXPECT_EQ(menu().items()[4]->indentationLevel, 1);
 }

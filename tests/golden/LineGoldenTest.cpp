@@ -1,8 +1,8 @@
 // The clothesline: a card of each kind, the rope with few and many cards, the fall. All cards are laid down as
 // pictures, as they are on the screen.
 
-#include "clothesline/CardLayers.h"
 #include "app/Toasts.h"
+#include "clothesline/CardLayers.h"
 #include "clothesline/Clothesline.h"
 #include "desktops/linux/LayerGeometry.h"
 #include "desktops/linux/LayerSurface.h"

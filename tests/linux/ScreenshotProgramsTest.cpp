@@ -102,8 +102,7 @@ TEST_F(TakeoverTest, GivesBackByteForByteWhatWasThere) {
     write(one(), settingsOfOne);
     fs::permissions(one(), fs::perms{0640});
     takeover()->redirect("/ours");
-    EXPECT_EQ(read(one()),
-              "[General]\ncheck=1\nsavePath=/ours\nsavePathFixed=true\n\n[Shortcuts]\nx=y");
+    EXPECT_EQ(read(one()), "[General]\ncheck=1\nsavePath=/ours\nsavePathFixed=true\n\n[Shortcuts]\nx=y");
     EXPECT_EQ(fs::status(one()).permissions(), fs::perms{0640});
     EXPECT_EQ(read(two()), "dir=file:///ours\n");
     EXPECT_FALSE(read(folder_ + "/absentrc")) << "a program that isn't installed is left alone";

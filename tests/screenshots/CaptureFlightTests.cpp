@@ -124,13 +124,15 @@ TEST_F(FlightTest, DrawsEveryFrameAndNothingAfterwards) {
 TEST_F(FlightTest, ARectangleThatIsNoneMeansNoFlight) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double inf = std::numeric_limits<double>::infinity();
-    const std::vector<PropertyValue> wrong = {
-        PropertyArray{0, 0, 2, 100},     PropertyArray{0, 0, 100, 2.0},  PropertyArray{0, 0, -5, 100},
-        PropertyArray{0, 0, 100},        PropertyArray{0, 0, 9, 9, 9},   PropertyArray{},
-        PropertyArray{0, 0, "9", 9},     PropertyArray{nan, 0, 9, 9},    PropertyArray{0, 0, nan, 9},
-        PropertyArray{0, 0, inf, 9},     PropertyArray{-inf, 0, 9, 9},   PropertyArray{0, 1e300, 9, 9},
-        PropertyArray{0, 0, 9e18, 9},    PropertyArray{0, 0, PropertyArray{9}, 9}, PropertyDictionary{}, "0 0 9 9",
-        PropertyValue(std::int64_t{42})};
+    const std::vector<PropertyValue> wrong = {PropertyArray{0, 0, 2, 100},    PropertyArray{0, 0, 100, 2.0},
+                                              PropertyArray{0, 0, -5, 100},   PropertyArray{0, 0, 100},
+                                              PropertyArray{0, 0, 9, 9, 9},   PropertyArray{},
+                                              PropertyArray{0, 0, "9", 9},    PropertyArray{nan, 0, 9, 9},
+                                              PropertyArray{0, 0, nan, 9},    PropertyArray{0, 0, inf, 9},
+                                              PropertyArray{-inf, 0, 9, 9},   PropertyArray{0, 1e300, 9, 9},
+                                              PropertyArray{0, 0, 9e18, 9},   PropertyArray{0, 0, PropertyArray{9}, 9},
+                                              PropertyDictionary{},           "0 0 9 9",
+                                              PropertyValue(std::int64_t{42})};
     int number = 0;
     for (const PropertyValue& rectangle : wrong) {
         const std::string path = picturesFolder + "/" + std::to_string(number++) + ".png";

@@ -2,8 +2,10 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <ddcutil_c_api.h>
 #include <ddcutil_status_codes.h>
+#include <stdio_ext.h>
 #include <thread>
 #include <unistd.h>
 
@@ -72,6 +74,11 @@ private:
 };
 
 } // namespace
+
+void keepLibraryOffStandardOutput() {
+    __fpurge(stdout); // what it said while it was loaded
+    ddca_set_fout(stderr);
+}
 
 DdcutilBus::DdcutilBus() {
     // What is written is not read back: a monitor that just went to standby would wake.

@@ -4,6 +4,9 @@
 
 namespace rb {
 
+// The library speaks on standard output, already while it is loaded; answers must stand there alone. Call it first.
+void keepLibraryOffStandardOutput();
+
 // The real buses, through ddcutil's library.
 class DdcutilBus final : public PowerBus {
 public:

@@ -47,7 +47,8 @@ public:
     const std::string& display() const { return display_; }
     std::string configFolder() const { return folder_ + "/config"; }
     std::string defaultsFile() const { return configFolder() + "/rook-bay/defaults.json"; }
-    // Writes the settings file as the program itself would have. It always says that nothing needs introducing or asking.
+    // Writes the settings file as the program itself would have. It always says that nothing needs introducing or
+    // asking.
     void writeDefaults(const std::string& json) const;
 
     // Starts a program in the session; it lives until it ends, or the session does. The log is named after it.

@@ -2,11 +2,11 @@
 
 #include "tests/session/frame/Wait.h"
 
-#include <chrono>
-#include <thread>
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 #include <xcb/xtest.h>
 
 namespace rb {

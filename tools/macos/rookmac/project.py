@@ -101,8 +101,8 @@ class NinjaFile:
 
     @staticmethod
     def compile_command():
-        cache = "CCACHE_SLOPPINESS=pch_defines,time_macros ccache " if shutil.which("ccache") else ""
-        return f"{cache}$compiler $flags -MD -MF $out.d -c $in -o $out"
+        # Without ccache: it takes the precompiled headers of another checkout for ours.
+        return f"$compiler $flags -MD -MF $out.d -c $in -o $out"
 
     def rules(self):
         python = f"PYTHONPATH={TOOLS} python3"
