@@ -105,7 +105,7 @@ void NewTextFile::showPanel(const std::string& folder) {
 
 std::string NewTextFile::proposedName(const std::string& folder) const {
     const auto isFree = [&](const std::string& name) { return !isTaken(appendingPathComponent(folder, name)); };
-    if (const std::string first = withExtension(firstName); isFree(first)) {
+    if (std::string first = withExtension(firstName); isFree(first)) {
         return first;
     }
     for (int number = 2; number <= lastNumber; ++number) {

@@ -114,7 +114,8 @@ std::vector<FolderEntry> LinuxFolderWatches::list(const std::string& path) {
     }
     const int fd = dirfd(folder.get());
     const auto now = static_cast<double>(std::time(nullptr));
-    while (const dirent* entry = readdir(folder.get())) {
+    // The stream is ours alone.
+    while (const dirent* entry = readdir(folder.get())) { // NOLINT(concurrency-mt-unsafe)
         const char* name = entry->d_name;
         if (name[0] == '.') {
             continue;

@@ -33,7 +33,7 @@ bool isPresent(const std::string& program) {
 
 class FileAction final : public QuickAction {
 public:
-    FileAction(QuickActionFile file, std::string command)
+    FileAction(QuickActionFile file, const std::string& command)
         : file_(std::move(file))
         , version_(quickActionVersionOf(command)) {}
 

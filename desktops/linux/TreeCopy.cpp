@@ -142,7 +142,8 @@ int TreeCopy::copyFolder(const std::string& path, const struct stat& facts, int 
         return errno;
     }
     errno = 0;
-    while (const dirent* entry = readdir(folder.get())) {
+    // The stream is ours alone.
+    while (const dirent* entry = readdir(folder.get())) { // NOLINT(concurrency-mt-unsafe)
         const std::string name = entry->d_name;
         if (name != "." && name != "..") {
             if (const int error = copyEntry(path + "/" + name, depth + 1); error != 0) {

@@ -20,7 +20,7 @@ QString updateHelperPath() {
     return {};
 }
 
-UpdateHelper::UpdateHelper(const QStringList& arguments, Output output, Ended ended)
+UpdateHelper::UpdateHelper(const QStringList& arguments, const Output& output, const Ended& ended)
     : process_(new QProcess(QCoreApplication::instance())) {
     QProcess* process = process_;
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);

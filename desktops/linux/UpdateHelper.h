@@ -24,7 +24,7 @@ public:
     // The exit code, or a negative number when it couldn't be started or crashed.
     using Ended = std::function<void(int code)>;
 
-    UpdateHelper(const QStringList& arguments, Output output, Ended ended);
+    UpdateHelper(const QStringList& arguments, const Output& output, const Ended& ended);
     ~UpdateHelper();
     UpdateHelper(const UpdateHelper&) = delete;
     UpdateHelper& operator=(const UpdateHelper&) = delete;

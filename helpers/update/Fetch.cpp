@@ -11,7 +11,7 @@ namespace rb {
 
 namespace {
 
-constexpr qint64 bufferSize = 256 * 1024; // bytes that wait to be read
+constexpr qint64 bufferSize = qint64{256} * 1024; // bytes that wait to be read
 
 int milliseconds(double seconds) {
     return static_cast<int>(seconds * 1000);

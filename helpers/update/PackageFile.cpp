@@ -24,7 +24,8 @@ void clear(int folder) {
     if (!entries) {
         return;
     }
-    while (const dirent* entry = readdir(entries.get())) {
+    // The stream is ours alone.
+    while (const dirent* entry = readdir(entries.get())) { // NOLINT(concurrency-mt-unsafe)
         const std::string_view name(entry->d_name);
         if (name.starts_with(prefix) && name.ends_with(ending)) {
             unlinkat(folder, entry->d_name, 0);

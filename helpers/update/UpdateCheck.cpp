@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <compare>
 #include <utility>
 
 namespace rb {
@@ -57,12 +58,12 @@ UpdateChoice chooseUpdate(const Appcast& appcast, const std::string& version, co
     bool sawUnsigned = false;
     for (const AppcastItem& item : appcast.items) {
         if ((item.system != "linux" && item.system != system) || !isVersion(item.version) ||
-            compareVersions(item.version, version) <= 0) {
+            std::is_lteq(compareVersions(item.version, version))) {
             continue;
         }
         if (item.signature.empty()) {
             sawUnsigned = true;
-        } else if (!choice.item || compareVersions(item.version, choice.item->version) > 0) {
+        } else if (!choice.item || std::is_gt(compareVersions(item.version, choice.item->version))) {
             choice.item = item;
         }
     }
@@ -207,7 +208,8 @@ void UpdateCheck::inspected(const std::string& fields) {
     const std::string version = upstreamVersion(field(fields, "Version"));
     if (field(fields, "Package") != packageName) {
         fail(UpdateErrorCode::NotSigned, "the package is another program's");
-    } else if (compareVersions(version, item_.version) != 0 || compareVersions(version, settings_.version) <= 0) {
+    } else if (std::is_neq(compareVersions(version, item_.version)) ||
+               std::is_lteq(compareVersions(version, settings_.version))) {
         fail(UpdateErrorCode::NotSigned, "the package is of version " + version + ", not " + item_.version);
     } else {
         handOver();

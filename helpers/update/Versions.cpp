@@ -60,12 +60,12 @@ std::weak_ordering compareVersions(std::string_view one, std::string_view other)
         if (mine.empty() && theirs.empty()) {
             return std::weak_ordering::equivalent;
         }
-        if (const auto order = rankOf(mine) <=> rankOf(theirs); order != 0) {
+        if (const auto order = rankOf(mine) <=> rankOf(theirs); std::is_neq(order)) {
             return order;
         }
         const std::weak_ordering order =
             rankOf(mine) == 1 ? compareNumbers(mine, theirs) : std::weak_ordering(mine.compare(theirs) <=> 0);
-        if (order != 0) {
+        if (std::is_neq(order)) {
             return order;
         }
     }

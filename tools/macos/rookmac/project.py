@@ -1,6 +1,5 @@
 """The ninja file that cross-builds Rook Bay.app: objects and executable per CPU, universal binary, bundle, signature."""
 
-import shutil
 from pathlib import Path
 
 from . import bundle, toolchain
