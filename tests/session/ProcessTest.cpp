@@ -24,24 +24,31 @@ protected:
         command.insert(command.end(), arguments.begin(), arguments.end());
         return session().start(command, environment);
     }
+    // 0 while it is closed.
+    xcb_window_t connectionsWindow() {
+        const auto windows = x().windows();
+        const auto found = std::find_if(windows.begin(), windows.end(), [](const WindowFacts& facts) {
+            return facts.viewable && facts.title == "Rook Bay · 屏幕与连接";
+        });
+        return found == windows.end() ? 0 : found->window;
+    }
     std::size_t bars() { return x().viewableOfClass(menuBarClass).size(); }
 };
 
 TEST_F(ProcessTest, ASecondStartHandsOverToTheFirst) {
     Program& first = startRookBay();
-    const std::string before = first.output();
-    Program& second = launch();
-    EXPECT_EQ(second.waitForExit(2), 0);
-    EXPECT_TRUE(waitUntil([&] { return first.output() != before; })) << "the first opens its window";
-    const std::string once = first.output();
+    EXPECT_EQ(launch().waitForExit(2), 0);
+    ASSERT_TRUE(waitUntil([this] { return connectionsWindow() != 0; })) << "the first opens it";
+    x().requestClose(connectionsWindow());
+    ASSERT_TRUE(waitUntil([this] { return connectionsWindow() == 0; }));
     EXPECT_EQ(launch({"--connections"}).waitForExit(2), 0);
-    EXPECT_TRUE(waitUntil([&] { return first.output() != once; }));
+    EXPECT_TRUE(waitUntil([this] { return connectionsWindow() != 0; }));
     EXPECT_EQ(bars(), 1U);
 
     first.signal(SIGKILL);
     EXPECT_EQ(first.waitForExit(), 128 + SIGKILL);
     Program& next = startRookBay({"--connections"});
-    EXPECT_TRUE(waitUntil([&] { return !next.output().empty(); })) << "opened at launch";
+    EXPECT_TRUE(waitUntil([this] { return connectionsWindow() != 0; })) << "opened at launch";
     EXPECT_TRUE(next.isRunning());
 }
 

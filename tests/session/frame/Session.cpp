@@ -76,7 +76,7 @@ Session::Session(const SessionOptions& options)
     environment["XDG_STATE_HOME"] = folder_ + "/state";
     environment["XDG_RUNTIME_DIR"] = folder_ + "/runtime";
     environment["NO_AT_BRIDGE"] = "1";
-    for (const char* name : {"home", "config", "data", "cache", "state", "runtime", "logs"}) {
+    for (const char* name : {"home", "home/Desktop", "config", "data", "cache", "state", "runtime", "logs"}) {
         fs::create_directory(fs::path(folder_) / name);
         fs::permissions(fs::path(folder_) / name, fs::perms::owner_all);
     }
