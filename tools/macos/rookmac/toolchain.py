@@ -12,6 +12,8 @@ import tarfile
 import tempfile
 from pathlib import Path
 
+from .facts import TOOLS
+
 CACHE = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "rook-bay" / "macos"
 
 DEBIAN_PACKAGES = {
@@ -134,7 +136,7 @@ class Toolchain:
         system = [lib / "libcxx/include", lib / "libcxxabi/include", lib / "include", lib / "libc/include/any-macos-any"]
         flags = ["-target", f"{name}-apple-macos{MINIMUM}", f"-mmacosx-version-min={MINIMUM}"]
         flags += ["-nostdinc", "-nostdinc++"]
-        for folder in [*system, sdk / "usr/include"]:
+        for folder in [*system, TOOLS / "library", sdk / "usr/include"]:
             flags += ["-isystem", str(folder)]
         flags += ["-iframework", str(sdk / "System/Library/Frameworks")]
         # How zig configures the libc++ that is linked; the headers must agree with the archives.
