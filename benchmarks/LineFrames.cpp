@@ -2,6 +2,8 @@
 // translucent widget. Run it at the scale to be measured (QT_SCALE_FACTOR=2).
 // usage: rookbay-line-frames [cards] [frames]
 
+#include "app/DefaultsKeys.h"
+#include "app/Toasts.h"
 #include "benchmarks/Table.h"
 #include "clothesline/Clothesline.h"
 #include "desktops/linux/LayerGeometry.h"
@@ -78,7 +80,9 @@ FrameCosts measureLine(const QTemporaryDir& folder, int cards, int frames) {
     };
     useScreen(4000); // so many don't fit the width that is measured; they stay when the screen shrinks
     const Desktop services = stage.services();
-    RBClothesline line(services);
+    Toasts toasts(services);
+    stage.desktop.userDefaults().setObject(DefaultsKey::ClotheslineInboxOffered, true); // nobody is asked meanwhile
+    RBClothesline line(services, toasts);
     LayerTicker ticker(stage.desktop.runLoop(), stage.painter);
     LineWidget widget(ticker);
     line.start();
