@@ -100,7 +100,10 @@ TEST_F(NewTextTest, AFolderThatIsGoneIsTold) {
     ASSERT_TRUE(waitForPanel());
     fs::remove_all(folder_);
     x().tapKey(XKB_KEY_Return);
-    ASSERT_TRUE(waitUntil([this] { return alerts().size() == 1; }));
+    ASSERT_TRUE(waitUntil([this] {
+        const auto shown = alerts();
+        return shown.size() == 1 && x().hasFocus(shown[0].window);
+    }));
     x().tapKey(XKB_KEY_Return);
     EXPECT_TRUE(waitUntil([this] { return alerts().empty(); }));
     EXPECT_FALSE(fs::exists(folder_));

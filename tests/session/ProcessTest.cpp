@@ -141,8 +141,14 @@ TEST_F(ProcessTest, AFileInTheFoldersPlaceIsLeftAlone) {
     fs::remove_all(place);
     writeFile(place, "mine");
     Program& program = startRookBay();
-    // To a program without settings this is its first run.
+    // To a program without settings this is its first run: it introduces itself and asks about screenshots.
     ASSERT_TRUE(waitUntil([this] { return !x().viewableOfClass("rookbay-popover").empty(); }));
+    ASSERT_TRUE(waitUntil([this] {
+        const auto shown = alerts();
+        return shown.size() == 1 && x().hasFocus(shown[0].window);
+    }));
+    x().tapKey(XKB_KEY_Escape);
+    ASSERT_TRUE(waitUntil([this] { return alerts().empty(); }));
     x().tapKey(XKB_KEY_Escape);
     ASSERT_TRUE(waitUntil([this] { return x().viewableOfClass("rookbay-popover").empty(); }));
     ASSERT_NE(openMenu(), 0U);

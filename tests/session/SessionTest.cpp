@@ -24,9 +24,6 @@ void SessionTest::TearDown() {
 }
 
 Program& SessionTest::launch(const std::vector<std::string>& arguments) {
-    if (!fs::exists(session_.defaultsFile())) {
-        session_.writeDefaults("{}");
-    }
     std::vector<std::string> command{ROOKBAY_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return session_.start(command);

@@ -216,7 +216,7 @@ void Session::writeDefaults(const std::string& json) const {
     // Not the first run: nobody is introduced to anything, or asked, in the middle of something else.
     std::string text = json;
     for (const std::string key : {introShown, inboxOffered}) {
-        if (text.starts_with('{') && text.find(key) == std::string::npos) {
+        if (text.starts_with('{') && text.ends_with('}') && text.find(key) == std::string::npos) {
             const bool empty = text.find_first_not_of(" \n}", 1) == std::string::npos;
             text.insert(1, '"' + key + (empty ? "\": true" : "\": true, "));
         }
