@@ -21,7 +21,9 @@ std::string freePathIn(const Files& files, const std::string& folder, const std:
     const std::string extension = hasExtension ? name.substr(dot) : "";
     std::string path = appendingPathComponent(folder, name);
     for (std::size_t counter = 2; !isFree(files, path); ++counter) {
-        path = appendingPathComponent(folder, stem + " " + std::to_string(counter) + extension);
+        std::string numbered = stem;
+        numbered.append(" ").append(std::to_string(counter)).append(extension);
+        path = appendingPathComponent(folder, numbered);
     }
     return path;
 }

@@ -72,8 +72,8 @@ std::optional<std::string> HelperRunner::helperPath() const {
     return desktop_.childProcesses.resourcePath("DisplayHelper");
 }
 
-void HelperRunner::begin(std::shared_ptr<Run> run, std::string program, const std::vector<std::string>& arguments,
-                         double limit) {
+void HelperRunner::begin(const std::shared_ptr<Run>& run, std::string program,
+                         const std::vector<std::string>& arguments, double limit) {
     running_ = run;
     const std::weak_ptr<Run> weak = run;
     ChildStart start{.program = std::move(program), .arguments = arguments, .outputFile = run->outputFile};

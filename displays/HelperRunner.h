@@ -34,7 +34,8 @@ public:
 private:
     struct Run;
 
-    void begin(std::shared_ptr<Run> run, std::string program, const std::vector<std::string>& arguments, double limit);
+    void begin(const std::shared_ptr<Run>& run, std::string program, const std::vector<std::string>& arguments,
+               double limit);
 
     const Desktop& desktop_;
     std::shared_ptr<Run> running_;

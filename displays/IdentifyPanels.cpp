@@ -25,7 +25,7 @@ constexpr double exitScale = 1 - 2 * 12 / panelSize.width;
 
 std::shared_ptr<Layer> line(const std::string& string, const Font& font, const Color& color, const Rect& frame,
                             double scale) {
-    const auto layer = Layer::create();
+    auto layer = Layer::create();
     LayerModel& model = layer->change();
     model.content = TextContent{.text = string,
                                 .font = font,

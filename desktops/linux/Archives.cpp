@@ -44,7 +44,7 @@ std::string setAsideName(const std::string& name, int attempt) {
 std::string setAside(int folder, const std::string& name) {
     constexpr int attempts = 100;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        const std::string other = setAsideName(name, attempt);
+        std::string other = setAsideName(name, attempt);
         if (renameat2(folder, name.c_str(), folder, other.c_str(), RENAME_NOREPLACE) == 0) {
             return other;
         }

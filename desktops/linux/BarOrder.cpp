@@ -12,7 +12,7 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 
 } // namespace
 
-BarOrder::BarOrder(std::vector<std::string> stored) {
+BarOrder::BarOrder(const std::vector<std::string>& stored) {
     for (const std::string& name : stored) {
         if (name == usableName(name)) {
             arrive(name);

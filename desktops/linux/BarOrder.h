@@ -15,7 +15,7 @@ public:
     static constexpr std::size_t longestName = 64;
 
     // As it was stored; what isn't a usable name is left out.
-    explicit BarOrder(std::vector<std::string> stored = {});
+    explicit BarOrder(const std::vector<std::string>& stored = {});
 
     // Makes sure that the name has a place.
     void arrive(const std::string& name);

@@ -39,7 +39,6 @@ struct LinuxPasteboard::Request {
 
 LinuxPasteboard::LinuxPasteboard(XConnection& connection, RunLoop& loop, Log& log)
     : connection_(connection)
-    , loop_(loop)
     , log_(log)
     , reader_(connection, loop)
     , owner_(connection, loop, clipboard) {}

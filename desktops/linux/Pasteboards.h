@@ -50,7 +50,6 @@ private:
     bool offersType(const std::string& type);
 
     XConnection& connection_;
-    RunLoop& loop_;
     Log& log_;
     SelectionReader reader_;
     SelectionOwner owner_;

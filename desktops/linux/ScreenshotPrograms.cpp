@@ -24,7 +24,7 @@ std::string asUrl(const std::string& folder) {
 
 } // namespace
 
-IniScreenshotProgram::IniScreenshotProgram(std::string command, std::string file, std::string group,
+IniScreenshotProgram::IniScreenshotProgram(std::string command, const std::string& file, std::string group,
                                            std::vector<Value> values)
     : command_(std::move(command))
     , path_(configHome() + "/" + file)

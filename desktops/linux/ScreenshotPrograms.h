@@ -39,7 +39,7 @@ public:
         std::string (*redirected)(const std::string& folder);
     };
     // `command` is looked up on PATH; `file` counts from the XDG config folder.
-    IniScreenshotProgram(std::string command, std::string file, std::string group, std::vector<Value> values);
+    IniScreenshotProgram(std::string command, const std::string& file, std::string group, std::vector<Value> values);
 
     std::string name() const override { return command_; }
     bool isInstalled() const override;

