@@ -141,7 +141,7 @@ std::string RBClipboardHistory::titleFor(RBClipItem& item) const {
 }
 
 std::string RBClipboardHistory::subtitleFor(const RBClipItem& item) const {
-    const std::string age = ageText(desktop_.runLoop.wallClock() - item.date);
+    std::string age = ageText(desktop_.runLoop.wallClock() - item.date);
     switch (item.kind()) {
     case RBClipItem::Files:
         return age + " · " + (item.paths() && !item.paths()->empty() ? folderName(item.paths()->front()) : "");

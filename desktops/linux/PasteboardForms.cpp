@@ -31,7 +31,7 @@ void addText(std::vector<SelectionForm>& forms, const std::string& text) {
     for (const char* target : {utf8Text, utf8Mime, plainMime}) {
         forms.push_back(form(target, bytes));
     }
-    forms.push_back({"TEXT", utf8Text, [bytes] { return bytes; }});
+    forms.push_back({"TEXT", utf8Text, [shared = SharedBytes(bytes)] { return shared; }});
     forms.push_back({latinText, latinText, [text] {
                          const QByteArray latin = QString::fromStdString(text).toLatin1();
                          return std::make_shared<const Bytes>(latin.begin(), latin.end());

@@ -48,6 +48,7 @@ TEST_F(StatusItemTest, tellsOfEitherButtonWhenItComesUp) {
     EXPECT_EQ(static_cast<NSEventMask>(mask.integer(0)), NSEventMaskLeftMouseUp | NSEventMaskRightMouseUp);
     NSStatusBarButton* button = mask.receiver();
     NSEvent* event = [[NSEvent alloc] init];
+    [NSApplication sharedApplication];
     fake::answer("-[NSApplication currentEvent]", event);
     fake::answer(event, "type", NSEventTypeLeftMouseUp);
     fake::answer(event, "modifierFlags", NSEventModifierFlagControl);
@@ -61,8 +62,7 @@ TEST_F(StatusItemTest, tellsOfEitherButtonWhenItComesUp) {
     EXPECT_TRUE(clicks[1].rightButton);
 
     item_ = nullptr;
-    fake::press(button); // the system still holds it
-    EXPECT_EQ(clicks.size(), 2u);
+    EXPECT_EQ(button.target, nil) << "the system still holds the button";
 }
 
 TEST_F(StatusItemTest, aMenuHangsAtTheItemOnlyForOneClick) {
@@ -133,7 +133,6 @@ TEST_F(StatusItemTest, aPopoverHangsBelowItAndTellsItsEnd) {
 
 TEST_F(StatusItemTest, listsTheLayersOfWindowsOnTheScreen) {
     const MacWindowList windows;
-    EXPECT_FALSE(windows.layersOnScreen()) << "no list";
     NSArray* list = @[ @{(__bridge NSString*)kCGWindowLayer : @101}, @{}, @{(__bridge NSString*)kCGWindowLayer : @25} ];
     fake::onCall("CGWindowListCopyWindowInfo", [&](fake::Call& call) {
         EXPECT_EQ(call.integer(0), 17) << "on the screen, without elements of the desktop";

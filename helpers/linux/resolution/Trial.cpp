@@ -68,7 +68,7 @@ public:
         for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM}) {
             sigaddset(&signals, signal);
         }
-        ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+        ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
         signals_ = ::signalfd(-1, &signals, SFD_CLOEXEC);
     }
 

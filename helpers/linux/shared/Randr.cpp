@@ -191,6 +191,8 @@ std::optional<RandrState> readRandr(xcb_connection_t* connection, xcb_window_t r
     const int crtcCount = xcb_randr_get_screen_resources_current_crtcs_length(resources.get());
     std::vector<xcb_randr_get_output_info_cookie_t> outputCookies;
     std::vector<xcb_randr_get_crtc_info_cookie_t> crtcCookies;
+    outputCookies.reserve(static_cast<std::size_t>(outputCount));
+    crtcCookies.reserve(static_cast<std::size_t>(crtcCount));
     for (int i = 0; i < outputCount; ++i) {
         outputCookies.push_back(xcb_randr_get_output_info(connection, outputs[i], timestamp));
     }
