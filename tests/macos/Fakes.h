@@ -124,6 +124,13 @@ void onCall(const std::string& name, std::function<void(Call&)> hook);
 // What a look-up by name (dlsym) finds from now on; it finds nothing else.
 void provideFunction(const std::string& name, void* function);
 
+// Puts an entry into I/O Kit's registry, below another one or (0) below its root; gives its number and its path.
+// A reference to an entry or iterator that the code under test doesn't release fails the test.
+unsigned addRegistryEntry(const std::string& className, const std::string& name, NSDictionary* properties,
+                          unsigned parent = 0);
+std::string registryPath(unsigned entry);
+long liveRegistryReferences();
+
 // Sends the control's or menu item's action to its target, as a click would.
 void press(id control);
 
