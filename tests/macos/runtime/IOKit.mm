@@ -1,10 +1,11 @@
-// I/O Kit: a registry of devices that tests fill, and its notifications, by which nothing ever comes or goes.
+// I/O Kit: a registry of devices that tests fill, and its notifications of devices that come and go.
 #import <Foundation/Foundation.h>
 #import <IOKit/IOKitLib.h>
 
 #include "tests/macos/runtime/Recorder.h"
 #include "tests/macos/runtime/Runtime.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,11 +23,23 @@ struct Entry {
 
 constexpr io_object_t firstIterator = 100000;
 
+struct Notification {
+    IONotificationPortRef port;
+    std::string kind;
+    std::string className;
+    IOServiceMatchingCallback callback;
+    void* context;
+    io_iterator_t iterator;
+    bool armed; // since its iterator was read to the end
+};
+
 struct Registry {
     std::vector<Entry> entries; // the first one has the number 1
     std::map<io_object_t, std::vector<io_object_t>> iterators;
     std::map<io_object_t, long> references;
     io_object_t lastIterator = firstIterator;
+    std::map<IONotificationPortRef, std::unique_ptr<char>> ports;
+    std::vector<Notification> notifications;
 };
 
 Registry& registry() {
@@ -85,15 +98,51 @@ std::string registryPath(unsigned entry) {
 }
 
 long liveRegistryReferences() {
-    long count = 0;
+    long count = static_cast<long>(registry().ports.size());
     for (const auto& [object, references] : registry().references)
         count += references;
     return count;
 }
 
+void changeDevice(const std::string& kind, unsigned entry) {
+    for (Notification& notification : registry().notifications) {
+        if (notification.kind != kind || notification.className != registry().entries.at(entry - 1).className)
+            continue;
+        registry().iterators[notification.iterator].push_back(entry);
+        if (!std::exchange(notification.armed, false))
+            continue;
+        const auto port = notification.port;
+        const auto iterator = notification.iterator;
+        dispatch_async(dispatch_get_main_queue(), ^{
+            const auto& all = registry().notifications;
+            const auto found = std::find_if(all.begin(), all.end(), [&](const Notification& one) {
+                return one.port == port && one.iterator == iterator;
+            });
+            if (found != all.end())
+                found->callback(found->context, iterator);
+        });
+    }
+}
+
 } // namespace rb::fake
 
 extern "C" {
+
+IONotificationPortRef IONotificationPortCreate(mach_port_t) {
+    auto made = std::make_unique<char>();
+    auto port = reinterpret_cast<IONotificationPortRef>(made.get());
+    registry().ports.emplace(port, std::move(made));
+    recordFunction("IONotificationPortCreate", {});
+    return port;
+}
+void IONotificationPortDestroy(IONotificationPortRef port) {
+    recordFunction("IONotificationPortDestroy", {});
+    std::erase_if(registry().notifications, [&](const Notification& one) { return one.port == port; });
+    if (registry().ports.erase(port) == 0) {
+        std::fprintf(stderr, "IONotificationPortDestroy was given a port that isn't there\n");
+        std::abort();
+    }
+}
 
 CFMutableDictionaryRef IOServiceMatching(const char* name) {
     return (__bridge_retained CFMutableDictionaryRef)[NSMutableDictionary dictionaryWithObject:@(name)
@@ -106,20 +155,25 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t, CFDictionaryRef matching
     *iterator = iteratorOver(entriesThat([&](const Entry& entry) { return entry.className == className; }));
     return KERN_SUCCESS;
 }
-kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef, const io_name_t, CFDictionaryRef matching,
-                                               IOServiceMatchingCallback, void*, io_iterator_t* iterator) {
-    recordFunction("IOServiceAddMatchingNotification", {});
-    if (matching != nullptr) {
-        CFRelease(matching); // the call consumes it
-    }
-    *iterator = 0;
+kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef port, const io_name_t kind,
+                                               CFDictionaryRef matching, IOServiceMatchingCallback callback,
+                                               void* context, io_iterator_t* iterator) {
+    NSDictionary* wanted = CFBridgingRelease(matching); // the call consumes it
+    const std::string className = [wanted[@"IOProviderClass"] UTF8String];
+    recordFunction("IOServiceAddMatchingNotification", { @(kind), wanted[@"IOProviderClass"] });
+    const bool present = std::strcmp(kind, kIOFirstMatchNotification) == 0;
+    *iterator = iteratorOver(entriesThat([&](const Entry& entry) { return present && entry.className == className; }));
+    registry().notifications.push_back({port, kind, className, callback, context, *iterator, false});
     return KERN_SUCCESS;
 }
 
 io_object_t IOIteratorNext(io_iterator_t iterator) {
     auto& left = registry().iterators[iterator];
-    if (iterator == 0 || left.empty())
+    if (left.empty()) {
+        for (Notification& notification : registry().notifications)
+            notification.armed = notification.armed || notification.iterator == iterator;
         return 0;
+    }
     const io_object_t next = left.front();
     left.erase(left.begin());
     return retained(next);
