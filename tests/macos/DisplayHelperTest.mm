@@ -175,13 +175,13 @@ TEST_F(DisplayHelperTest, ProbesSleepsAndWakes) {
     addDisplay(1, 7);
     const std::string uuid = onlyUuid();
     EXPECT_EQ(ask({"probe", uuid}).at("ok"), true);
-    EXPECT_EQ(monitor.written, std::vector{rb::featureRequest(rb::powerModeFeature)});
+    EXPECT_EQ(monitor.written, std::vector<Bytes>{rb::featureRequest(rb::powerModeFeature)});
     monitor.written.clear();
 
     const Json asleep = ask({"sleep", uuid});
     EXPECT_EQ(asleep.at("ok"), true);
     EXPECT_FALSE(asleep.contains("verified"));
-    EXPECT_EQ(monitor.written, std::vector{rb::featureSetting(rb::powerModeFeature, rb::powerStandby)})
+    EXPECT_EQ(monitor.written, std::vector<Bytes>{rb::featureSetting(rb::powerModeFeature, rb::powerStandby)})
         << "and not read back";
 
     // In standby it doesn't tell who it is; its place does.

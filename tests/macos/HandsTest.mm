@@ -13,8 +13,8 @@
 
 #include <map>
 
-// A drag as AppKit hands it to a view.
-@interface RBTestDrag : NSObject <NSDraggingInfo>
+// A drag as AppKit hands it to a view, as far as anyone asks.
+@interface RBTestDrag : NSObject
 @property(nonatomic) NSDragOperation mask;
 @property(nonatomic) id source;
 @property(nonatomic) NSPoint place;
@@ -95,6 +95,11 @@ using Told = std::vector<std::string>;
 class HandsTest : public fake::MacTest {
 protected:
     void SetUp() override {
+        // The window's coordinates lie elsewhere, so that nobody takes them for the view's.
+        fake::onCall("-[NSView convertPoint:fromView:]", [](fake::Call& call) {
+            const CGPoint point = call.point(0);
+            call.answer(CGPointMake(point.x - 1000, point.y - 500));
+        });
         panel_ = MacPanels().createPanel({.frame = {100, 600, 400, 200}, .acceptsFiles = true});
         panel_->setInput(&input_);
         view_ = fake::lastCall("-[NSView registerForDraggedTypes:]").receiver();
@@ -106,7 +111,7 @@ protected:
     }
     static NSEvent* event(double x, double y, NSInteger clicks = 1, NSUInteger flags = 0) {
         NSEvent* made = [[NSEvent alloc] init];
-        fake::answer(made, "locationInWindow", CGPointMake(x, y));
+        fake::answer(made, "locationInWindow", CGPointMake(x + 1000, y + 500));
         fake::answer(made, "clickCount", clicks);
         fake::answer(made, "modifierFlags", flags);
         return made;
@@ -165,7 +170,7 @@ TEST_F(HandsTest, PressureIsToldWhenItsStageChanges) {
 
 TEST_F(HandsTest, ACardIsDraggedWithItsFileItsPictureAndTheMasksGiven) {
     const auto ends = dragOut();
-    EXPECT_TRUE(fake::called("-[NSDraggingItem setDraggingFrame:contents:] {{10, 20}, {30, 40}},nil"));
+    EXPECT_TRUE(fake::called("-[NSDraggingItem setDraggingFrame:contents:] {{10, 20}, {30, 40}}, nil"));
     const auto begun = fake::lastCall("-[NSView beginDraggingSessionWithItems:event:source:]");
     EXPECT_EQ([static_cast<NSArray*>(begun.object(0)) count], 1U);
     EXPECT_EQ(begun.object(2), view_);
@@ -199,27 +204,28 @@ TEST_F(HandsTest, ADragThatOutlivesItsPanelTellsNobody) {
 TEST_F(HandsTest, DragsOverAPanelAreToldWithTheirFiles) {
     EXPECT_TRUE(fake::called("-[NSView registerForDraggedTypes:] @[@\"NSPasteboardTypeFileURL\"]"));
     RBTestDrag* drag = [[RBTestDrag alloc] init];
+    const id info = drag;
     drag.board = [[NSPasteboard alloc] init];
     drag.mask = NSDragOperationCopy | NSDragOperationMove;
-    drag.place = NSMakePoint(42, 7);
+    drag.place = NSMakePoint(1042, 507);
     fake::answer("-[NSPasteboard readObjectsForClasses:options:]",
                  @[ [NSURL fileURLWithPath:@"/a"], [NSURL fileURLWithPath:@"/文件"] ]);
-    EXPECT_EQ([view_ draggingEntered:drag], NSDragOperationMove);
+    EXPECT_EQ([view_ draggingEntered:info], NSDragOperationMove);
     drag.source = view_;
-    drag.place = NSMakePoint(43, 7);
-    EXPECT_EQ([view_ draggingUpdated:drag], NSDragOperationMove);
-    [view_ draggingExited:drag];
-    EXPECT_TRUE([view_ performDragOperation:drag]);
+    drag.place = NSMakePoint(1043, 507);
+    EXPECT_EQ([view_ draggingUpdated:info], NSDragOperationMove);
+    [view_ draggingExited:info];
+    EXPECT_TRUE([view_ performDragOperation:info]);
     // Only file URLs are asked for; what can't be read is nothing.
     NSDictionary* options = fake::lastCall("-[NSPasteboard readObjectsForClasses:options:]").object(1);
     EXPECT_EQ([options[NSPasteboardURLReadingFileURLsOnlyKey] boolValue], YES);
     fake::answer("-[NSPasteboard readObjectsForClasses:options:]", id(nil));
-    EXPECT_FALSE([view_ performDragOperation:drag]);
+    EXPECT_FALSE([view_ performDragOperation:info]);
     EXPECT_EQ(input_.take(),
               (Told{"over 42 mask 17 /a /文件", "over 43 mask 17 own /a /文件", "exited", "drop of 2", "drop of 0"}));
     panel_->setInput(nullptr);
-    EXPECT_EQ([view_ draggingEntered:drag], NSDragOperationNone);
-    EXPECT_FALSE([view_ performDragOperation:drag]);
+    EXPECT_EQ([view_ draggingEntered:info], NSDragOperationNone);
+    EXPECT_FALSE([view_ performDragOperation:info]);
 }
 
 TEST_F(HandsTest, AContextMenuOpensForThePressAndTellsItsEnd) {
