@@ -63,7 +63,8 @@ std::string portName(const RegistryEntry& port) {
         return text(port.properties, RegistryName::PortDescription).value_or(port.name);
     }
     const auto index = number(port.properties, RegistryName::PortNumber);
-    const std::string suffix = index && *index < 100 ? " " + std::to_string(static_cast<int>(*index)) : "";
+    const std::string suffix =
+        index && *index >= 1 && *index < 100 ? " " + std::to_string(static_cast<int>(*index)) : "";
     return *type + " 端口" + suffix;
 }
 
@@ -157,7 +158,7 @@ std::optional<Json> displayLinkOf(const RegistryEntry& transport) {
             link[field] = *value;
         }
     }
-    if (const auto lanes = number(transport.properties, RegistryName::LaneCount)) {
+    if (const auto lanes = number(transport.properties, RegistryName::LaneCount); lanes && *lanes >= 1) {
         link["lanes"] = static_cast<int>(std::min(*lanes, 4.0));
     }
     return link.empty() ? std::nullopt : std::optional(link);
