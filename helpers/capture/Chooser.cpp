@@ -99,6 +99,7 @@ void Chooser::grab() {
             x, xcb_grab_keyboard(x, 0, window_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC), nullptr));
         hasKeys_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
     }
+    connection_.deliverQueuedEvents();
 }
 
 void Chooser::ask(const std::vector<CaptureDisplay>& displays, std::function<void(const CaptureChoice&)> chosen) {
@@ -189,7 +190,7 @@ void Chooser::handle(const xcb_generic_event_t& event) {
     case XCB_EXPOSE: {
         const auto& expose = reinterpret_cast<const xcb_expose_event_t&>(event);
         copy(canvas_, window_, {expose.x, expose.y, expose.width, expose.height});
-        xcb_flush(connection_.get());
+        flush();
         break;
     }
     default:
@@ -270,7 +271,7 @@ void Chooser::nudge(int dx, int dy, bool far) {
     // The motion comes back as an event.
     xcb_warp_pointer(connection_.get(), XCB_WINDOW_NONE, XCB_WINDOW_NONE, 0, 0, 0, 0,
                      static_cast<std::int16_t>(dx * step), static_cast<std::int16_t>(dy * step));
-    xcb_flush(connection_.get());
+    flush();
 }
 
 void Chooser::confirm() {
@@ -306,7 +307,7 @@ void Chooser::useCursor() {
     if (old != XCB_CURSOR_NONE) {
         xcb_free_cursor(x, old);
     }
-    xcb_flush(x);
+    flush();
 }
 
 void Chooser::finish(const CaptureChoice& choice) {
@@ -410,7 +411,13 @@ void Chooser::paint() {
     }
     drawLabel(words, bright);
     copy(canvas_, window_, part);
+    flush();
+}
+
+// While requests are written, events may be read that nothing tells of.
+void Chooser::flush() {
     xcb_flush(connection_.get());
+    connection_.deliverQueuedEvents();
 }
 
 // A white line around the region with a dark one around that, inside the screen.

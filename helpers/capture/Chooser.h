@@ -70,6 +70,7 @@ private:
     void paint();
     void drawEdge(const PixelRect& bright);
     void drawLabel(const Label& label, const PixelRect& bright);
+    void flush();
     void copy(xcb_drawable_t from, xcb_drawable_t to, const PixelRect& part);
     std::uint32_t keysym(xcb_keycode_t code) const;
 

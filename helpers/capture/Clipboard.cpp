@@ -16,6 +16,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -103,6 +104,7 @@ int serveClipboard() {
     if (!connection) {
         return CaptureExit::Failed;
     }
+    prctl(PR_SET_NAME, "rookbay-capture"); // else it is called after the way it was started
     std::signal(SIGHUP, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
     int count = 1;
