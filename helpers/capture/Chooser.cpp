@@ -127,12 +127,9 @@ void Chooser::ask(const std::vector<CaptureDisplay>& displays, std::function<voi
         grab();
         if (hasMouse_ && hasKeys_) {
             retry_.reset();
-        } else if (++attempts_ == mostAttempts) {
+        } else if (++attempts_ == mostAttempts && !hasMouse_) {
             // Without the keys the mouse still chooses and cancels.
-            retry_.reset();
-            if (!hasMouse_) {
-                finish({.kind = CaptureChoice::Kind::NoMouse});
-            }
+            finish({.kind = CaptureChoice::Kind::NoMouse});
         }
     });
     paint();
