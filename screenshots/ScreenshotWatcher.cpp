@@ -62,6 +62,11 @@ bool RBScreenshotWatcher::isRecording(const std::string& path) {
 
 void RBScreenshotWatcher::start() {
     stopped_ = false;
+    denied_ = false;
+    open();
+}
+
+void RBScreenshotWatcher::open() {
     if (source_ || starting_) {
         return;
     }
@@ -72,27 +77,51 @@ void RBScreenshotWatcher::start() {
     desktop_.runLoop.background(
         QualityOfService::UserInitiated,
         [&desktop = desktop_, path = folder_,
-         opened = lifetime_.guard([this](std::shared_ptr<OpenFolder> folder) { watch(std::move(folder)); })] {
+         opened = lifetime_.guard([this](const std::shared_ptr<OpenFolder>& folder) { watch(folder); })] {
             desktop.runLoop.post([opened, folder = desktop.folderWatches.open(path)]() mutable { opened(folder); });
         });
 }
 
-void RBScreenshotWatcher::watch(std::shared_ptr<OpenFolder> opened) {
+void RBScreenshotWatcher::watch(const std::shared_ptr<OpenFolder>& opened) {
     starting_ = false;
     if (stopped_) {
         return;
     }
     if (opened) {
-        source_ = desktop_.folderWatches.watch(std::move(opened), [this] { scheduleScan(); });
+        source_ = desktop_.folderWatches.watch(opened, [this] { scheduleScan(); });
     }
     if (!source_) {
-        desktop_.log.write("cannot watch " + folder_);
-        if (onDenied) {
-            onDenied();
+        if (!std::exchange(denied_, true)) {
+            desktop_.log.write("cannot watch " + folder_);
+            if (onDenied) {
+                onDenied();
+            }
         }
         return;
     }
+    denied_ = false;
+    opened_ = opened;
     scan();
+}
+
+void RBScreenshotWatcher::checkFolder() {
+    if (stopped_ || starting_ || folder_.empty()) {
+        return;
+    }
+    if (opened_ && !opened_->isCurrent()) {
+        lose();
+    }
+    if (!source_ && desktop_.files.facts(folder_).isDirectory) {
+        open();
+    }
+}
+
+// What was judged stays known: a folder that comes back brings nothing new with it.
+void RBScreenshotWatcher::lose() {
+    source_.reset();
+    opened_.reset();
+    missed_ = false;
+    ++generation_;
 }
 
 void RBScreenshotWatcher::scheduleScan() {
@@ -115,11 +144,12 @@ void RBScreenshotWatcher::scan() {
     scanning_ = true;
     auto listed = lifetime_.guard([this, generation = generation_](const std::vector<FolderEntry>& entries) {
         scanning_ = false;
-        if (generation != generation_ || stopped_) {
-            return;
+        if (generation == generation_ && opened_->isCurrent()) {
+            process(entries);
+        } else if (generation == generation_) {
+            checkFolder();
         }
-        process(entries);
-        if (std::exchange(missed_, false)) {
+        if (source_ && std::exchange(missed_, false)) {
             scan();
         }
     });
@@ -163,9 +193,7 @@ bool RBScreenshotWatcher::isNewCapture(const FolderEntry& entry) const {
 
 void RBScreenshotWatcher::stop() {
     stopped_ = true;
-    missed_ = false;
-    ++generation_;
-    source_.reset();
+    lose();
     known_.clear();
 }
 

@@ -44,6 +44,10 @@ bool IniScreenshotProgram::write(const State& state) {
     return PrivateFile(path_).write(state);
 }
 
+void IniScreenshotProgram::tidy() {
+    PrivateFile(path_).tidy();
+}
+
 ScreenshotProgram::State IniScreenshotProgram::redirected(const State& state, const std::string& folder) const {
     std::string text = state.value_or("");
     for (const Value& value : values_) {

@@ -24,6 +24,8 @@ public:
     virtual Reading read() const = 0;
     // All of it or nothing; false when it can't be stored.
     virtual bool write(const State& state) = 0;
+    // Removes what a run that was killed in its write left behind.
+    virtual void tidy() {}
     // The state with captures going to the folder.
     virtual State redirected(const State& state, const std::string& folder) const = 0;
     // `current` with those values of `after` undone that it still has; what somebody changed since stays.
@@ -45,6 +47,7 @@ public:
     bool isInstalled() const override;
     Reading read() const override;
     bool write(const State& state) override;
+    void tidy() override;
     State redirected(const State& state, const std::string& folder) const override;
     State undone(const State& current, const State& before, const State& after) const override;
 
