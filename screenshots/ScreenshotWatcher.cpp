@@ -14,6 +14,7 @@ namespace {
 
 constexpr double quietTime = 0.25; // after the last change
 constexpr double cutOffSlack = 1;
+constexpr int mostInOneTurn = 4;
 
 std::string lowerExtension(const std::string& path) {
     const std::string name = lastPathComponent(path);
@@ -161,23 +162,34 @@ void RBScreenshotWatcher::scan() {
 void RBScreenshotWatcher::process(const std::vector<FolderEntry>& entries) {
     std::unordered_set<std::string> seen;
     seen.reserve(entries.size());
-    std::vector<std::string> captures;
     for (const FolderEntry& entry : entries) {
         std::string name = lastPathComponent(entry.path);
         // Judged once and for all, whatever the judgement.
         if (!known_.contains(name) && isNewCapture(entry)) {
-            captures.push_back(entry.path);
+            captures_.push_back(entry.path);
         }
         seen.insert(std::move(name));
     }
     // Names that left are forgotten: a file that comes back is judged afresh.
     known_ = std::move(seen);
-    const std::uint64_t generation = generation_;
-    for (const std::string& capture : captures) {
-        // Whoever is told may stop the watcher.
-        if (generation == generation_ && onNew) {
+    if (!reporting_) {
+        report();
+    }
+}
+
+// Thousands of files at once must not keep the program from everything else: a few are reported in one turn.
+void RBScreenshotWatcher::report() {
+    reporting_ = false;
+    for (int told = 0; told < mostInOneTurn && !captures_.empty(); ++told) {
+        const std::string capture = std::move(captures_.front());
+        captures_.pop_front();
+        // Whoever is told may stop the watcher, and so empty the list.
+        if (onNew) {
             onNew(capture);
         }
+    }
+    if (!captures_.empty() && !std::exchange(reporting_, true)) {
+        later_.after(0, [this] { report(); });
     }
 }
 
@@ -195,6 +207,7 @@ void RBScreenshotWatcher::stop() {
     stopped_ = true;
     lose();
     known_.clear();
+    captures_.clear();
 }
 
 } // namespace rb

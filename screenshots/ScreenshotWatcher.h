@@ -6,6 +6,7 @@
 #include "platform/RunLoop.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -52,6 +53,7 @@ private:
     void scheduleScan();
     void scan();
     void process(const std::vector<FolderEntry>& entries);
+    void report();
     bool isNewCapture(const FolderEntry& entry) const;
 
     const Desktop& desktop_;
@@ -59,7 +61,9 @@ private:
     // On the Desktop only images that the system marked count.
     bool onlyTagged_ = false;
     std::unordered_set<std::string> known_; // names already judged
-    std::shared_ptr<OpenFolder> opened_; // null while nothing is watched
+    std::deque<std::string> captures_;      // judged new, not yet reported
+    bool reporting_ = false;                // a later turn goes on with them
+    std::shared_ptr<OpenFolder> opened_;    // null while nothing is watched
     Handle source_;
     double launchDate_; // wall clock; what was there before is never new
     bool stopped_ = false;

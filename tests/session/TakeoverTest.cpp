@@ -105,7 +105,7 @@ TEST_F(TakeoverTest, CapturesOfOtherProgramsFlyOntoTheLine) {
     expectFlightAndCard(log, 1);
     waitForQuietScreen();
 
-    session().start({"xfce4-screenshooter", "--fullscreen"});
+    Program& screenshooter = session().start({"xfce4-screenshooter", "--fullscreen"});
     const auto answer = [&](const std::string& title) {
         ASSERT_TRUE(waitUntil([&] {
             const auto window = x().viewableTitled(title);
@@ -114,12 +114,16 @@ TEST_F(TakeoverTest, CapturesOfOtherProgramsFlyOntoTheLine) {
         x().tapKey(XKB_KEY_Return);
     };
     answer("Screenshot");
-    answer("Save screenshot as\xe2\x80\xa6");
+    answer("Save screenshot as...");
     expectFlightAndCard(log, 2);
+    // It writes its settings as it ends, with much that wasn't there before.
+    EXPECT_TRUE(screenshooter.waitForExit(patience));
+    EXPECT_NE(readFile(xfce()).value_or("").find("action="), std::string::npos);
     program.signal(SIGTERM);
     EXPECT_EQ(program.waitForExit(patience), 0);
     EXPECT_EQ(readFile(flameshot()), flameshotsOwn);
-    EXPECT_EQ(readFile(xfce()).value_or("").find("screenshot_dir"), std::string::npos);
+    const std::string left = readFile(xfce()).value_or("");
+    EXPECT_EQ(left.find("screenshot_dir"), std::string::npos) << left;
 }
 
 TEST_F(TakeoverTest, EverySignalGivesTheSettingsBack) {
