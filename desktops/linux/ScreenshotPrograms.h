@@ -39,6 +39,8 @@ public:
         std::string key;
         // What it is while captures go to the folder.
         std::string (*redirected)(const std::string& folder);
+        // What a written value means; programs write anew what they read, and not always with the same characters.
+        std::string (*meaning)(const std::string& written) = [](const std::string& written) { return written; };
     };
     // `command` is looked up on PATH; `file` counts from the XDG config folder.
     IniScreenshotProgram(std::string command, const std::string& file, std::string group, std::vector<Value> values);
