@@ -3,9 +3,13 @@
 #include "clothesline/PegItem.h"
 #include "platform/Desktop.h"
 #include "platform/Dragging.h"
+#include "platform/FileOperations.h"
+#include "platform/Handle.h"
 #include "platform/RunLoop.h"
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 

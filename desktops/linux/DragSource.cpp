@@ -27,6 +27,7 @@ namespace {
 
 constexpr double watchTime = 60; // seconds; a target may first ask its user what to do
 constexpr std::uint32_t escapeKeycode = 9;
+constexpr double askAgainDelay = 0.05;
 constexpr double pictureOpacity = 0.85;
 
 std::uint32_t operationFor(Qt::DropAction action) {
@@ -78,7 +79,8 @@ QPixmap pictureFor(const FileDrag& drag, const QSizeF& size, double ratio) {
 class DragSource::Keys {
 public:
     Keys(RunLoop& loop, QPointer<QWidget> window, bool mayCopy)
-        : window_(std::move(window))
+        : loop_(loop)
+        , window_(std::move(window))
         , mayCopy_(mayCopy)
         , connection_(XConnection::open()) {
         if (!connection_) {
@@ -106,6 +108,10 @@ public:
 
 private:
     void handle(const xcb_generic_event_t& event, std::uint8_t opcode) {
+        if ((event.response_type & 0x7FU) == XCB_PROPERTY_NOTIFY) {
+            offerChanged(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+            return;
+        }
         const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
         if ((event.response_type & 0x7FU) != XCB_GE_GENERIC || generic.extension != opcode) {
             return;
@@ -150,7 +156,19 @@ private:
         flushQt();
     }
 
-    void offerCopyAlone() const {
+    // Qt writes the whole list again as the drag goes from window to window.
+    void offerChanged(const xcb_property_notify_event_t& event) {
+        const xcb_atom_t list = connection_->atom("XdndActionList");
+        if (!copies_ || event.atom != list ||
+            connection_->cardinals(event.window, list) ==
+                std::vector<std::uint32_t>{connection_->atom("XdndActionCopy")}) {
+            return;
+        }
+        offerCopyAlone();
+        again_ = loop_.after(askAgainDelay, [this] { moveAgain(); });
+    }
+
+    void offerCopyAlone() {
         xcb_connection_t* x = connection_->get();
         const XReply<xcb_get_selection_owner_reply_t> owner(
             xcb_get_selection_owner_reply(x, xcb_get_selection_owner(x, connection_->atom("XdndSelection")), nullptr));
@@ -160,20 +178,25 @@ private:
                 xcb_get_input_focus_reply(qt, xcb_get_input_focus(qt), nullptr));
         }
         if (owner && owner->owner != XCB_WINDOW_NONE) {
+            const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+            xcb_change_window_attributes(x, owner->owner, XCB_CW_EVENT_MASK, &mask);
             const xcb_atom_t copy = connection_->atom("XdndActionCopy");
             xcb_change_property(x, XCB_PROP_MODE_REPLACE, owner->owner, connection_->atom("XdndActionList"),
                                 XCB_ATOM_ATOM, 32, 1, &copy);
             const XReply<xcb_get_input_focus_reply_t> written(
                 xcb_get_input_focus_reply(x, xcb_get_input_focus(x), nullptr));
+            connection_->deliverQueuedEvents();
         }
     }
 
+    RunLoop& loop_;
     QPointer<QWidget> window_;
     bool mayCopy_;
     bool copies_ = false;
     std::unique_ptr<XConnection> connection_;
     Handle events_;
     Handle begun_;
+    Handle again_;
 };
 
 DragSource::DragSource(RunLoop& loop)

@@ -42,10 +42,10 @@ protected:
             return;
         }
         dragging_ = true;
-        auto* data = new QMimeData;
-        data->setData(type_, bytes_);
+        auto* contents = new QMimeData;
+        contents->setData(type_, bytes_);
         auto* drag = new QDrag(this);
-        drag->setMimeData(data);
+        drag->setMimeData(contents);
         tell("dragging");
         switch (drag->exec(actions_, preferred_)) {
         case Qt::CopyAction:

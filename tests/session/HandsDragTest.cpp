@@ -48,7 +48,7 @@ protected:
         ASSERT_TRUE(openFileManager(path("folder"), program));
         comeDown();
         x().pressKey(controlKey);
-        x().dragTo(cardX(1, 2), cardHeight, 850, 690);
+        x().dragTo(cardX(1, 2), cardHeight, 850, 640);
         x().releaseButton();
         EXPECT_TRUE(waitUntil([&] { return fs::exists(path("folder/copied.txt")); }, patience));
         x().releaseKey(controlKey);
@@ -56,7 +56,7 @@ protected:
         EXPECT_TRUE(fs::exists(copied));
 
         comeDown();
-        x().dragTo(cardX(0, 2), cardHeight, 850, 690);
+        x().dragTo(cardX(0, 2), cardHeight, 850, 640);
         x().tapKey(escapeKey);
         x().releaseButton();
         EXPECT_TRUE(staysTrue([&] { return fs::exists(file) && hanging().size() == 2; }, 1));
@@ -73,7 +73,7 @@ protected:
 TEST_F(FileManagers, ThunarTakesAndGives) {
     goToAndFro("thunar", 512, 545);
     comeDown();
-    x().dragTo(cardX(0, 3), cardHeight, 850, 690);
+    x().dragTo(cardX(0, 3), cardHeight, 850, 640);
     x().releaseButton();
     EXPECT_TRUE(
         waitUntil([&] { return fs::exists(path("folder/notes.txt")) && !fs::exists(path("notes.txt")); }, patience));
@@ -91,7 +91,7 @@ TEST_F(FileManagers, TheCopyKeyCountsAllThroughTheDrag) {
     ASSERT_TRUE(openFileManager(path("folder")));
     comeDown();
     // Pressed only over the target, without another move of the hand.
-    x().dragTo(middleOfScreen, cardHeight, 850, 690);
+    x().dragTo(middleOfScreen, cardHeight, 850, 640);
     x().pressKey(controlKey);
     EXPECT_TRUE(staysTrue([&] { return fs::exists(file); }, 0.5));
     x().releaseButton();
@@ -103,7 +103,7 @@ TEST_F(FileManagers, TheCopyKeyCountsAllThroughTheDrag) {
     // And held at the beginning alone.
     comeDown();
     x().pressKey(controlKey);
-    x().dragTo(middleOfScreen, cardHeight, 850, 690);
+    x().dragTo(middleOfScreen, cardHeight, 850, 640);
     x().releaseKey(controlKey);
     EXPECT_TRUE(staysTrue([&] { return fs::exists(file); }, 0.5));
     x().releaseButton();
@@ -122,7 +122,7 @@ TEST_F(HandsTest, DraggedTextNeverOpensTheLine) {
     ASSERT_TRUE(waitUntil([&] { return x().hasFocus(x().viewableOfClass("yad").front().window); }, patience));
     x().tapKey('a', {controlKey});
     bool shown = false;
-    x().dragTo(300, 420, middleOfScreen, 14);
+    x().dragTo(300, 440, middleOfScreen, 14);
     EXPECT_NE(x().selectionOwner("XdndSelection"), 0U) << "it is really dragged";
     shown = !staysTrue([&] { return !lineShows() && !catcherShows(); }, 1);
     x().releaseButton();
@@ -210,6 +210,17 @@ TEST_F(HandsTest, OddAddressesInADropAreLeftOutAndTenThousandDoNoHarm) {
 // A folder card of another file system, where the machine lets us have one.
 class OtherDisks : public HandsTest {
 protected:
+    // The other program's file on the only card.
+    void dropOnTheFolder() {
+        dragFromProgram(middleOfScreen, 14);
+        ASSERT_TRUE(waitUntil([&] { return lineShows(); }, patience));
+        for (const int py : {50, 80, 100, cardHeight}) {
+            EXPECT_TRUE(staysTrue([&] { return lineShows(); }, 0.2));
+            x().movePointer(middleOfScreen, py);
+        }
+        EXPECT_TRUE(staysTrue([&] { return lineShows(); }, 0.5));
+        x().releaseButton();
+    }
     ~OtherDisks() override { umount(disk().c_str()); }
     std::string disk() { return path("disk"); }
     bool haveDisk(const char* options) {
@@ -251,9 +262,7 @@ TEST_F(OtherDisks, AnotherProgramsFilesMoveWhileTheLineGoesOnAndAQuitLosesNothin
     x().movePointer(middleOfScreen, 600);
     Program& rookbay = startRookBay();
     Program& source = startDraggingProgram("file://" + file + "\r\n", "text/uri-list", "mcl");
-    comeDown();
-    dragFromProgram(middleOfScreen, cardHeight);
-    x().releaseButton();
+    dropOnTheFolder();
     ASSERT_TRUE(waitUntil([&] { return onDisk() == 1; }, patience)) << "the copy is being made";
     EXPECT_TRUE(waitUntil([&] { return source.output().find("done copy") != std::string::npos; }, 1))
         << "the source isn't told to remove anything, and isn't kept waiting";
@@ -264,9 +273,7 @@ TEST_F(OtherDisks, AnotherProgramsFilesMoveWhileTheLineGoesOnAndAQuitLosesNothin
 
     // The same, killed: the next start cleans up.
     Program& second = startRookBay();
-    comeDown();
-    dragFromProgram(middleOfScreen, cardHeight);
-    x().releaseButton();
+    dropOnTheFolder();
     ASSERT_TRUE(waitUntil([&] { return onDisk() == 1; }, patience));
     second.signal(SIGKILL);
     second.waitForExit(patience);
@@ -276,9 +283,7 @@ TEST_F(OtherDisks, AnotherProgramsFilesMoveWhileTheLineGoesOnAndAQuitLosesNothin
     EXPECT_TRUE(waitUntil([&] { return onDisk() == 0; }, patience));
 
     // And to the end.
-    comeDown();
-    dragFromProgram(middleOfScreen, cardHeight);
-    x().releaseButton();
+    dropOnTheFolder();
     EXPECT_TRUE(waitUntil([&] { return !fs::exists(file); }, 3 * patience));
     EXPECT_EQ(fs::file_size(disk() + "/huge.bin"), size);
     EXPECT_EQ(onDisk(), 1U);
