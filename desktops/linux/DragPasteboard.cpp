@@ -15,6 +15,7 @@ namespace {
 constexpr double patience = 0.15;        // seconds for the source's answer
 constexpr std::uint32_t longest = 65536; // four-byte units
 constexpr std::uint32_t escapeKeycode = 9;
+constexpr const char* nothingOfOurs = "public.data";
 constexpr const char* uriList = "text/uri-list";
 
 } // namespace
@@ -78,7 +79,13 @@ void LinuxDragPasteboard::handle(const xcb_generic_event_t& event) {
         const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
         // Refusals of some programs don't say what they refuse.
         if (notify.requestor == window_ && notify.selection == connection_.atom("XdndSelection")) {
-            answerFrom(notify.property);
+            const bool refused = notify.property == XCB_ATOM_NONE && notify.target == connection_.atom(uriList);
+            // A refusal that says of what is an answer; others only mean that this program doesn't answer in mid-drag.
+            if (refused) {
+                answered({nothingOfOurs});
+            } else {
+                answerFrom(notify.property);
+            }
         }
     }
 }
@@ -135,6 +142,10 @@ void LinuxDragPasteboard::answerFrom(xcb_atom_t property) {
     }
     const std::string_view list(static_cast<const char*>(xcb_get_property_value(reply.get())),
                                 static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+    if (list.find_first_not_of("\r\n ") == std::string_view::npos && reply->type != connection_.atom("INCR")) {
+        answered({nothingOfOurs});
+        return;
+    }
     // A list too long for one property comes in pieces, which the drop will read.
     const bool inPieces = reply->type == connection_.atom("INCR");
     answered({inPieces || !localFilesOf(list).empty() ? FileURLDragType : URLDragType});
@@ -147,7 +158,7 @@ void LinuxDragPasteboard::answerFromTypeList() {
         return;
     }
     const bool files = std::find(list.begin(), list.end(), connection_.atom(uriList)) != list.end();
-    answered({files ? FileURLDragType : "public.data"});
+    answered({files ? FileURLDragType : nothingOfOurs});
 }
 
 void LinuxDragPasteboard::answered(std::vector<std::string> types) {
