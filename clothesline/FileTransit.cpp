@@ -16,13 +16,13 @@ bool FileTransit::send(const std::string& path, const std::function<void(FileOpe
     if (card) {
         card->inTransit = true;
     }
-    begin(lifetime_.guard([this, weak = std::weak_ptr<RBPegItem>(card),
-                           done = std::move(done)](const std::optional<FileFailure>& failure) {
-        if (const RBPegItemRef waiting = weak.lock()) {
-            setItemInTransit(*waiting, false);
-        }
-        done(failure);
-    }));
+    begin(lifetime_.guard(
+        [weak = std::weak_ptr<RBPegItem>(card), done = std::move(done)](const std::optional<FileFailure>& failure) {
+            if (const RBPegItemRef waiting = weak.lock()) {
+                setItemInTransit(*waiting, false);
+            }
+            done(failure);
+        }));
     if (card && card->inTransit) {
         setItemInTransit(*card, true);
     }

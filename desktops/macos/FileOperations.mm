@@ -1,6 +1,7 @@
 #include "desktops/macos/FileOperations.h"
 
 #include "desktops/macos/Bridge.h"
+#include "platform/Files.h"
 #include "platform/RunLoop.h"
 
 #import <Foundation/Foundation.h>
@@ -42,13 +43,13 @@ std::optional<FileFailure> copyByWayOfAFolder(const std::string& from, const std
     if (aside == nil) {
         return failureFrom(error);
     }
-    NSURL* copy = [aside URLByAppendingPathComponent:url(to).lastPathComponent];
+    const std::string copy = appendingPathComponent(utf8String(aside.path), lastPathComponent(to));
     std::optional<FileFailure> failure;
-    if (![manager copyItemAtURL:url(from) toURL:copy error:&error]) {
+    if (![manager copyItemAtURL:url(from) toURL:url(copy) error:&error]) {
         failure = failureFrom(error);
-    } else if (![manager contentsEqualAtPath:nsString(from) andPath:copy.path]) {
+    } else if (![manager contentsEqualAtPath:nsString(from) andPath:nsString(copy)]) {
         failure = FileFailure{.reason = "the copy differs from its source"};
-    } else if (![manager moveItemAtURL:copy toURL:url(to) error:&error]) {
+    } else if (![manager moveItemAtURL:url(copy) toURL:url(to) error:&error]) {
         failure = failureFrom(error);
     }
     [manager removeItemAtURL:aside error:nil];
