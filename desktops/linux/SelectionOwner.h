@@ -67,6 +67,7 @@ private:
     std::vector<SelectionForm> forms_; // empty while someone else holds the selection
     std::list<Sending> sendings_;
     bool handedOver_ = false;
+    double lastAsked_ = 0; // by anyone for anything, on the run loop's clock
     Handle events_;
 };
 

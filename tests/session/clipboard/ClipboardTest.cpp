@@ -1,101 +1,16 @@
-#include "clipboard/ClipItem.h"
-#include "desktops/linux/KeyedArchive.h"
-#include "tests/session/SessionTest.h"
+#include "tests/session/clipboard/ClipboardSession.h"
 #include "tests/session/clipboard/CopyingProgram.h"
-
-#include <QImage>
 
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-// The history among real programs, and among badly behaved ones.
+// The history among terminal tools, and among badly behaved programs.
 namespace rb {
 
 namespace {
 
-namespace fs = std::filesystem;
 using testing::ElementsAre;
-
-class ClipboardSessionTest : public SessionTest {
-protected:
-    std::string archive() { return session().environment.at("XDG_DATA_HOME") + "/rook-bay/Clipboard.archive"; }
-    std::vector<RBClipItem> items() {
-        std::vector<RBClipItem> found;
-        const auto file = readFile(archive());
-        if (!file) {
-            return found;
-        }
-        const DecodedArchive decoded = decodeArchive(RBClipItem::archiveClass(), *file);
-        EXPECT_TRUE(decoded.objects) << decoded.fault;
-        for (const ArchiveObject& object : decoded.objects.value_or(std::vector<ArchiveObject>())) {
-            found.push_back(RBClipItem::decode(object, 0));
-        }
-        return found;
-    }
-    std::vector<std::string> texts() {
-        std::vector<std::string> found;
-        for (const RBClipItem& item : items()) {
-            found.push_back(item.text().value_or("kind " + std::to_string(item.kind())));
-        }
-        return found;
-    }
-    [[nodiscard]] bool waitForNewest(const std::string& text, double limit = 10) {
-        return waitUntil(
-            [&] {
-                const auto found = texts();
-                return !found.empty() && found.front() == text;
-            },
-            limit);
-    }
-    std::string file(const std::string& name, const std::string& contents) {
-        const std::string path = session().folder() + "/" + name;
-        writeFile(path, contents);
-        return path;
-    }
-    // As xclip copies; it goes into the background by itself.
-    void xclip(const std::string& contents, const std::string& target = "UTF8_STRING",
-               const std::string& selection = "clipboard") {
-        Program& program =
-            session().start({"xclip", "-selection", selection, "-t", target, "-i", file("copied", contents)});
-        ASSERT_EQ(program.waitForExit(), 0) << program.output();
-    }
-    std::string paste(const std::string& target = "UTF8_STRING") {
-        Program& program = session().start({"xclip", "-selection", "clipboard", "-t", target, "-o"});
-        EXPECT_TRUE(program.waitForExit(10));
-        return program.output();
-    }
-    // Opens the history and chooses by its key.
-    void chooseEntry(std::uint32_t key) {
-        ASSERT_NE(openMenu(), 0U);
-        x().tapKey(XKB_KEY_Down);
-        x().tapKey(XKB_KEY_Down);
-        x().tapKey(XKB_KEY_Right);
-        ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).size() == 2; }));
-        x().tapKey(key);
-        ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).empty(); }));
-    }
-    static std::string largePicture() {
-        QImage image(900, 500, QImage::Format_RGB32);
-        std::uint32_t state = 1;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int column = 0; column < image.width(); ++column) {
-                state = state * 1664525U + 1013904223U;
-                image.setPixel(column, y, state >> 8U);
-            }
-        }
-        const std::string path = (fs::temp_directory_path() / "rookbay-clip-XXXXXX.png").string();
-        std::string name = path;
-        const int made = mkstemps(name.data(), 4);
-        EXPECT_GE(made, 0);
-        ::close(made);
-        EXPECT_TRUE(image.save(QString::fromStdString(name)));
-        std::string bytes = readFile(name).value_or("");
-        fs::remove(name);
-        return bytes;
-    }
-};
 
 TEST_F(ClipboardSessionTest, CopiesOfRealProgramsLandOnceEach) {
     xclip("before the start");
