@@ -35,6 +35,8 @@ public:
     // Takes the selection; false when the server refuses.
     bool take(std::vector<SelectionForm> forms);
     xcb_window_t window() const { return window_; }
+    // When it took the selection last, on the server's clock.
+    xcb_timestamp_t time() const { return time_; }
     // Before the program ends: gives what it holds to a clipboard manager, where one runs. Waits for it a moment.
     void handOver();
 

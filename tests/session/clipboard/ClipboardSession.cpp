@@ -62,13 +62,13 @@ std::string ClipboardSessionTest::paste(const std::string& target) {
     return program.output();
 }
 
-void ClipboardSessionTest::chooseEntry(std::uint32_t key) {
+void ClipboardSessionTest::chooseEntry(std::uint32_t key, const std::vector<std::uint32_t>& modifiers) {
     ASSERT_NE(openMenu(), 0U);
     x().tapKey(XKB_KEY_Down);
     x().tapKey(XKB_KEY_Down);
     x().tapKey(XKB_KEY_Right);
     ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).size() == 2; }));
-    x().tapKey(key);
+    x().tapKey(key, modifiers);
     ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).empty(); }));
 }
 

@@ -23,8 +23,8 @@ protected:
     void xclip(const std::string& contents, const std::string& target = "UTF8_STRING",
                const std::string& selection = "clipboard");
     std::string paste(const std::string& target = "UTF8_STRING");
-    // Opens the history and chooses by its key.
-    void chooseEntry(std::uint32_t key);
+    // Opens the history and chooses by its key, with modifiers held.
+    void chooseEntry(std::uint32_t key, const std::vector<std::uint32_t>& modifiers = {});
     // A PNG of more than a million bytes.
     static std::string largePicture();
 };

@@ -3,6 +3,10 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <sys/mount.h>
+#include <utility>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 // The history among terminal tools, and among badly behaved programs.
@@ -10,6 +14,7 @@ namespace rb {
 
 namespace {
 
+namespace fs = std::filesystem;
 using testing::ElementsAre;
 
 TEST_F(ClipboardSessionTest, CopiesOfRealProgramsLandOnceEach) {
@@ -141,6 +146,58 @@ TEST_F(ClipboardSessionTest, SlowPiecesAreStillPutTogether) {
     EXPECT_TRUE(waitForNewest(text));
 }
 
+// A small file system of its own, as long as this lives.
+class SmallDisk {
+public:
+    explicit SmallDisk(std::string folder)
+        : folder_(std::move(folder)) {
+        fs::create_directories(folder_);
+        mounted_ = mount("none", folder_.c_str(), "tmpfs", 0, size) == 0;
+    }
+    ~SmallDisk() {
+        if (mounted_) {
+            umount2(folder_.c_str(), MNT_DETACH);
+        }
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    bool isMounted() const { return mounted_; }
+    bool setReadOnly(bool readOnly) const {
+        return mount("none", folder_.c_str(), "tmpfs", readOnly ? MS_REMOUNT | MS_RDONLY : MS_REMOUNT, size) == 0;
+    }
+
+private:
+    static constexpr const char* size = "size=600k";
+    std::string folder_;
+    bool mounted_ = false;
+};
+
+TEST_F(ClipboardSessionTest, AFullOrClosedDiskCostsNothingButTheWriting) {
+    const SmallDisk disk(session().folder() + "/small");
+    if (!disk.isMounted()) {
+        GTEST_SKIP() << "mounting isn't allowed here";
+    }
+    session().environment["XDG_DATA_HOME"] = session().folder() + "/small";
+    Program& rookBay = startRookBay();
+    xclip("fits");
+    ASSERT_TRUE(waitForNewest("fits"));
+    const std::string picture = largePicture();
+    xclip(picture, "image/png");
+    ASSERT_TRUE(waitUntil([&] { return rookBay.output().find("cannot write") != std::string::npos; }));
+    EXPECT_THAT(texts(), ElementsAre("fits")) << "the old archive stays whole";
+    EXPECT_FALSE(fs::exists(archive() + ".new"));
+    chooseEntry(XKB_KEY_1);
+    EXPECT_EQ(paste("image/png"), picture) << "kept in memory";
+    chooseEntry(XKB_KEY_1, {XKB_KEY_Alt_L}); // deletes it, and there is room again
+    ASSERT_TRUE(disk.setReadOnly(true));
+    xclip("while it is closed");
+    EXPECT_TRUE(staysTrue([&] { return rookBay.isRunning() && texts().front() == "fits"; }, 2.5));
+    ASSERT_TRUE(disk.setReadOnly(false));
+    xclip("open again");
+    ASSERT_TRUE(waitForNewest("open again"));
+    EXPECT_THAT(texts(), ElementsAre("open again", "while it is closed", "fits"));
+}
+
 TEST_F(ClipboardSessionTest, AKillAtAnyMomentLeavesAWholeArchive) {
     int rounds = 12;
     if (const char* wanted = std::getenv("ROOKBAY_KILL_ROUNDS")) { // NOLINT(concurrency-mt-unsafe): one thread
@@ -155,6 +212,10 @@ TEST_F(ClipboardSessionTest, AKillAtAnyMomentLeavesAWholeArchive) {
         (void)staysTrue([] { return true; }, 1.42 + 0.02 * (round % 12));
         rookBay.signal(SIGKILL);
         ASSERT_TRUE(rookBay.waitForExit());
+        if (fs::exists(archive())) {
+            Program& reader = session().start({"python3", READ_ARCHIVE, archive()});
+            ASSERT_EQ(reader.waitForExit(), 0) << "round " << round << ": " << reader.output();
+        }
         const auto found = texts();
         ASSERT_GE(found.size(), std::min<std::size_t>(before, 30)) << "round " << round;
         if (!found.empty() && found.front() != newest) {
