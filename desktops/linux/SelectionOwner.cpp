@@ -171,6 +171,8 @@ bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property
 
 void SelectionOwner::giveBytes(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const SharedBytes& bytes) {
     xcb_connection_t* x = connection_.get();
+    // Asked anew in the same place: what it gave up taking must not come in between.
+    sendings_.remove_if([&](const Sending& each) { return each.requestor == requestor && each.property == property; });
     if (bytes->size() <= largestPiece) {
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
                             static_cast<std::uint32_t>(bytes->size()), bytes->data());
