@@ -7,6 +7,7 @@
 #include "tests/contract/FactsContract.h"
 #include "tests/contract/HotKeysContract.h"
 #include "tests/contract/PanelsContract.h"
+#include "tests/contract/PasteboardContract.h"
 #include "tests/contract/RunLoopContract.h"
 #include "tests/contract/UserDefaultsContract.h"
 #include "tests/contract/WindowsContract.h"
@@ -20,6 +21,7 @@
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, FactsContract, desktopCase);                                                  \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, HotKeysContract, desktopCase);                                                \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, PanelsContract, desktopCase);                                                 \
+    ROOKBAY_INSTANTIATE_CONTRACT(prefix, PasteboardContract, desktopCase);                                             \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, RunLoopContract, desktopCase);                                                \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, UserDefaultsContract, desktopCase);                                           \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, WindowsContract, desktopCase)
