@@ -1,6 +1,7 @@
 #include "desktops/linux/NotifierIcon.h"
 
 #include "desktops/linux/Appearance.h"
+#include "desktops/linux/IconContrast.h"
 #include "desktops/linux/MenuBar.h"
 #include "desktops/linux/MenuWidget.h"
 #include "desktops/linux/ToolTip.h"
@@ -166,7 +167,7 @@ QImage NotifierIcon::picture(int pixels) const {
     if (image.isNull()) {
         image = bestPixmap(facts_.icon, pixels);
     }
-    return image.isNull() ? letter(pixels) : image;
+    return image.isNull() ? letter(pixels) : readable(image, appearance_.theme().bar, foreground);
 }
 
 // An item without any picture is still there to be clicked.
@@ -253,17 +254,35 @@ void NotifierIcon::openMenu() {
     if (menu_ && menu_->isVisible()) {
         return;
     }
-    import_ = std::make_unique<MenuImport>(address_.service, facts_.menuPath);
-    import_->read([this](std::shared_ptr<Menu> menu) {
-        if (menu->items().empty() || !isVisible()) {
-            return;
-        }
-        menu_ = std::make_unique<MenuWidget>(std::move(menu), pictures_);
-        menu_->setOpener(this);
-        connect(menu_.get(), &QMenu::aboutToHide, this, qOverload<>(&QWidget::update), Qt::QueuedConnection);
-        menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
-        update();
-    });
+    import_ =
+        std::make_unique<MenuImport>(MenuImport::Source{address_.service, facts_.menuPath, appearance_.theme().label},
+                                     MenuImport::Listener{.read = [this] { showMenu(); },
+                                                          .changed =
+                                                              [this] {
+                                                                  if (menu_) {
+                                                                      menu_->contentChanged();
+                                                                  }
+                                                              }});
+}
+
+void NotifierIcon::showMenu() {
+    if (import_->menu()->items().empty() || !isVisible()) {
+        return;
+    }
+    menu_ = std::make_unique<MenuWidget>(import_->menu(), pictures_);
+    menu_->setOpener(this);
+    // In a later turn, because the choice comes after the closing.
+    connect(
+        menu_.get(), &QMenu::aboutToHide, this,
+        [this] {
+            update();
+            if (!menu_->isVisible()) {
+                import_.reset();
+            }
+        },
+        Qt::QueuedConnection);
+    menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
+    update();
 }
 
 } // namespace rb

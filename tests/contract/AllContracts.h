@@ -8,6 +8,7 @@
 #include "tests/contract/HotKeysContract.h"
 #include "tests/contract/PanelsContract.h"
 #include "tests/contract/RunLoopContract.h"
+#include "tests/contract/StatusItemsContract.h"
 #include "tests/contract/UserDefaultsContract.h"
 #include "tests/contract/WindowsContract.h"
 
@@ -21,5 +22,6 @@
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, HotKeysContract, desktopCase);                                                \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, PanelsContract, desktopCase);                                                 \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, RunLoopContract, desktopCase);                                                \
+    ROOKBAY_INSTANTIATE_CONTRACT(prefix, StatusItemsContract, desktopCase);                                            \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, UserDefaultsContract, desktopCase);                                           \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, WindowsContract, desktopCase)
