@@ -1,9 +1,9 @@
 #include "desktops/linux/ImportedMenu.h"
 
 #include "desktops/linux/Bitmap.h"
+#include "desktops/linux/ThemeIcons.h"
 
 #include <QBuffer>
-#include <QIcon>
 #include <QImageReader>
 #include <QPainter>
 
@@ -174,7 +174,7 @@ Image ImportedMenu::Taking::icon(const QVariantMap& properties) {
     }
     const QString name = properties.value(QStringLiteral("icon-name")).toString();
     if (image.isNull() && !name.isEmpty()) {
-        image = QIcon::fromTheme(name).pixmap(iconSide).toImage();
+        image = iconFromTheme(name).pixmap(iconSide).toImage();
         if (!image.isNull() && foreground.isValid() && name.endsWith(QLatin1String("-symbolic"))) {
             image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
             QPainter painter(&image);

@@ -4,13 +4,13 @@
 #include "desktops/linux/IconContrast.h"
 #include "desktops/linux/MenuBar.h"
 #include "desktops/linux/MenuWidget.h"
+#include "desktops/linux/ThemeIcons.h"
 #include "desktops/linux/ToolTip.h"
 
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 #include <QDir>
 #include <QFileInfo>
-#include <QIcon>
 #include <QImageReader>
 #include <QMouseEvent>
 #include <QPainter>
@@ -30,20 +30,37 @@ constexpr int patience = 5000;    // milliseconds for an answer
 constexpr int shortestGap = 100;  // milliseconds between two questions
 constexpr int largestFile = 4096; // pixels a side
 
+// Where a program's own folder may have an icon: itself, or laid out as a theme.
+QStringList placesIn(const QString& folder) {
+    QStringList places{folder};
+    for (const char* size : {"scalable", "48x48", "32x32", "24x24", "22x22", "16x16"}) {
+        for (const char* context : {"apps", "status"}) {
+            places.append(folder + QStringLiteral("/hicolor/") + QLatin1String(size) + QLatin1Char('/') +
+                          QLatin1String(context));
+        }
+    }
+    return places;
+}
+
 // A file of the program's own: a path, or a name in its folder.
 QImage fromFile(const QString& name, const QString& folder, int pixels) {
     QStringList candidates;
     if (QDir::isAbsolutePath(name)) {
         candidates.append(name);
     } else if (!folder.isEmpty()) {
-        for (const char* suffix : {".svg", ".png", ".xpm"}) {
-            candidates.append(folder + QLatin1Char('/') + name + QLatin1String(suffix));
+        for (const QString& place : placesIn(folder)) {
+            for (const char* suffix : {".svg", ".png", ".xpm"}) {
+                candidates.append(place + QLatin1Char('/') + name + QLatin1String(suffix));
+            }
         }
     }
     for (const QString& candidate : candidates) {
+        if (!QFileInfo(candidate).isFile()) {
+            continue;
+        }
         QImageReader reader(candidate);
         const QSize size = reader.size();
-        if (!QFileInfo(candidate).isFile() || size.width() > largestFile || size.height() > largestFile) {
+        if (size.width() > largestFile || size.height() > largestFile) {
             continue;
         }
         if (size.isValid()) {
@@ -62,7 +79,7 @@ QImage named(const QString& name, const QString& folder, int pixels, const QColo
     }
     QImage image = fromFile(name, folder, pixels);
     if (image.isNull()) {
-        image = QIcon::fromTheme(name).pixmap(QSize(pixels, pixels)).toImage();
+        image = iconFromTheme(name).pixmap(QSize(pixels, pixels)).toImage();
     }
     if (!image.isNull() && name.endsWith(QLatin1String("-symbolic"))) {
         image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);

@@ -28,7 +28,7 @@ QImage icon(const QColor& body, const QColor& inside = {}) {
 }
 
 double lightnessAt(const QImage& image, int x, int y) {
-    return QColor(image.pixel(x, y)).lightnessF();
+    return image.pixelColor(x, y).lightnessF();
 }
 
 TEST(IconContrastTest, ShadesLikeTheGroundTakeTheForeground) {

@@ -219,6 +219,52 @@ TEST_F(HostTest, IconsThatMisbehaveHarmNobody) {
     xcb_destroy_window(client, shy);
     clickChevron();
     EXPECT_TRUE(waitUntil([this] { return !isShown("Parcellite"); })) << "the bar works";
+
+    // A crowd with names that are none.
+    for (int i = 0; i < 80; ++i) {
+        const xcb_window_t icon = makeIcon(i % 2 == 0 ? "\xFF\xFE\x01" : "");
+        request(icon);
+    }
+    clickChevron();
+    EXPECT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    EXPECT_LE(defaults()["LinuxMenuBarOrder"].toArray().size(), 128);
+}
+
+// Other programs' icons were drawn for other panels.
+TEST_F(HostTest, IconsAsDarkAsTheBarAreMadeVisible) {
+    settings(R"("LinuxAppearance": "dark", "MenuBarHiderDelay": 0, "MenuBarHiderCollapseOnLeave": false)");
+    startRookBay();
+    session().start({NOTIFIER_PROGRAM, "dark"});
+    const auto middleOf = [this](int place) { return x().pixel(edge(place) - hostedIcon / 2, bar().y + 13); };
+    const auto red = [](std::uint32_t color) { return color >> 16U & 0xFFU; };
+    EXPECT_TRUE(waitUntil([&] { return red(middleOf(0)) > 0xC0; })) << "in the bar's own foreground";
+    session().start({NOTIFIER_PROGRAM, "colourful"});
+    EXPECT_TRUE(waitUntil([&] { return middleOf(1) == 0x103090; })) << "as it is";
+
+    // A window of somebody else's can't be recoloured: what lies behind it can.
+    const auto iconWith = [this](const char* name, std::uint32_t color) {
+        xcb_connection_t* client = x().connection();
+        const xcb_window_t icon = makeIcon(name);
+        const std::uint32_t parentRelative = XCB_BACK_PIXMAP_PARENT_RELATIVE;
+        xcb_change_window_attributes(client, icon, XCB_CW_BACK_PIXMAP, &parentRelative);
+        const xcb_window_t sign = xcb_generate_id(client);
+        xcb_create_window(client, XCB_COPY_FROM_PARENT, sign, icon, 6, 6, 10, 10, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &color);
+        xcb_map_window(client, sign);
+        request(icon);
+    };
+    iconWith("Dark", 0x151518);
+    iconWith("Bright", 0xF0D040);
+    ASSERT_TRUE(waitUntil([this] { return isShown("Dark") && isShown("Bright"); }));
+    const auto behind = [this](const char* name) {
+        const auto icon = docked(name);
+        return icon ? x().pixel(icon->x + 2, icon->y + 11) : 0;
+    };
+    EXPECT_TRUE(waitUntil([&] { return red(behind("Dark")) > 0xA0; }, 5)) << "a plate";
+    EXPECT_LT(red(behind("Bright")), 0x40U);
+    fs::create_directories(SESSION_PICTURES);
+    EXPECT_TRUE(saveScreenshot(x(), SESSION_PICTURES "/dark-icons.png"));
+    EXPECT_TRUE(staysTrue([&] { return red(behind("Dark")) > 0xA0; }, 2.5)) << "and no flicker";
 }
 
 TEST_F(HostTest, ItemsThatVanishOrHangHarmNobody) {
