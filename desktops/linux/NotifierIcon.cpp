@@ -202,7 +202,7 @@ QImage NotifierIcon::letter(int pixels) const {
     painter.setFont(letterFont);
     painter.setPen(appearance_.theme().bar);
     const QString name = facts_.title.isEmpty() ? facts_.id : facts_.title;
-    painter.drawText(image.rect(), Qt::AlignCenter, name.left(1).toUpper());
+    painter.drawText(image.rect(), Qt::AlignCenter, name.isEmpty() ? QStringLiteral("?") : name.left(1).toUpper());
     return image;
 }
 

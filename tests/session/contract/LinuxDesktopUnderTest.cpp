@@ -194,6 +194,9 @@ bool LinuxDesktopUnderTest::chooseInOpenMenu(const std::string& title) {
 }
 
 void LinuxDesktopUnderTest::clickStatusItem(const StatusItem& item, const StatusItemClick& click) {
+    // The server may know the bar later than the bar its items.
+    until([this] { return !session_.x().viewableOfClass("rookbay-menubar").empty(); });
+    live(0.1);
     const Rect frame = item.frame().value();
     const double top = desktop_->services().screens.all().front().frame.maxY();
     const bool control = (click.modifierFlags & ControlModifier) != 0;
