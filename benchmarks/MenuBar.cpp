@@ -7,11 +7,11 @@
 #include "tests/session/frame/Session.h"
 #include "tests/session/frame/Wait.h"
 
-#include <array>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace rb {
 
@@ -27,7 +27,7 @@ constexpr double inMilliseconds = 1000;
 struct Plan {
     int starts = 10;
     int flips = 20;
-    int idleRuns = 3;
+    int idleRuns = 2;
     double idle = 20; // seconds watched
 };
 
@@ -39,10 +39,12 @@ void pause(double seconds) {
 
 class BarSession {
 public:
-    BarSession()
-        : session_({.windowManager = false}) {
+    // Of each kind.
+    explicit BarSession(int ofEachKind)
+        : session_({.windowManager = false})
+        , trayIcons_(static_cast<std::size_t>(ofEachKind)) {
         session_.writeDefaults(R"({"MenuBarHiderDelay": 0, "MenuBarHiderCollapseOnLeave": false})");
-        for (int i = 0; i < iconsOfEachKind; ++i) {
+        for (int i = 0; i < ofEachKind; ++i) {
             session_.start({NOTIFIER_PROGRAM, "colourful"});
         }
         for (xcb_window_t& icon : trayIcons_) {
@@ -59,7 +61,7 @@ public:
         for (const xcb_window_t icon : trayIcons_) {
             dock(icon);
         }
-        until("the icons", [this] { return shown() == icons; });
+        until("the icons", [this] { return shown() == 2 * static_cast<int>(trayIcons_.size()); });
         return monotonicNow() - begin;
     }
     void end() {
@@ -156,9 +158,32 @@ private:
     }
 
     Session session_;
-    std::array<xcb_window_t, iconsOfEachKind> trayIcons_{};
+    std::vector<xcb_window_t> trayIcons_;
     Program* program_ = nullptr;
 };
+
+struct IdleCosts {
+    std::vector<double> cpu;     // milliseconds a second
+    std::vector<double> wakeUps; // a second
+    std::vector<double> memory;  // MiB
+};
+
+IdleCosts measureIdle(const Plan& plan, BarSession& bar) {
+    IdleCosts costs;
+    bar.movePointerAway();
+    pause(5);
+    for (int run = 0; run < plan.idleRuns; ++run) {
+        const ProcessCosts before = costsOf(bar.pid());
+        const double begin = monotonicNow();
+        pause(plan.idle);
+        const ProcessCosts after = costsOf(bar.pid());
+        const double seconds = monotonicNow() - begin;
+        costs.cpu.push_back((after.cpuSeconds - before.cpuSeconds) * inMilliseconds / seconds);
+        costs.wakeUps.push_back(static_cast<double>(after.wakeUps - before.wakeUps) / seconds);
+        costs.memory.push_back(memoryOf(bar.pid()).proportional);
+    }
+    return costs;
+}
 
 void measureAll(const Plan& plan) {
     std::vector<double> starts;
@@ -166,10 +191,7 @@ void measureAll(const Plan& plan) {
     std::vector<double> back;
     std::vector<double> collapsed;
     std::vector<double> expanded;
-    std::vector<double> cpu;
-    std::vector<double> wakeUps;
-    std::vector<double> memory;
-    BarSession bar;
+    BarSession bar(iconsOfEachKind);
     for (int run = 0; run <= plan.starts; ++run) {
         const double time = bar.start();
         if (run > 0) { // the first one warms the disk's cache
@@ -187,27 +209,19 @@ void measureAll(const Plan& plan) {
         back.push_back(expand.first * inMilliseconds);
         expanded.push_back(expand.last * inMilliseconds);
     }
-    bar.movePointerAway();
-    pause(5);
-    for (int run = 0; run < plan.idleRuns; ++run) {
-        const ProcessCosts before = costsOf(bar.pid());
-        const double begin = monotonicNow();
-        pause(plan.idle);
-        const ProcessCosts after = costsOf(bar.pid());
-        const double seconds = monotonicNow() - begin;
-        cpu.push_back((after.cpuSeconds - before.cpuSeconds) * inMilliseconds / seconds);
-        wakeUps.push_back(static_cast<double>(after.wakeUps - before.wakeUps) / seconds);
-        memory.push_back(memoryOf(bar.pid()).proportional);
-    }
-    Table table({"", "Rook Bay"});
-    table.addRow({"exec to ten painted icons of other programs (ms)", summary(starts, 1)});
-    table.addRow({"click to all icons gone (ms)", summary(gone, 1)});
-    table.addRow({"click to the last frame of collapsing (ms)", summary(collapsed, 0)});
-    table.addRow({"click to all icons back (ms)", summary(back, 1)});
-    table.addRow({"click to the last frame of expanding (ms)", summary(expanded, 0)});
-    table.addRow({"processor while idle, ten icons (ms per s)", summary(cpu, 3)});
-    table.addRow({"wake-ups while idle, ten icons (per s)", summary(wakeUps, 1)});
-    table.addRow({"memory, proportional share, ten icons (MiB)", summary(memory, 1)});
+    const IdleCosts with = measureIdle(plan, bar);
+    BarSession empty(0);
+    empty.start();
+    const IdleCosts without = measureIdle(plan, empty);
+    Table table({"", "no icons", "ten icons"});
+    table.addRow({"exec to painted icons of other programs (ms)", "", summary(starts, 1)});
+    table.addRow({"click to all icons gone (ms)", "", summary(gone, 1)});
+    table.addRow({"click to the last frame of collapsing (ms)", "", summary(collapsed, 0)});
+    table.addRow({"click to all icons back (ms)", "", summary(back, 1)});
+    table.addRow({"click to the last frame of expanding (ms)", "", summary(expanded, 0)});
+    table.addRow({"processor while idle (ms per s)", summary(without.cpu, 3), summary(with.cpu, 3)});
+    table.addRow({"wake-ups while idle (per s)", summary(without.wakeUps, 1), summary(with.wakeUps, 1)});
+    table.addRow({"memory, proportional share (MiB)", summary(without.memory, 1), summary(with.memory, 1)});
     std::printf("%s", table.text().c_str());
 }
 
