@@ -9,6 +9,7 @@
 #include "tests/contract/PanelsContract.h"
 #include "tests/contract/PasteboardContract.h"
 #include "tests/contract/RunLoopContract.h"
+#include "tests/contract/StatusItemsContract.h"
 #include "tests/contract/UserDefaultsContract.h"
 #include "tests/contract/WindowsContract.h"
 
@@ -23,5 +24,6 @@
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, PanelsContract, desktopCase);                                                 \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, PasteboardContract, desktopCase);                                             \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, RunLoopContract, desktopCase);                                                \
+    ROOKBAY_INSTANTIATE_CONTRACT(prefix, StatusItemsContract, desktopCase);                                            \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, UserDefaultsContract, desktopCase);                                           \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, WindowsContract, desktopCase)

@@ -1,6 +1,9 @@
 #include "desktops/virtual/Contract.h"
 #include "desktops/virtual/Desktop.h"
+#include "desktops/virtual/Menus.h"
 #include "tests/contract/AllContracts.h"
+
+#include <algorithm>
 
 namespace rb {
 
@@ -36,8 +39,21 @@ public:
     bool chooseMenuItem(const std::string& title) override {
         return succeeds([&] { desktop_.chooseMenuItem(title); });
     }
+    void clickStatusItem(const StatusItem& item, const StatusItemClick& click) override {
+        desktop_.runLoop().post([this, &item, click] { own(item).click(click); });
+        desktop_.advance(0);
+    }
+    bool chooseInPoppedUpMenu(const StatusItem& item, const std::string& title) override {
+        const auto menu = own(item).poppedUp();
+        return menu && succeeds([&] { menus::choose(*menu, title); });
+    }
+    void pressElsewhere(Popover& popover) override { dynamic_cast<VirtualPopover&>(popover).pressElsewhere(); }
 
 private:
+    VirtualStatusItem& own(const StatusItem& item) {
+        const auto& items = desktop_.statusBar().items();
+        return **std::find(items.begin(), items.end(), &item);
+    }
     static bool succeeds(const std::function<void()>& act) {
         try {
             act();

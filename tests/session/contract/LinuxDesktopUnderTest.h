@@ -33,9 +33,13 @@ public:
     void clickBox(Window& window, const std::string& identifier) override;
     void closeWindow(Window& window) override;
     bool chooseMenuItem(const std::string& title) override;
+    void clickStatusItem(const StatusItem& item, const StatusItemClick& click) override;
+    bool chooseInPoppedUpMenu(const StatusItem& item, const std::string& title) override;
+    void pressElsewhere(Popover& popover) override;
 
 private:
     bool chooseIn(const MenuWidget& menu, const std::string& title);
+    bool chooseInOpenMenu(const std::string& title);
     // Waits until the widget's window is where it says it is.
     void settle(const QWidget& widget);
     // Clicks into the middle of the widget.
