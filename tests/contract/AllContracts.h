@@ -4,6 +4,8 @@
 //     ROOKBAY_INSTANTIATE_CONTRACTS(Virtual, (DesktopCase{"Virtual", createVirtualDesktop}))
 
 #include "tests/contract/AlertsContract.h"
+#include "tests/contract/ChildProcessesContract.h"
+#include "tests/contract/DisplaysContract.h"
 #include "tests/contract/FactsContract.h"
 #include "tests/contract/HotKeysContract.h"
 #include "tests/contract/PanelsContract.h"
@@ -17,6 +19,8 @@
 
 #define ROOKBAY_INSTANTIATE_CONTRACTS(prefix, desktopCase)                                                             \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, AlertsContract, desktopCase);                                                 \
+    ROOKBAY_INSTANTIATE_CONTRACT(prefix, ChildProcessesContract, desktopCase);                                         \
+    ROOKBAY_INSTANTIATE_CONTRACT(prefix, DisplaysContract, desktopCase);                                               \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, FactsContract, desktopCase);                                                  \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, HotKeysContract, desktopCase);                                                \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, PanelsContract, desktopCase);                                                 \

@@ -58,6 +58,12 @@ public:
     virtual void closeWindow(Window& window) = 0;
     // Opens the status item's menu and chooses the item; false when it isn't there or can't be chosen.
     virtual bool chooseMenuItem(const std::string& title) = 0;
+    // Gives the primary screen's display another one of its modes.
+    virtual void changeMode() = 0;
+
+    // Paths of programs: one writes its arguments as echo does, one copies its input to its output as cat does.
+    virtual std::string echoProgram() = 0;
+    virtual std::string catProgram() = 0;
 };
 
 // One desktop on which the suites run, with its name in the tests' names.

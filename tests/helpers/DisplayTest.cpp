@@ -70,7 +70,9 @@ TEST_F(DisplayCommandsTest, AWakeThatNobodyConfirmsIsNotVerified) {
 }
 
 TEST_F(DisplayCommandsTest, EveryFailureSaysWhatToDo) {
-    const std::map<Exchange, std::string> words{{Exchange::NoBus, "modprobe i2c-dev"},
+    const std::map<Exchange, std::string> words{{Exchange::NoModule, "modprobe i2c-dev"},
+                                                {Exchange::NoBus, "已断开"},
+                                                {Exchange::Busy, "另一个程序"},
                                                 {Exchange::NoAccess, "i2c 组"},
                                                 {Exchange::NoReply, "DDC/CI"},
                                                 {Exchange::Garbled, "线缆"},
@@ -111,21 +113,30 @@ TEST_F(ChannelsTest, AreFoundWithoutTouchingABus) {
     fs::create_directories(connector("card1-DP-1", edidBlock("A")) / "i2c-5");
     fs::create_symlink("../../../i2c-11", connector("card1-HDMI-A-1", edidBlock("B", 9)) / "ddc");
     fs::create_directories(connector("card1-eDP-1", edidBlock("Panel")) / "i2c-3");
+    fs::create_symlink("../../../i2c-3", connector("card1-DP-4", edidBlock("Also on 3")) / "ddc");
     fs::create_directories(connector("card1-DP-2", {}) / "i2c-6");
     connector("card1-DP-3", edidBlock("C")); // no bus
-    std::vector<std::string> uuids;
+    std::vector<std::string> found;
     for (const Channel& channel : readChannels(root_)) {
-        uuids.push_back(channel.uuid);
+        found.push_back(std::to_string(channel.bus) + " " + channel.uuid);
     }
-    EXPECT_THAT(uuids, testing::UnorderedElementsAre("i2c-5:DEL:41D9:0000004D", "i2c-11:DEL:41D9:00000009"));
+    EXPECT_THAT(found, testing::UnorderedElementsAre("5 i2c-5:DEL:41D9:0000004D", "11 i2c-11:DEL:41D9:00000009", "6 "));
 }
 
 TEST_F(ChannelsTest, ANameMeansTheDisplayThatHadIt) {
-    const std::vector<Channel> channels{{.bus = 5, .uuid = "i2c-5:DEL:41D9:0000004D"}};
+    const std::vector<Channel> channels{{.bus = 5, .uuid = "i2c-5:DEL:41D9:0000004D"},
+                                        {.bus = 7},
+                                        {.bus = 8},
+                                        {.bus = 8, .uuid = "i2c-8:DEL:41D9:00000001"}};
     EXPECT_TRUE(channelNamed("i2c-5:DEL:41D9:0000004D", channels));
     EXPECT_FALSE(channelNamed("i2c-5:LGD:0001:00000000", channels)) << "another display is on that bus now";
-    EXPECT_EQ(channelNamed("i2c-7:DEL:41D9:0000004D", channels)->bus, 7) << "asleep and gone from its socket";
-    for (const char* bad : {"", "i2c-", "i2c-5", "i2c-x:A", "i2c--5:A", "i2c-5x:A", "/dev/i2c-5:A"}) {
+    const auto asleep = channelNamed("i2c-7:DEL:41D9:0000004D", channels);
+    ASSERT_TRUE(asleep) << "asleep and gone from its socket";
+    EXPECT_EQ(asleep->bus, 7);
+    EXPECT_FALSE(channelNamed("i2c-8:DEL:41D9:0000004D", channels)) << "one of two sockets, and the other is in use";
+    EXPECT_TRUE(channelNamed("i2c-8:DEL:41D9:00000001", channels));
+    EXPECT_FALSE(channelNamed("i2c-0:DEL:41D9:0000004D", channels)) << "the memory's bus, say";
+    for (const char* bad : {"", "i2c-", "i2c-7", "i2c-x:A", "i2c--7:A", "i2c-7x:A", "/dev/i2c-7:A"}) {
         EXPECT_FALSE(channelNamed(bad, channels)) << bad;
     }
 }

@@ -13,10 +13,14 @@ std::string explain(Exchange exchange, const Channel& channel) {
     switch (exchange) {
     case Exchange::Done:
         return "显示器已响应。";
-    case Exchange::NoBus:
+    case Exchange::NoModule:
         return "没有 " + device + "：请加载内核模块 i2c-dev（sudo modprobe i2c-dev）。";
+    case Exchange::NoBus:
+        return "控制通道 " + device + " 已不存在；显示器可能已断开，请按显示器电源键。";
     case Exchange::NoAccess:
         return "没有访问 " + device + " 的权限：请将用户加入 i2c 组（sudo usermod -aG i2c 用户名）后重新登录。";
+    case Exchange::Busy:
+        return "另一个程序正在使用 " + device + "，请稍后再试。";
     case Exchange::NoReply:
         return "显示器没有 DDC 响应；请确认显示器菜单中已开启 DDC/CI。";
     case Exchange::Garbled:

@@ -1,16 +1,16 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <string>
 
 namespace rb {
 
 // How an exchange with a monitor's control channel went.
 enum class Exchange {
     Done,
-    NoBus,       // there is no such device
+    NoModule,    // the kernel offers no I2C devices at all
+    NoBus,       // this bus is gone, as with a monitor that hung on a dock
     NoAccess,    // it may not be opened
+    Busy,        // another program talks on it and doesn't stop
     NoReply,     // nothing, or an empty answer
     Garbled,     // wrong checksums, again and again
     Unsupported, // the monitor doesn't know the power feature

@@ -1,5 +1,6 @@
 #include "helpers/linux/display/Commands.h"
-#include "helpers/linux/display/DdcutilBus.h"
+#include "helpers/linux/display/DdcBus.h"
+#include "helpers/linux/display/I2cDevices.h"
 #include "helpers/linux/shared/Answer.h"
 #include "helpers/linux/shared/Usage.h"
 
@@ -40,7 +41,6 @@ int list() {
 } // namespace
 
 int main(int count, char** words) {
-    rb::keepLibraryOffStandardOutput();
     const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
     if (const auto code = rb::answerUsage("DisplayHelper", arguments, help)) {
         return *code;
@@ -55,7 +55,8 @@ int main(int count, char** words) {
     if (!channel) {
         return rb::sayLine(rb::Outcome(false).message("找不到这个控制通道；显示器可能已更换。").text()) ? 0 : 1;
     }
-    rb::DdcutilBus bus;
+    rb::I2cDevices devices;
+    rb::DdcBus bus(devices);
     const std::string answer = arguments[0] == "probe"   ? rb::probe(*channel, bus)
                                : arguments[0] == "sleep" ? rb::sleepDisplay(*channel, bus)
                                                          : rb::wakeDisplay(*channel, bus);

@@ -33,6 +33,9 @@ public:
     void clickBox(Window& window, const std::string& identifier) override;
     void closeWindow(Window& window) override;
     bool chooseMenuItem(const std::string& title) override;
+    void changeMode() override;
+    std::string echoProgram() override { return "/bin/echo"; }
+    std::string catProgram() override { return "/bin/cat"; }
 
 private:
     bool chooseIn(const MenuWidget& menu, const std::string& title);
