@@ -56,6 +56,15 @@ TEST_F(DisplaysWindowTest, OnlyAnAutomaticRefreshKeepsThePageWhereItIs) {
     window().scroll("page", 300);
     window().clickButton("线缆与供电");
     EXPECT_EQ(offset(), 0);
+    answers_.erase("list"); // an automatic refresh that takes its time
+    window().scroll("page", 200);
+    desktop_.hardware().wake();
+    desktop_.advance(1.6);
+    EXPECT_TRUE(controller().busy());
+    EXPECT_EQ(offset(), 200);
+    window().clickButton("显示器");
+    desktop_.advance(10);
+    EXPECT_EQ(offset(), 0) << "the place on one page is none on the other";
 }
 
 TEST_F(DisplaysWindowTest, FollowsWhenItsScreenGoes) {

@@ -1,3 +1,4 @@
+#include "desktops/linux/BoxWidget.h"
 #include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/ScrollWidget.h"
 #include "desktops/linux/Style.h"
@@ -30,6 +31,7 @@ public:
         root_ = &realize(nullptr, std::move(view), *this, *this);
         root_->place(QRectF(rect()));
         root_->layOut();
+        showBoxes(*root_);
     }
 
     LayerTicker& ticker() const override { return ticker_; }
@@ -57,6 +59,15 @@ protected:
     }
 
 private:
+    static void showBoxes(RealizedView& view) {
+        if (auto* box = dynamic_cast<BoxWidget*>(&view)) {
+            box->setOnScreen(true);
+        }
+        for (RealizedView* child : view.children()) {
+            showBoxes(*child);
+        }
+    }
+
     const Theme theme_ = Theme::make(true, {});
     mutable LayerTicker ticker_;
     Pictures pictures_;

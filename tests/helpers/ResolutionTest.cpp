@@ -209,13 +209,32 @@ TEST(HelperProgramsTest, ExplainThemselvesAndRefuseNonsense) {
         EXPECT_EQ(run(name + " --version >/dev/full").code, 1) << "nobody could read it";
     }
     EXPECT_EQ(run("CableHelper --root /nonexistent").output, "{\"ports\":[]}\n");
-    EXPECT_THAT(run("DisplayHelper probe nowhere").output, testing::HasSubstr("\"ok\":false"));
+    EXPECT_EQ(run("CableHelper >/dev/full").code, 1);
+    for (const char* nonsense : {"CableHelper --root", "CableHelper --root /a /b", "CableHelper ''", "DisplayHelper",
+                                 "DisplayHelper list 1", "DisplayHelper probe", "DisplayHelper on x", "ResolutionHelper",
+                                 "ResolutionHelper trial 1:2:3:4", "ResolutionHelper trial 1:2:3:4 5 6",
+                                 "ResolutionHelper restore 1"}) {
+        EXPECT_EQ(run(nonsense).code, 2) << nonsense;
+    }
+    // Buses that no display hangs on, the first of which may well be there.
+    for (const char* channel : {"nowhere", "i2c-0:DEL:41D9:0000004D", "i2c-99999999999:A", "'i2c-0/../x:A'", "''"}) {
+        for (const std::string command : {"probe ", "sleep ", "wake "}) {
+            const Ran ran = run("DisplayHelper " + command + channel);
+            EXPECT_EQ(ran.code, 0);
+            EXPECT_THAT(ran.output, testing::StartsWith("{\"ok\":false,\"message\":\"找不到这个控制通道")) << channel;
+        }
+    }
 }
 
 TEST(HelperProgramsTest, WithoutADisplayTheySaySo) {
     ::unsetenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe): single-threaded
     EXPECT_THAT(run("ResolutionHelper trial 1:2:3:4 5 </dev/null").output, testing::HasSubstr("DISPLAY"));
     EXPECT_EQ(run("DisplayHelper list").output, "[]\n");
+    for (const char* mode : {"12x", "-1", "99999999999", "''", "1.5"}) {
+        const Ran ran = run(std::string("ResolutionHelper trial 1:2:3:4 ") + mode + " </dev/null");
+        EXPECT_THAT(ran.output, testing::HasSubstr("模式编号无效")) << mode;
+        EXPECT_EQ(ran.code, 1);
+    }
 }
 
 } // namespace

@@ -75,6 +75,30 @@ TEST_F(DisplaysTest, ATrialIsKeptOrTakenBack) {
     EXPECT_NE(ended.output().find("\"kept\":false"), std::string::npos);
 }
 
+TEST_F(DisplaysTest, OnlyTheWholeWordKeepsTheMode) {
+    ASSERT_TRUE(waitForMode("1920/")) << outputs();
+    for (const char* input : {"printf keep", "echo keeper", "echo ' keep'", "head -c 5000 /dev/zero | tr '\\0' k; echo keep",
+                              "printf 'keep\\0\\n'", "echo KEEP"}) {
+        SCOPED_TRACE(input);
+        Program& trial = startTrial(std::string(input) + "; sleep 0.2");
+        EXPECT_EQ(trial.waitForExit(), 0);
+        EXPECT_NE(trial.output().find("\"kept\":false"), std::string::npos) << trial.output();
+        EXPECT_NE(outputs().find("1920/"), std::string::npos);
+    }
+    // Nobody hears that the trial began: it doesn't.
+    std::string line;
+    for (const std::string& word : trialOfSmallMode()) {
+        line += word + " ";
+    }
+    Program& unheard = session().start({"sh", "-c", "(sleep 5; echo keep) | " + line + " >&-"});
+    EXPECT_TRUE(staysTrue([] { return true; }, 0.5));
+    EXPECT_NE(outputs().find("1920/"), std::string::npos);
+    unheard.end();
+    Program& kept = startTrial("printf 'no\\nke'; sleep 0.2; printf 'ep\\nmore'");
+    EXPECT_EQ(kept.waitForExit(), 0);
+    EXPECT_TRUE(waitForMode("1280/")) << "a line in pieces, after others: " << kept.output();
+}
+
 TEST_F(DisplaysTest, AKilledHelperIsOutlivedByItsGuardian) {
     startTrial("sleep 30");
     ASSERT_TRUE(waitForMode("1280/"));

@@ -41,6 +41,7 @@ int list() {
 } // namespace
 
 int main(int count, char** words) {
+    rb::guardStandardDescriptors();
     const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
     if (const auto code = rb::answerUsage("DisplayHelper", arguments, help)) {
         return *code;
