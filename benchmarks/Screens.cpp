@@ -65,13 +65,15 @@ std::vector<ConnectedDisplay> manyDisplays() {
 std::string snapshotText() {
     std::string ports;
     for (std::size_t id = 1; id <= displayCount; ++id) {
-        ports += std::string(id > 1 ? "," : "") + R"({"name":"USB-C )" + std::to_string(id) +
-                 R"(","connectionActive":true,"transports":{"active":["CC","USB2","DisplayPort"]},"displays":[{"monitorName":"DELL U2723QE )" +
-                 std::to_string(id) +
-                 R"(","lanes":4,"rate":"8.1 Gbps"}],"cable":{"speed":"USB4 Gen 3 (40 Gbps)","maxWatts":100,"vendorID":8334},)"
+        ports +=
+            std::string(id > 1 ? "," : "") + R"({"name":"USB-C )" + std::to_string(id) +
+            R"(","connectionActive":true,"transports":{"active":["CC","USB2","DisplayPort"]},"displays":[{"monitorName":"DELL U2723QE )" +
+            std::to_string(id) + R"(","lanes":4,"rate":"8.1 Gbps"}],"cable":{"speed":"USB4 Gen 3 (40 Gbps)",
+            "maxWatts" : 100, "vendorID" : 8334
+    },)"
                  R"("powerSources":[{"name":"USB-PD","maxPowerW":96}],"devices":[{"name":"Hub","speed":"480 Mbps"}]})";
-    }
-    return R"({"ports":[)" + ports + "]}";
+}
+return R"({"ports":[)" + ports + "]}";
 }
 
 // The product's own work in a pass whose helpers answer at once: rows, modes, answers, status, and the page as values.
@@ -118,11 +120,8 @@ std::vector<double> measureRendering(const Plan& plan, LinuxDesktop& desktop, in
     CardPool cards;
     const PageButtonLayers buttons{Layer::create(), Layer::create()};
     const auto render = [&](bool busy) {
-        const PageState state{.rows = rows,
-                              .connections = connections,
-                              .busy = busy,
-                              .selectedPage = page,
-                              .technicalDetails = true};
+        const PageState state{
+            .rows = rows, .connections = connections, .busy = busy, .selectedPage = page, .technicalDetails = true};
         window->setContent(windowContent(state, {}, cards, buttons));
     };
     render(false);

@@ -2,6 +2,7 @@
 
 // The suites that every desktop passes. A desktop's test includes this once and instantiates all of them:
 //     ROOKBAY_INSTANTIATE_CONTRACTS(Virtual, (DesktopCase{"Virtual", createVirtualDesktop}))
+// and DisplaysContract on a desktop whose display has several modes.
 
 #include "tests/contract/AlertsContract.h"
 #include "tests/contract/ChildProcessesContract.h"
@@ -20,7 +21,6 @@
 #define ROOKBAY_INSTANTIATE_CONTRACTS(prefix, desktopCase)                                                             \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, AlertsContract, desktopCase);                                                 \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, ChildProcessesContract, desktopCase);                                         \
-    ROOKBAY_INSTANTIATE_CONTRACT(prefix, DisplaysContract, desktopCase);                                               \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, FactsContract, desktopCase);                                                  \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, HotKeysContract, desktopCase);                                                \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, PanelsContract, desktopCase);                                                 \

@@ -57,6 +57,7 @@ TEST_F(DisplaysWindowTest, OnlyAnAutomaticRefreshKeepsThePageWhereItIs) {
     window().clickButton("线缆与供电");
     EXPECT_EQ(offset(), 0);
     answers_.erase("list"); // an automatic refresh that takes its time
+    desktop_.advance(0.1);
     window().scroll("page", 200);
     desktop_.hardware().wake();
     desktop_.advance(1.6);

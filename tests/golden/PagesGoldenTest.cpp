@@ -117,8 +117,7 @@ protected:
         Stage stage(GetParam());
         state.blue = stage.appearance().color(SystemColor::Blue);
         const PageButtonLayers buttons{Layer::create(), Layer::create()};
-        buttons.at(static_cast<std::size_t>(state.selectedPage))->change().backgroundColor =
-            state.blue.withAlpha(0.25);
+        buttons.at(static_cast<std::size_t>(state.selectedPage))->change().backgroundColor = state.blue.withAlpha(0.25);
         for (const auto& layer : buttons) {
             layer->change().cornerRadius = 10;
         }
@@ -152,8 +151,7 @@ TEST_P(DarkPagesGolden, EmptyAndBusy) {
     expect("displays-empty", {.rows = none_, .connections = nothing_});
     expect("displays-busy", {.rows = full_, .connections = nothing_, .busy = true});
     expect("connections-empty", {.rows = none_, .connections = nothing_, .selectedPage = connectionsPage});
-    expect("connections-busy",
-           {.rows = none_, .connections = nothing_, .busy = true, .selectedPage = connectionsPage});
+    expect("connections-busy", {.rows = none_, .connections = nothing_, .busy = true, .selectedPage = connectionsPage});
 }
 
 TEST_P(DarkPagesGolden, ErrorsAndWhatIsOutOfReach) {

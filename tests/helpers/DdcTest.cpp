@@ -95,8 +95,8 @@ TEST_F(DdcTest, TheMessagesAreTheStandards) {
     EXPECT_EQ(reading.exchange, Exchange::Done);
     EXPECT_EQ(reading.mode, powerOn);
     EXPECT_EQ(bus_.writePowerMode(7, powerStandby), Exchange::Done);
-    EXPECT_EQ(monitor_.written, (std::vector<Bytes>{{0x51, 0x82, 0x01, 0xD6, 0x6A},
-                                                    {0x51, 0x84, 0x03, 0xD6, 0x00, 0x04, 0x6A}}));
+    EXPECT_EQ(monitor_.written,
+              (std::vector<Bytes>{{0x51, 0x82, 0x01, 0xD6, 0x6A}, {0x51, 0x84, 0x03, 0xD6, 0x00, 0x04, 0x6A}}));
     EXPECT_EQ(monitor_.opened, (std::vector<int>{7, 7})) << "one bus and no other";
 }
 

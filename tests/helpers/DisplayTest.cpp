@@ -70,13 +70,10 @@ TEST_F(DisplayCommandsTest, AWakeThatNobodyConfirmsIsNotVerified) {
 }
 
 TEST_F(DisplayCommandsTest, EveryFailureSaysWhatToDo) {
-    const std::map<Exchange, std::string> words{{Exchange::NoModule, "modprobe i2c-dev"},
-                                                {Exchange::NoBus, "已断开"},
-                                                {Exchange::Busy, "另一个程序"},
-                                                {Exchange::NoAccess, "i2c 组"},
-                                                {Exchange::NoReply, "DDC/CI"},
-                                                {Exchange::Garbled, "线缆"},
-                                                {Exchange::Unsupported, "不支持"}};
+    const std::map<Exchange, std::string> words{
+        {Exchange::NoModule, "modprobe i2c-dev"}, {Exchange::NoBus, "已断开"},   {Exchange::Busy, "另一个程序"},
+        {Exchange::NoAccess, "i2c 组"},           {Exchange::NoReply, "DDC/CI"}, {Exchange::Garbled, "线缆"},
+        {Exchange::Unsupported, "不支持"}};
     for (const auto& [failure, word] : words) {
         bus_.readOutcome = bus_.writeOutcome = failure;
         for (const auto& answer : {probe(channel_, bus_), sleepDisplay(channel_, bus_), wakeDisplay(channel_, bus_)}) {

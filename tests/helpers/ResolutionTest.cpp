@@ -210,10 +210,10 @@ TEST(HelperProgramsTest, ExplainThemselvesAndRefuseNonsense) {
     }
     EXPECT_EQ(run("CableHelper --root /nonexistent").output, "{\"ports\":[]}\n");
     EXPECT_EQ(run("CableHelper >/dev/full").code, 1);
-    for (const char* nonsense : {"CableHelper --root", "CableHelper --root /a /b", "CableHelper ''", "DisplayHelper",
-                                 "DisplayHelper list 1", "DisplayHelper probe", "DisplayHelper on x", "ResolutionHelper",
-                                 "ResolutionHelper trial 1:2:3:4", "ResolutionHelper trial 1:2:3:4 5 6",
-                                 "ResolutionHelper restore 1"}) {
+    for (const char* nonsense :
+         {"CableHelper --root", "CableHelper --root /a /b", "CableHelper ''", "DisplayHelper", "DisplayHelper list 1",
+          "DisplayHelper probe", "DisplayHelper on x", "ResolutionHelper", "ResolutionHelper trial 1:2:3:4",
+          "ResolutionHelper trial 1:2:3:4 5 6", "ResolutionHelper restore 1"}) {
         EXPECT_EQ(run(nonsense).code, 2) << nonsense;
     }
     // Buses that no display hangs on, the first of which may well be there.

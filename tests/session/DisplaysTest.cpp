@@ -77,8 +77,8 @@ TEST_F(DisplaysTest, ATrialIsKeptOrTakenBack) {
 
 TEST_F(DisplaysTest, OnlyTheWholeWordKeepsTheMode) {
     ASSERT_TRUE(waitForMode("1920/")) << outputs();
-    for (const char* input : {"printf keep", "echo keeper", "echo ' keep'", "head -c 5000 /dev/zero | tr '\\0' k; echo keep",
-                              "printf 'keep\\0\\n'", "echo KEEP"}) {
+    for (const char* input : {"printf keep", "echo keeper", "echo ' keep'",
+                              "head -c 5000 /dev/zero | tr '\\0' k; echo keep", "printf 'keep\\0\\n'", "echo KEEP"}) {
         SCOPED_TRACE(input);
         Program& trial = startTrial(std::string(input) + "; sleep 0.2");
         EXPECT_EQ(trial.waitForExit(), 0);

@@ -69,8 +69,8 @@ private:
             child.exit();
         }
         if (child.isRunning()) {
-            copying_ = desktop_.runLoop().after(
-                0.001, [this, &child, said = child.input().size()] { copy(child, said); });
+            copying_ =
+                desktop_.runLoop().after(0.001, [this, &child, said = child.input().size()] { copy(child, said); });
         }
     }
     static bool succeeds(const std::function<void()>& act) {
@@ -91,5 +91,6 @@ const DesktopCase virtualDesktop{"Virtual", [] { return std::make_unique<Virtual
 } // namespace
 
 ROOKBAY_INSTANTIATE_CONTRACTS(Desktop, virtualDesktop);
+ROOKBAY_INSTANTIATE_CONTRACT(Desktop, DisplaysContract, virtualDesktop);
 
 } // namespace rb

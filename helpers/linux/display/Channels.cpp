@@ -76,8 +76,7 @@ std::vector<Channel> readChannels(const fs::path& root) {
         }
         std::vector<std::uint8_t> bytes = bytesOf(entry->path() / "edid");
         const auto edid = parseEdid(bytes);
-        channels.push_back(
-            {.bus = *bus, .edid = std::move(bytes), .uuid = edid ? uuidOf(*bus, *edid) : std::string()});
+        channels.push_back({.bus = *bus, .edid = std::move(bytes), .uuid = edid ? uuidOf(*bus, *edid) : std::string()});
     }
     std::erase_if(channels, [&ownPanels](const Channel& channel) {
         return std::find(ownPanels.begin(), ownPanels.end(), channel.bus) != ownPanels.end();

@@ -68,7 +68,8 @@ std::vector<MenuWidget*> openMenus() {
 
 } // namespace
 
-LinuxDesktopUnderTest::LinuxDesktopUnderTest() {
+LinuxDesktopUnderTest::LinuxDesktopUnderTest(const SessionOptions& options)
+    : session_(options) {
     for (const auto& [name, value] : session_.environment) {
         ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): before there are threads
     }

@@ -17,7 +17,7 @@ class MenuWidget;
 // The Linux desktop in this process, in a private session; the user's acts are real keys and clicks in the X server.
 class LinuxDesktopUnderTest final : public DesktopUnderTest {
 public:
-    LinuxDesktopUnderTest();
+    explicit LinuxDesktopUnderTest(const SessionOptions& options = {});
 
     const Desktop& services() override { return desktop_->services(); }
     void live(double seconds) override;
