@@ -44,6 +44,11 @@ TEST_F(DisplaysWindowTest, PagesAreChosenInTheSidebar) {
 
 TEST_F(DisplaysWindowTest, OnlyAnAutomaticRefreshKeepsThePageWhereItIs) {
     setDisplays({builtin(), external(), external(8, "LG"), external(9, "Samsung")});
+    snapshot_ = R"({"ports":[{"connectionActive":true})";
+    for (int port = 0; port < 8; ++port) {
+        snapshot_ += R"(,{"connectionActive":true})";
+    }
+    snapshot_ += "]}";
     opened();
     window().scroll("page", 300);
     desktop_.hardware().changeUSB();
