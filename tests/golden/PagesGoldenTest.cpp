@@ -151,7 +151,6 @@ TEST_P(DarkPagesGolden, EmptyAndBusy) {
     expect("displays-empty", {.rows = none_, .connections = nothing_});
     expect("displays-busy", {.rows = full_, .connections = nothing_, .busy = true});
     expect("connections-empty", {.rows = none_, .connections = nothing_, .selectedPage = connectionsPage});
-    expect("connections-busy", {.rows = none_, .connections = nothing_, .busy = true, .selectedPage = connectionsPage});
 }
 
 TEST_P(DarkPagesGolden, ErrorsAndWhatIsOutOfReach) {

@@ -155,7 +155,7 @@ TEST_F(CableTest, ADisplayIsGivenToAPortOnlyWithoutDoubt) {
                             {"displays", {{{"monitorName", "HDMI-A-1"}}}}}));
 }
 
-TEST_F(CableTest, AnActiveCableWithItsMarker) {
+TEST_F(CableTest, CablesWithTheirMarkers) {
     port();
     put("typec/port0-cable/identity/id_header", "0x1c00208e\n");         // passive, vendor 0x208e
     put("typec/port0-cable/identity/product_type_vdo1", "0x00000043\n"); // 5 A, 20 V, Gen 3
@@ -167,6 +167,12 @@ TEST_F(CableTest, AnActiveCableWithItsMarker) {
                                         {"maxVolts", 20},
                                         {"currentRating", "5 A"},
                                         {"maxWatts", 100}}));
+    put("typec/port0-cable/identity/id_header", "0x2000208e\n");         // active
+    put("typec/port0-cable/identity/product_type_vdo1", "0x00000054\n"); // 5 A, power through it, Gen 4
+    EXPECT_EQ(only().at("cable").at("speed"), "USB4 Gen 4 (80 Gbps)");
+    EXPECT_EQ(only().at("cable").at("maxWatts"), 100);
+    put("typec/port0-cable/identity/product_type_vdo1", "0x00000044\n"); // optical: no power through it
+    EXPECT_FALSE(only().at("cable").contains("maxWatts")) << "not reported is not a limit";
     put("typec/port0-cable/identity/id_header", "0x0\n");
     EXPECT_FALSE(only().contains("cable")) << "a marker that wasn't read";
 }
