@@ -28,6 +28,19 @@ PropertyValue numberOf(plist_t node) {
     }
 }
 
+struct NodeFree {
+    void operator()(void* node) const { plist_free(node); }
+};
+using Node = std::unique_ptr<void, NodeFree>;
+
+std::string binaryOf(const Node& node) {
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+    plist_to_bin(node.get(), &bytes, &size);
+    const std::unique_ptr<char, void (*)(char*)> owned(bytes, [](char* memory) { plist_to_bin_free(memory); });
+    return bytes == nullptr ? std::string() : std::string(bytes, size);
+}
+
 } // namespace
 
 std::optional<PropertyArray> numbersOfPropertyList(std::string_view bytes) {
@@ -36,7 +49,7 @@ std::optional<PropertyArray> numbersOfPropertyList(std::string_view bytes) {
     }
     plist_t raw = nullptr;
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &raw);
-    const std::unique_ptr<void, void (*)(void*)> root(raw, plist_free);
+    const Node root(raw);
     if (!root || plist_get_node_type(raw) != PLIST_ARRAY || plist_array_get_size(raw) > mostNumbers) {
         return std::nullopt;
     }
@@ -57,6 +70,22 @@ std::optional<std::string> readAttribute(const std::string& path, const char* na
         return std::nullopt;
     }
     return bytes;
+}
+
+std::string captureMark() {
+    return binaryOf(Node(plist_new_bool(1)));
+}
+
+std::string captureRectangle(const Rect& rect) {
+    const Node array(plist_new_array());
+    for (const double number : {rect.x, rect.y, rect.width, rect.height}) {
+        plist_array_append_item(array.get(), plist_new_real(number)); // the array owns it
+    }
+    return binaryOf(array);
+}
+
+bool writeAttribute(int file, const char* name, const std::string& bytes) {
+    return fsetxattr(file, name, bytes.data(), bytes.size(), 0) == 0;
 }
 
 } // namespace rb

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "motion/Geometry.h"
 #include "platform/PropertyList.h"
 
 #include <optional>
@@ -18,5 +19,13 @@ std::optional<PropertyArray> numbersOfPropertyList(std::string_view bytes);
 
 // The attribute's bytes; nothing when it is absent, unreadable or longer than any of ours.
 std::optional<std::string> readAttribute(const std::string& path, const char* name);
+
+// What the attributes of a capture hold, as binary property lists: true, and the array of x, y, width and height. The
+// rectangle is in points from the top left of the primary screen, y growing downwards.
+std::string captureMark();
+std::string captureRectangle(const Rect& rect);
+
+// Sets an attribute of an open file; false where the file system keeps none, or has no room.
+[[nodiscard]] bool writeAttribute(int file, const char* name, const std::string& bytes);
 
 } // namespace rb

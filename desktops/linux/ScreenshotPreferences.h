@@ -13,8 +13,8 @@ namespace rb {
 
 class LinuxUserDefaults;
 
-// The screenshot settings in a file of ours, screencapture.json beside the user defaults. For now only this program
-// goes by it; unknown keys stay in it.
+// The screenshot settings in a file of ours, screencapture.json beside the user defaults. rookbay-capture goes by it;
+// unknown keys stay in it.
 class LinuxScreenshotPreferences final : public ScreenshotPreferences {
 public:
     LinuxScreenshotPreferences(LinuxUserDefaults& defaults, Log& log);

@@ -35,6 +35,8 @@ public:
     // Takes the selection; false when the server refuses.
     bool take(std::vector<SelectionForm> forms);
     xcb_window_t window() const { return window_; }
+    // Somebody is still taking a large answer away.
+    bool isSending() const { return !sendings_.empty(); }
     // Before the program ends: gives what it holds to a clipboard manager, where one runs. Waits for it a moment.
     void handOver();
 
