@@ -1,10 +1,8 @@
-#include "helpers/linux/display/DdcBus.h"
+#include "helpers/shared/DdcCi.h"
 
-#include <deque>
-#include <functional>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <numeric>
-#include <vector>
 
 namespace rb {
 
@@ -12,151 +10,128 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes reply(Bytes payload) {
-    Bytes bytes{0x6E, static_cast<std::uint8_t>(0x80 | payload.size())};
-    bytes.insert(bytes.end(), payload.begin(), payload.end());
-    bytes.push_back(std::accumulate(bytes.begin(), bytes.end(), std::uint8_t{0x50},
-                                    [](std::uint8_t a, std::uint8_t b) { return static_cast<std::uint8_t>(a ^ b); }));
-    return bytes;
-}
-
-Bytes powerMode(std::uint8_t mode) {
-    return reply({0x02, 0x00, 0xD6, 0x00, 0x00, 0x05, 0x00, mode});
-}
-
-const Bytes unsupported = reply({0x02, 0x01, 0xD6, 0x00, 0x00, 0x00, 0x00, 0x00});
-const Bytes emptyReply{0x6E, 0x80, 0xBE};
-const Bytes silence{}; // nobody takes the address
-
-// A monitor at the level of bytes, with the time that its bus takes. It answers what the test lines up, the last again
-// and again, and demands the pauses that the standard asks for.
-class SimulatedMonitor final : public I2cBuses {
+// A monitor on the other end of the line, which answers as the standard says unless it is made to fail.
+class SimulatedMonitor final : public I2cLine {
 public:
-    Opened open(int bus) override {
-        opened.push_back(bus);
-        if (failure != Exchange::Done) {
-            return {nullptr, failure};
+    std::optional<Exchange> write(std::span<const std::uint8_t> bytes) override {
+        ++writes;
+        if (deaf) {
+            return Exchange::NoReply;
         }
-        return {std::make_unique<Bus>(*this), Exchange::Done};
+        const Bytes received(bytes.begin(), bytes.end());
+        EXPECT_EQ(std::accumulate(received.begin(), received.end(), 0x6E, std::bit_xor<int>()), 0) << "checksum";
+        answer.clear();
+        if (received.size() == 5 && received[2] == 0x01) {
+            answer = reply(received[3]);
+        } else if (received.size() == 7 && received[2] == 0x03 && received[3] == powerModeFeature) {
+            mode = received[5];
+            settings.push_back(mode);
+        }
+        return std::nullopt;
     }
-    void pause(double seconds) override { time += seconds; }
-    double now() override { return time; }
-
-    std::deque<Bytes> answers{powerMode(powerOn)};
-    int refusedWrites = 0;
-    double slowness = 0; // seconds a message
-    Exchange failure = Exchange::Done;
-    double time = 0;
-    std::vector<int> opened;
-    std::vector<Bytes> written;
-
-private:
-    class Bus final : public I2cBus {
-    public:
-        explicit Bus(SimulatedMonitor& monitor)
-            : monitor_(monitor) {}
-        bool write(std::span<const std::uint8_t> bytes) override {
-            monitor_.time += monitor_.slowness;
-            monitor_.written.emplace_back(bytes.begin(), bytes.end());
-            EXPECT_GE(monitor_.time - last_, 0.05) << "between two messages";
-            last_ = monitor_.time;
-            return monitor_.refusedWrites-- <= 0;
+    std::optional<Exchange> read(std::span<std::uint8_t> bytes) override {
+        ++reads;
+        if (deaf) {
+            return Exchange::NoReply;
         }
-        bool read(std::span<std::uint8_t> bytes) override {
-            monitor_.time += monitor_.slowness;
-            EXPECT_GE(monitor_.time - last_, 0.04) << "before an answer";
-            const Bytes answer = monitor_.answers.front();
-            if (monitor_.answers.size() > 1) {
-                monitor_.answers.pop_front();
-            }
-            if (answer.empty()) {
-                return false;
-            }
-            for (std::size_t i = 0; i < bytes.size(); ++i) {
-                bytes[i] = i < answer.size() ? answer[i] : answer.back();
-            }
-            return true;
+        if (nullsLeft > 0) {
+            --nullsLeft;
+            answer = {0x6E, 0x80, 0xBE};
+        } else if (garbledLeft > 0) {
+            --garbledLeft;
+            answer.at(9) ^= 0x10U;
         }
+        std::fill(bytes.begin(), bytes.end(), std::uint8_t{0});
+        std::copy_n(answer.begin(), std::min(answer.size(), bytes.size()), bytes.begin());
+        return std::nullopt;
+    }
+    void pause(double seconds) override { waited += seconds; }
+    std::string explainAccess(Exchange /*exchange*/) const override { return "denied"; }
 
-    private:
-        SimulatedMonitor& monitor_;
-        double last_ = -1;
-    };
+    Bytes reply(std::uint8_t feature) const {
+        Bytes bytes{0x6E, 0x88, 0x02, knowsPower ? std::uint8_t{0} : std::uint8_t{1}, feature, 0, 0, 5, 0, mode};
+        bytes.push_back(std::accumulate(bytes.begin(), bytes.end(), std::uint8_t{0x50}, std::bit_xor<std::uint8_t>()));
+        return bytes;
+    }
+
+    bool deaf = false;
+    bool knowsPower = true;
+    int nullsLeft = 0;
+    int garbledLeft = 0;
+    std::uint8_t mode = powerOn;
+    Bytes settings = {};
+    Bytes answer = {};
+    int writes = 0;
+    int reads = 0;
+    double waited = 0;
 };
 
-class DdcTest : public testing::Test {
-protected:
-    SimulatedMonitor monitor_;
-    DdcBus bus_{monitor_};
-};
-
-TEST_F(DdcTest, TheMessagesAreTheStandards) {
-    const auto reading = bus_.readPowerMode(7);
-    EXPECT_EQ(reading.exchange, Exchange::Done);
-    EXPECT_EQ(reading.mode, powerOn);
-    EXPECT_EQ(bus_.writePowerMode(7, powerStandby), Exchange::Done);
-    EXPECT_EQ(monitor_.written,
-              (std::vector<Bytes>{{0x51, 0x82, 0x01, 0xD6, 0x6A}, {0x51, 0x84, 0x03, 0xD6, 0x00, 0x04, 0x6A}}));
-    EXPECT_EQ(monitor_.opened, (std::vector<int>{7, 7})) << "one bus and no other";
+TEST(DdcMessageTest, AreBuiltAsTheStandardSays) {
+    EXPECT_EQ(featureRequest(0x10), (Bytes{0x51, 0x82, 0x01, 0x10, 0xAC})) << "the standard's own example";
+    EXPECT_EQ(featureSetting(0x10, 0x0132), (Bytes{0x51, 0x84, 0x03, 0x10, 0x01, 0x32, 0x9B}));
 }
 
-TEST_F(DdcTest, OnlyOnAndTheStandbyThatACommandEndsAreWritten) {
+TEST(DdcMessageTest, EveryChangedBitOfAReplyIsNoticed) {
+    SimulatedMonitor monitor;
+    monitor.mode = powerStandby;
+    const Bytes good = monitor.reply(powerModeFeature);
+    EXPECT_EQ(parseFeatureReply(good, powerModeFeature).exchange, Exchange::Done);
+    EXPECT_EQ(parseFeatureReply(good, powerModeFeature).value, powerStandby);
+    EXPECT_EQ(parseFeatureReply(good, 0x10).exchange, Exchange::Garbled) << "the answer to another question";
+    for (std::size_t bit = 0; bit < good.size() * 8; ++bit) {
+        Bytes bad = good;
+        bad[bit / 8] = static_cast<std::uint8_t>(bad[bit / 8] ^ 1U << bit % 8);
+        EXPECT_NE(parseFeatureReply(bad, powerModeFeature).exchange, Exchange::Done) << "bit " << bit;
+    }
+    for (std::size_t size = 0; size < good.size(); ++size) {
+        EXPECT_EQ(parseFeatureReply(std::span(good).first(size), powerModeFeature).exchange, Exchange::NoReply);
+    }
+    EXPECT_EQ(parseFeatureReply(Bytes(11, 0xFF), powerModeFeature).exchange, Exchange::NoReply);
+    EXPECT_EQ(parseFeatureReply(Bytes(11, 0), powerModeFeature).exchange, Exchange::NoReply);
+    Bytes tooLong = good;
+    tooLong[1] = 0xFF;
+    EXPECT_EQ(parseFeatureReply(tooLong, powerModeFeature).exchange, Exchange::Garbled);
+}
+
+TEST(DdcPowerTest, AnswersThatComeLateOrBrokenAreAskedForAgain) {
+    for (const bool garbled : {false, true}) {
+        SimulatedMonitor monitor;
+        (garbled ? monitor.garbledLeft : monitor.nullsLeft) = 2;
+        DdcPower display(monitor);
+        const PowerReading reading = display.readPowerMode();
+        EXPECT_EQ(reading.exchange, Exchange::Done);
+        EXPECT_EQ(reading.mode, powerOn);
+        EXPECT_EQ(monitor.writes, 3);
+    }
+}
+
+TEST(DdcPowerTest, AMonitorThatNeverAnswersIsGivenUpInTime) {
+    SimulatedMonitor monitor;
+    DdcPower display(monitor);
+    const auto ok = [](const std::string& text) { return nlohmann::json::parse(text).at("ok").get<bool>(); };
+    monitor.nullsLeft = 100;
+    EXPECT_FALSE(ok(probe(display)));
+    monitor.deaf = true;
+    EXPECT_FALSE(ok(probe(display)));
+    EXPECT_FALSE(ok(sleepDisplay(display)));
+    EXPECT_FALSE(ok(wakeDisplay(display)));
+    EXPECT_LT(monitor.waited, 2.0) << "of the five seconds that a command has";
+    monitor.deaf = false;
+    monitor.nullsLeft = 0;
+    monitor.knowsPower = false;
+    EXPECT_EQ(display.readPowerMode().exchange, Exchange::Unsupported);
+}
+
+TEST(DdcPowerTest, OnlyOnAndStandbyAreWritten) {
+    SimulatedMonitor monitor;
+    DdcPower display(monitor);
     for (int mode = 0; mode < 256; ++mode) {
-        const auto value = static_cast<std::uint8_t>(mode);
-        const bool allowed = value == powerOn || value == powerStandby;
-        EXPECT_EQ(bus_.writePowerMode(3, value), allowed ? Exchange::Done : Exchange::Unsupported);
+        const bool allowed = mode == powerOn || mode == powerStandby;
+        EXPECT_EQ(display.writePowerMode(static_cast<std::uint8_t>(mode)),
+                  allowed ? Exchange::Done : Exchange::Unsupported);
     }
-    EXPECT_EQ(monitor_.written.size(), 2U);
-}
-
-TEST_F(DdcTest, PatienceWithAnswersThatComeLate) {
-    Bytes wrongSum = powerMode(powerOn);
-    wrongSum.back() ^= 1;
-    Bytes otherFeature = reply({0x02, 0x00, 0x10, 0x00, 0x00, 0x64, 0x00, 0x32});
-    monitor_.answers = {silence, emptyReply, wrongSum, otherFeature, Bytes(11, 0), powerMode(powerStandby)};
-    monitor_.refusedWrites = 1;
-    const auto reading = bus_.readPowerMode(1);
-    EXPECT_EQ(reading.exchange, Exchange::Done);
-    EXPECT_EQ(reading.mode, powerStandby);
-    EXPECT_EQ(monitor_.written.size(), 7U);
-}
-
-TEST_F(DdcTest, WhatGoesWrongForGoodIsToldApart) {
-    Bytes wrongSum = powerMode(powerOn);
-    wrongSum[9] ^= 4;
-    struct Case {
-        const char* name;
-        Bytes answer;
-        Exchange expected;
-    };
-    for (const Case& tested : std::vector<Case>{{"nobody there", silence, Exchange::NoReply},
-                                                {"empty answers", emptyReply, Exchange::NoReply},
-                                                {"an undriven bus", Bytes(11, 0xFF), Exchange::NoReply},
-                                                {"wrong sums", wrongSum, Exchange::Garbled},
-                                                {"an impossible length", {0x6E, 0xFF, 0x00}, Exchange::Garbled},
-                                                {"no length mark", {0x6E, 0x08, 0x02}, Exchange::Garbled},
-                                                {"an unknown feature", unsupported, Exchange::Unsupported}}) {
-        SCOPED_TRACE(tested.name);
-        monitor_ = SimulatedMonitor();
-        monitor_.answers = {tested.answer};
-        EXPECT_EQ(bus_.readPowerMode(1).exchange, tested.expected);
-        EXPECT_LE(monitor_.time, 2) << "whoever waits gives up after five seconds";
-        EXPECT_EQ(monitor_.written.size(), tested.expected == Exchange::Unsupported ? 1U : monitor_.written.size());
-    }
-    monitor_ = SimulatedMonitor();
-    monitor_.refusedWrites = 1000;
-    monitor_.slowness = 0.4; // a bus that hangs until its time-out
-    EXPECT_EQ(bus_.writePowerMode(1, powerOn), Exchange::NoReply);
-    EXPECT_LE(monitor_.time, 2);
-    monitor_.failure = Exchange::NoAccess;
-    EXPECT_EQ(bus_.readPowerMode(1).exchange, Exchange::NoAccess);
-    EXPECT_EQ(bus_.writePowerMode(1, powerOn), Exchange::NoAccess);
-}
-
-TEST_F(DdcTest, ASettingThatIsRefusedIsTriedAgain) {
-    monitor_.refusedWrites = 2;
-    EXPECT_EQ(bus_.writePowerMode(1, powerOn), Exchange::Done);
-    EXPECT_EQ(monitor_.written.size(), 3U) << "and not once more than needed";
+    EXPECT_EQ(monitor.settings, (Bytes{powerOn, powerStandby}));
+    EXPECT_EQ(monitor.reads, 0) << "reading would wake a display in standby";
 }
 
 } // namespace

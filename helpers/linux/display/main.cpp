@@ -1,8 +1,7 @@
-#include "helpers/linux/display/Commands.h"
-#include "helpers/linux/display/DdcBus.h"
-#include "helpers/linux/display/I2cDevices.h"
-#include "helpers/linux/shared/Answer.h"
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/linux/display/Channels.h"
+#include "helpers/linux/display/I2cDevice.h"
+#include "helpers/shared/Answer.h"
+#include "helpers/shared/Usage.h"
 
 #include <string>
 #include <vector>
@@ -56,10 +55,10 @@ int main(int count, char** words) {
     if (!channel) {
         return rb::sayLine(rb::Outcome(false).message("找不到这个控制通道；显示器可能已更换。").text()) ? 0 : 1;
     }
-    rb::I2cDevices devices;
-    rb::DdcBus bus(devices);
-    const std::string answer = arguments[0] == "probe"   ? rb::probe(*channel, bus)
-                               : arguments[0] == "sleep" ? rb::sleepDisplay(*channel, bus)
-                                                         : rb::wakeDisplay(*channel, bus);
+    rb::I2cDevice line(channel->bus);
+    rb::DdcPower display(line);
+    const std::string answer = arguments[0] == "probe"   ? rb::probe(display)
+                               : arguments[0] == "sleep" ? rb::sleepDisplay(display)
+                                                         : rb::wakeDisplay(display);
     return rb::sayLine(answer) ? 0 : 1;
 }

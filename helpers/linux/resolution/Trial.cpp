@@ -3,7 +3,7 @@
 #include "helpers/linux/resolution/Guardian.h"
 #include "helpers/linux/resolution/Record.h"
 #include "helpers/linux/resolution/Server.h"
-#include "helpers/linux/shared/Answer.h"
+#include "helpers/shared/Answer.h"
 
 #include <array>
 #include <cerrno>
