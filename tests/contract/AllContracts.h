@@ -2,8 +2,11 @@
 
 // The suites that every desktop passes. A desktop's test includes this once and instantiates all of them:
 //     ROOKBAY_INSTANTIATE_CONTRACTS(Virtual, (DesktopCase{"Virtual", createVirtualDesktop}))
+// and DisplaysContract on a desktop whose display has several modes.
 
 #include "tests/contract/AlertsContract.h"
+#include "tests/contract/ChildProcessesContract.h"
+#include "tests/contract/DisplaysContract.h"
 #include "tests/contract/FactsContract.h"
 #include "tests/contract/HotKeysContract.h"
 #include "tests/contract/PanelsContract.h"
@@ -19,6 +22,7 @@
 
 #define ROOKBAY_INSTANTIATE_CONTRACTS(prefix, desktopCase)                                                             \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, AlertsContract, desktopCase);                                                 \
+    ROOKBAY_INSTANTIATE_CONTRACT(prefix, ChildProcessesContract, desktopCase);                                         \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, FactsContract, desktopCase);                                                  \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, HotKeysContract, desktopCase);                                                \
     ROOKBAY_INSTANTIATE_CONTRACT(prefix, PanelsContract, desktopCase);                                                 \
