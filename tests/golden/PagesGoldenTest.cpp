@@ -150,8 +150,6 @@ TEST_P(DarkPagesGolden, AtTwoPixelsAPoint) {
 TEST_P(DarkPagesGolden, EmptyAndBusy) {
     expect("displays-empty", {.rows = none_, .connections = nothing_});
     expect("displays-busy", {.rows = full_, .connections = nothing_, .busy = true});
-    expect("connections-busy", {.rows = none_, .connections = nothing_, .busy = true, .selectedPage = connectionsPage});
-    expect("connections-empty", {.rows = none_, .connections = nothing_, .selectedPage = connectionsPage});
 }
 
 TEST_P(DarkPagesGolden, ErrorsAndWhatIsOutOfReach) {
