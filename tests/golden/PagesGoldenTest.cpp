@@ -150,6 +150,7 @@ TEST_P(DarkPagesGolden, AtTwoPixelsAPoint) {
 TEST_P(DarkPagesGolden, EmptyAndBusy) {
     expect("displays-empty", {.rows = none_, .connections = nothing_});
     expect("displays-busy", {.rows = full_, .connections = nothing_, .busy = true});
+    expect("connections-empty", {.rows = none_, .connections = nothing_, .selectedPage = connectionsPage});
 }
 
 TEST_P(DarkPagesGolden, ErrorsAndWhatIsOutOfReach) {
