@@ -235,6 +235,9 @@ Image LinuxThumbnails::iconForFile(const std::string& path, double side) {
                                          Size{side, side});
 }
 
+// As Qt counts: the compression that takes a fifth of the usual one's time, for a file a little larger.
+constexpr int quickPng = 88;
+
 SharedBytes LinuxThumbnails::pngData(const std::string& path) {
     QImageReader reader(QString::fromStdString(path));
     reader.setDecideFormatFromContent(true);
@@ -243,7 +246,7 @@ SharedBytes LinuxThumbnails::pngData(const std::string& path) {
     const QImage picture = qint64{size.width()} * size.height() > mostPixels ? QImage() : reader.read();
     QByteArray png;
     QBuffer buffer(&png);
-    if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG")) {
+    if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG", quickPng)) {
         return nullptr;
     }
     return std::make_shared<const Bytes>(png.begin(), png.end());

@@ -65,6 +65,12 @@ public:
     virtual bool chooseInPoppedUpMenu(const StatusItem& item, const std::string& title) = 0;
     // Outside of the popover, which is on the screen.
     virtual void pressElsewhere(Popover& popover) = 0;
+    // Gives the primary screen's display another one of its modes.
+    virtual void changeMode() = 0;
+
+    // Paths of programs: one writes its arguments as echo does, one copies its input to its output as cat does.
+    virtual std::string echoProgram() = 0;
+    virtual std::string catProgram() = 0;
 };
 
 // One desktop on which the suites run, with its name in the tests' names.

@@ -6,6 +6,7 @@
 #include "desktops/linux/MenuAction.h"
 #include "desktops/linux/MenuWidget.h"
 #include "desktops/linux/Window.h"
+#include "platform/Displays.h"
 #include "platform/HotKeys.h"
 
 #include <QAbstractButton>
@@ -16,6 +17,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <utility>
@@ -66,7 +68,8 @@ std::vector<MenuWidget*> openMenus() {
 
 } // namespace
 
-LinuxDesktopUnderTest::LinuxDesktopUnderTest() {
+LinuxDesktopUnderTest::LinuxDesktopUnderTest(const SessionOptions& options)
+    : session_(options) {
     for (const auto& [name, value] : session_.environment) {
         ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): before there are threads
     }
@@ -219,6 +222,20 @@ void LinuxDesktopUnderTest::pressElsewhere(Popover& /*popover*/) {
     until([this] { return !session_.x().viewableOfClass("rookbay-popover").empty(); });
     session_.x().click(300, 600);
     live(0.05);
+}
+
+void LinuxDesktopUnderTest::changeMode() {
+    const auto display = desktop_->services().displays.all().front();
+    for (const DisplayMode& mode : display.modes) {
+        if (mode != *display.currentMode) {
+            char number[16] = {};
+            std::snprintf(number, sizeof number, "0x%x", static_cast<unsigned>(mode.modeID));
+            Program& xrandr = session_.start({"xrandr", "--output", display.name, "--mode", number});
+            xrandr.waitForExit();
+            return;
+        }
+    }
+    throw std::logic_error("the display has only one mode");
 }
 
 // Looks into submenus as a person does, by pointing at them.
