@@ -43,6 +43,9 @@ public:
     ~RBClothesline();
 
     void start();
+    // Ends what the start began: the line goes up and watches nothing, the screenshot settings are the user's own. The
+    // cards stay for the next start.
+    void stop();
     const std::shared_ptr<Menu>& menu() const { return lineMenu_.menu(); }
     void beginPreviewPanelControl(PreviewPanel& panel) { quickLook_.beginPreviewPanelControl(panel); }
     void endPreviewPanelControl(PreviewPanel& panel) { quickLook_.endPreviewPanelControl(panel); }
@@ -149,6 +152,7 @@ private:
     LineCaptures captures_;
     DelayedCalls later_;
     Handle screensWatch_;
+    bool started_ = false;
 };
 
 } // namespace rb
