@@ -166,9 +166,9 @@ Image ImportedMenu::Taking::icon(const QVariantMap& properties) {
         QBuffer buffer(&data);
         QImageReader reader(&buffer);
         const QSize size = reader.size();
-        const int pixels = size.width() * size.height();
-        if (size.isValid() && size.width() <= largestIcon && size.height() <= largestIcon && pixels <= iconPixels) {
-            iconPixels -= pixels;
+        const bool isIcon = size.isValid() && size.width() <= largestIcon && size.height() <= largestIcon;
+        if (isIcon && size.width() * size.height() <= iconPixels) {
+            iconPixels -= size.width() * size.height();
             image = reader.read();
         }
     }

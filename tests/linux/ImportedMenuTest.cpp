@@ -1,5 +1,6 @@
 #include "desktops/linux/ImportedMenu.h"
 
+#include <QDataStream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -154,6 +155,20 @@ TEST_F(ImportedMenuTest, CyclesEnd) {
     EXPECT_LE(levels, ImportedMenu::mostLevels + 1);
 }
 
+// The head of a bitmap of 100,000 pixels each way.
+QByteArray hugePicture() {
+    QByteArray bytes("BM");
+    QDataStream stream(&bytes, QIODevice::Append);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    constexpr qint32 side = 100000;
+    stream << qint32{1000} << qint32{0} << qint32{54};
+    stream << qint32{40} << side << side << qint16{1} << qint16{24};
+    for (int i = 0; i < 6; ++i) {
+        stream << qint32{0};
+    }
+    return bytes + QByteArray(1000, 'x');
+}
+
 TEST_F(ImportedMenuTest, GarbageMakesPlainRows) {
     ExportedItem root = line(0, {}, {line(1, {{"label", 5}, {"icon-data", QByteArray("no picture")}})});
     root.children.append(QDBusVariant(QStringLiteral("not a line")));
@@ -161,6 +176,8 @@ TEST_F(ImportedMenuTest, GarbageMakesPlainRows) {
     ASSERT_EQ(items().size(), 2U);
     EXPECT_EQ(items()[0]->image, Image{});
     EXPECT_EQ(items()[1]->title, "");
+    menu.take(0, line(0, {}, {line(1, {{"icon-data", hugePicture()}})}));
+    EXPECT_EQ(items()[0]->image, Image{});
 }
 
 } // namespace
