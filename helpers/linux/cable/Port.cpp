@@ -110,7 +110,9 @@ std::vector<PortFacts> readPorts(const Sysfs& sysfs) {
     std::vector<std::string> names;
     for (const std::string& name : Sysfs::names(sysfs.at("/sys/class/typec"))) {
         const std::string number = name.starts_with("port") ? name.substr(4) : "";
-        if (!number.empty() && number.find_first_not_of("0123456789") == std::string::npos) {
+        constexpr std::size_t mostDigits = 5;
+        if (!number.empty() && number.size() <= mostDigits &&
+            number.find_first_not_of("0123456789") == std::string::npos) {
             names.push_back(name);
         }
     }
