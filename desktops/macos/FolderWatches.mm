@@ -34,7 +34,7 @@ struct MacOpenFolder final : OpenFolder {
 
 std::shared_ptr<OpenFolder> MacFolderWatches::open(const std::string& path) {
     constexpr int forEventsOnly = 0x8000; // O_EVTONLY
-    const int fd = ::open(nsString(path).fileSystemRepresentation, forEventsOnly);
+    const int fd = ::open(nsString(path).fileSystemRepresentation, forEventsOnly | O_CLOEXEC);
     return fd < 0 ? nullptr : std::make_shared<MacOpenFolder>(path, fd);
 }
 

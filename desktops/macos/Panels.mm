@@ -28,6 +28,7 @@ public:
     explicit MacPanel(const PanelSpec& spec);
     ~MacPanel() override {
         content_.input = nullptr;
+        [content_ forgetDrag]; // its session holds the view
         orderOut();
     }
     MacPanel(const MacPanel&) = delete;

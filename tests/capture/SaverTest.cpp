@@ -1,6 +1,7 @@
 #include "helpers/capture/Saver.h"
 #include "desktops/linux/CaptureAttributes.h"
 #include "desktops/linux/FolderWatches.h"
+#include "desktops/linux/UniqueFd.h"
 #include "tests/linux/LinuxFixture.h"
 
 #include <gtest/gtest.h>
@@ -93,9 +94,14 @@ TEST_F(CaptureSaverTest, IsCompleteTheMomentItHasItsName) {
     std::thread watcher([&] {
         while (!done) {
             for (const FolderEntry& entry : LinuxFolderWatches().list(folder_)) {
-                const std::string text = readText(entry.path);
-                EXPECT_EQ(text.size(), 300'000U) << entry.path;
-                EXPECT_TRUE(readAttribute(entry.path, captureMarkAttribute));
+                // Held open, because it goes again soon.
+                const UniqueFd held(open(entry.path.c_str(), O_RDONLY | O_CLOEXEC));
+                if (!held) {
+                    continue;
+                }
+                const std::string path = "/proc/self/fd/" + std::to_string(held.get());
+                EXPECT_EQ(readText(path).size(), 300'000U) << entry.path;
+                EXPECT_TRUE(readAttribute(path, captureMarkAttribute));
                 ++seen;
             }
         }

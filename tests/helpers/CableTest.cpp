@@ -1,5 +1,5 @@
-#include "helpers/linux/cable/CableIdentity.h"
 #include "helpers/linux/cable/Snapshot.h"
+#include "helpers/shared/CableIdentity.h"
 
 #include "tests/helpers/EdidBlock.h"
 

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 // A monitor that can be made to fail, and keeps count of what it was asked.
 class SimulatedBus final : public PowerBus {
 public:
-    Reading readPowerMode(int bus) override {
+    PowerReading readPowerMode(int bus) override {
         log += "read" + std::to_string(bus) + " ";
         return {readOutcome, mode};
     }

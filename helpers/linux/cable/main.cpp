@@ -1,6 +1,6 @@
 #include "helpers/linux/cable/Snapshot.h"
-#include "helpers/linux/shared/Answer.h"
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/shared/Answer.h"
+#include "helpers/shared/Usage.h"
 
 #include <string>
 #include <vector>

@@ -13,8 +13,6 @@ namespace rb {
 
 namespace {
 
-constexpr DDCA_Vcp_Feature_Code powerModeFeature = 0xD6;
-
 Exchange exchangeOf(DDCA_Status status) {
     switch (status) {
     case 0:
@@ -85,7 +83,7 @@ DdcutilBus::DdcutilBus() {
     ddca_enable_verify(false);
 }
 
-PowerBus::Reading DdcutilBus::readPowerMode(int bus) {
+PowerReading DdcutilBus::readPowerMode(int bus) {
     if (const Exchange access = accessTo(bus); access != Exchange::Done) {
         return {access, 0};
     }

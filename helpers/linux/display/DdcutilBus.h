@@ -11,7 +11,7 @@ void keepLibraryOffStandardOutput();
 class DdcutilBus final : public PowerBus {
 public:
     DdcutilBus();
-    Reading readPowerMode(int bus) override;
+    PowerReading readPowerMode(int bus) override;
     Exchange writePowerMode(int bus, std::uint8_t mode) override;
     void pause(double seconds) override;
 };

@@ -1,7 +1,7 @@
 #include "helpers/linux/display/Commands.h"
 #include "helpers/linux/display/DdcutilBus.h"
-#include "helpers/linux/shared/Answer.h"
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/shared/Answer.h"
+#include "helpers/shared/Usage.h"
 
 #include <string>
 #include <vector>

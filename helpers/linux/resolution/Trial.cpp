@@ -2,7 +2,7 @@
 
 #include "helpers/linux/resolution/Guardian.h"
 #include "helpers/linux/resolution/ModeChange.h"
-#include "helpers/linux/shared/Answer.h"
+#include "helpers/shared/Answer.h"
 
 #include <array>
 #include <cerrno>

@@ -1,5 +1,5 @@
 #include "helpers/linux/resolution/Trial.h"
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/shared/Usage.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "helpers/linux/cable/CableIdentity.h"
+#include "helpers/shared/CableIdentity.h"
 
 #include <algorithm>
 #include <array>

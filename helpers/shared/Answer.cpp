@@ -1,4 +1,4 @@
-#include "helpers/linux/shared/Answer.h"
+#include "helpers/shared/Answer.h"
 
 #include <cerrno>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/shared/Usage.h"
 
 #include <cstdio>
 
