@@ -12,6 +12,7 @@ namespace rb {
 
 RBClothesline::RBClothesline(const Desktop& desktop, Toasts& toasts)
     : desktop_(desktop)
+    , transit_(*this)
     , actions_(desktop, *this, toasts)
     , cardMenu_(*this)
     , quickLook_(desktop, *this)

@@ -40,6 +40,7 @@ public:
     void orderOut() override;
     bool isVisible() const override { return panel_.visible != NO; }
     void setIgnoresMouseEvents(bool ignores) override;
+    bool setMouseAreas(const std::vector<Rect>& /*areas*/) override { return false; }
     void setInput(PanelInput* input) override { content_.input = input; }
     void beginDrag(const FileDrag& drag) override { [content_ beginDrag:drag]; }
     // At the event that is being told, which AppKit takes the place from.

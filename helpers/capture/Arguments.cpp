@@ -55,6 +55,9 @@ CaptureArguments readCaptureArguments(const std::vector<std::string>& arguments)
                                                                   {"--window", CaptureArea::Window},
                                                                   {"--active-window", CaptureArea::ActiveWindow},
                                                                   {"--all-displays", CaptureArea::AllDisplays}};
+    if (!arguments.empty() && arguments.front() == showThumbnailCommand && arguments.size() == 4) {
+        return {.action = CaptureArguments::Action::ShowThumbnail};
+    }
     CaptureArguments read;
     std::optional<std::string> areaWord;
     for (auto word = arguments.begin(); word != arguments.end(); ++word) {

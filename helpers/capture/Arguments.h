@@ -11,7 +11,7 @@ enum class CaptureArea { Screen, Region, Window, ActiveWindow, AllDisplays };
 
 // A pure reading of the command line of rookbay-capture.
 struct CaptureArguments {
-    enum class Action { Capture, ServeClipboard, Help, Version, Refuse };
+    enum class Action { Capture, ServeClipboard, ShowThumbnail, Help, Version, Refuse };
     Action action = Action::Capture;
     CaptureArea area = CaptureArea::Screen;
     double delay = 0; // seconds
@@ -30,8 +30,10 @@ inline constexpr int Cancelled = 3;
 inline constexpr int Busy = 4;
 } // namespace CaptureExit
 
-// The program calls itself by this word to keep a picture on the clipboard after it has ended.
+// The program calls itself by these words to keep a picture on the clipboard after it has ended, and to show a
+// thumbnail: then x, y (pixels) and the file follow.
 inline constexpr const char* serveClipboardCommand = "--serve-clipboard";
+inline constexpr const char* showThumbnailCommand = "--show-thumbnail";
 
 // Without the program's own name.
 CaptureArguments readCaptureArguments(const std::vector<std::string>& arguments);

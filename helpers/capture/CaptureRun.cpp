@@ -11,6 +11,7 @@
 #include "helpers/capture/FileName.h"
 #include "helpers/capture/Notice.h"
 #include "helpers/capture/ScreenPixels.h"
+#include "helpers/capture/Thumbnail.h"
 #include "helpers/capture/WindowPlaces.h"
 
 #include <QBuffer>
@@ -66,15 +67,6 @@ private:
     std::array<char*, 4> words_ = {name_.data(), option_.data(), platform_.data(), nullptr};
     std::optional<QGuiApplication> application_;
 };
-
-// Windows are kept whole behind others only while something composes the screen from them.
-bool isComposed(XConnection& connection) {
-    const std::string name = "_NET_WM_CM_S" + std::to_string(connection.screenNumber());
-    const auto cookie = xcb_get_selection_owner(connection.get(), connection.atom(name));
-    const XReply<xcb_get_selection_owner_reply_t> owner(
-        xcb_get_selection_owner_reply(connection.get(), cookie, nullptr));
-    return owner && owner->owner != XCB_WINDOW_NONE;
-}
 
 // As it is seen, or, when something covers it and its own contents can be had, those.
 Shot windowShot(XConnection& connection, const ScreenPixels& pixels, const std::vector<WindowPlace>& windows,
@@ -160,7 +152,8 @@ std::string nameForNow() {
     return captureName(parts, speaksChinese([](const char* name) { return qgetenv(name).toStdString(); }));
 }
 
-int save(const CaptureDestination& to, const CaptureFile& file) {
+// The path of the file, which is printed; empty when there is none.
+std::string save(const CaptureDestination& to, const CaptureFile& file) {
     const std::string name = to.name.empty() ? nameForNow() : to.name;
     SavedCapture saved = saveCapture(to.folder, name, to.extension, file);
     if (saved.path.empty() && !to.fallback.empty()) {
@@ -173,14 +166,14 @@ int save(const CaptureDestination& to, const CaptureFile& file) {
     }
     if (saved.path.empty()) {
         tellUser("无法存到“" + to.folder + "”：" + saved.error);
-        return CaptureExit::Failed;
+    } else {
+        std::printf("%s\n", saved.path.c_str());
+        std::fflush(stdout);
     }
-    std::printf("%s\n", saved.path.c_str());
-    std::fflush(stdout);
-    return CaptureExit::Taken;
+    return saved.path;
 }
 
-int deliver(const Shot& shot, CaptureDestination to, const std::vector<CaptureDisplay>& displays) {
+int deliver(const Shot& shot, CaptureDestination to, bool thumbnail, const std::vector<CaptureDisplay>& displays) {
     if (to.toClipboard && !putOnClipboard(encoded(shot.picture, "png"))) {
         tellUser("无法拷贝到剪贴板");
         return CaptureExit::Failed;
@@ -199,7 +192,14 @@ int deliver(const Shot& shot, CaptureDestination to, const std::vector<CaptureDi
         tellUser("无法生成图片");
         return CaptureExit::Failed;
     }
-    return save(to, file);
+    const std::string path = save(to, file);
+    if (path.empty()) {
+        return CaptureExit::Failed;
+    }
+    if (thumbnail) {
+        showThumbnail(path, {shot.area.x + shot.area.width / 2, shot.area.y + shot.area.height / 2});
+    }
+    return CaptureExit::Taken;
 }
 
 CapturePlaces places() {
@@ -244,6 +244,7 @@ int runCapture(const CaptureArguments& arguments) {
     if (asking ? !lock.take() : lock.isTaken()) {
         return fail("另一次截图正在进行", CaptureExit::Busy);
     }
+    putThumbnailAway(*connection);
     // The picture first: Qt's application, which takes much longer, comes when the screen stands still already.
     LinuxLog log;
     LinuxRunLoop loop(log);
@@ -271,7 +272,7 @@ int runCapture(const CaptureArguments& arguments) {
         taking = failed("无法读取屏幕");
     }
     if (taking.exit == CaptureExit::Taken) {
-        return deliver(taking.shot, to, displays);
+        return deliver(taking.shot, to, settings.thumbnail, displays);
     }
     return taking.error.empty() ? taking.exit : fail(taking.error, taking.exit);
 }

@@ -127,12 +127,9 @@ void Chooser::ask(const std::vector<CaptureDisplay>& displays, std::function<voi
         grab();
         if (hasMouse_ && hasKeys_) {
             retry_.reset();
-        } else if (++attempts_ == mostAttempts) {
+        } else if (++attempts_ == mostAttempts && !hasMouse_) {
             // Without the keys the mouse still chooses and cancels.
-            retry_.reset();
-            if (!hasMouse_) {
-                finish({.kind = CaptureChoice::Kind::NoMouse});
-            }
+            finish({.kind = CaptureChoice::Kind::NoMouse});
         }
     });
     paint();
@@ -364,7 +361,7 @@ Chooser::Label Chooser::hint() const {
     const QString space = QStringLiteral("空格");
     const QString escape = QStringLiteral("Esc");
     const CaptureDisplay& display = displayAt(displays_, pointer_);
-    const std::vector<ChooserHint> words =
+    std::vector<ChooserHint> words =
         mode_ == Mode::Region ? std::vector<ChooserHint>{{QString(), QStringLiteral("拖动以选择区域")},
                                                          {space, QStringLiteral("选窗口")},
                                                          {QStringLiteral("回车"), QStringLiteral("整个屏幕")},
@@ -373,6 +370,11 @@ Chooser::Label Chooser::hint() const {
                                                          {space, QStringLiteral("选区域")},
                                                          {escape, QStringLiteral("取消")}};
     Label made{.picture = hintPicture(words, display.ratio)};
+    // A narrow display has the first and the last.
+    while (made.picture.width() > display.pixels.width && words.size() > 2) {
+        words.erase(words.end() - 2);
+        made.picture = hintPicture(words, display.ratio);
+    }
     made.place = {display.pixels.x + (display.pixels.width - made.picture.width()) / 2,
                   display.pixels.y + display.pixels.height - rounded(hintRaise * display.ratio) -
                       made.picture.height() / 2,

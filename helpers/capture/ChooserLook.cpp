@@ -160,12 +160,12 @@ CursorDrawing cameraDrawing(double ratio) {
     body.addRoundedRect(box(9, 4, 11, 6), 2 * unit, 2 * unit);
     QPainterPath rim;
     rim.setFillRule(Qt::WindingFill);
-    rim.addRoundedRect(box(0.5, 6.5, 28, 20), 4 * unit, 4 * unit);
-    rim.addRoundedRect(box(7.5, 2.5, 14, 9), 3 * unit, 3 * unit);
+    rim.addRoundedRect(box(1, 7, 27, 19), 4 * unit, 4 * unit);
+    rim.addRoundedRect(box(8, 3, 13, 8), 3 * unit, 3 * unit);
     QPainterPath lens;
     lens.addEllipse(box(9, 11, 11, 11));
     QPainterPath glass;
-    glass.addEllipse(box(11.5, 13.5, 6, 6));
+    glass.addEllipse(box(12, 14, 5, 5));
     return drawing(side, {side / 2, rounded(16.5 * unit)}, body.subtracted(lens).united(glass), rim);
 }
 

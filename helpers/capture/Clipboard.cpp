@@ -6,6 +6,7 @@
 #include "desktops/linux/UniqueFd.h"
 #include "desktops/linux/XConnection.h"
 #include "helpers/capture/Arguments.h"
+#include "helpers/capture/OwnProcess.h"
 
 #include <QCoreApplication>
 
@@ -14,7 +15,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -72,23 +72,7 @@ bool putOnClipboard(const std::string& png) {
     }
     const UniqueFd answer(ends[0]);
     UniqueFd told(ends[1]);
-    std::array<char, 20> program{"rookbay-capture"};
-    std::array<char, 32> command{};
-    std::string(serveClipboardCommand).copy(command.data(), command.size() - 1);
-    const std::array<char*, 3> words{program.data(), command.data(), nullptr};
-    posix_spawn_file_actions_t files{};
-    posix_spawnattr_t attributes{};
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, picture.get(), STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&files, told.get(), STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawnattr_init(&attributes);
-    // It must outlive the terminal that we were started from.
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-    pid_t child = -1;
-    const bool started = posix_spawn(&child, "/proc/self/exe", &files, &attributes, words.data(), environ) == 0;
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&files);
+    const bool started = startAgain({serveClipboardCommand}, picture.get(), told.get());
     told = UniqueFd();
     pollfd waiting{.fd = answer.get(), .events = POLLIN, .revents = 0};
     char byte = 0;

@@ -2,6 +2,7 @@
 
 #include "desktops/linux/XConnection.h"
 
+#include <string>
 #include <xcb/shape.h>
 
 namespace rb {
@@ -147,6 +148,14 @@ const WindowPlace* activeWindow(XConnection& connection, const std::vector<Windo
     const auto found = std::find_if(windows.begin(), windows.end(),
                                     [&](const WindowPlace& place) { return place.client == active.front(); });
     return found == windows.end() ? nullptr : &*found;
+}
+
+bool isComposed(XConnection& connection) {
+    const std::string name = "_NET_WM_CM_S" + std::to_string(connection.screenNumber());
+    const auto cookie = xcb_get_selection_owner(connection.get(), connection.atom(name));
+    const XReply<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(connection.get(), cookie, nullptr));
+    return owner && owner->owner != XCB_WINDOW_NONE;
 }
 
 } // namespace rb

@@ -29,4 +29,8 @@ bool isCovered(const std::vector<WindowPlace>& windows, const WindowPlace& windo
 // The one with the keyboard, as the window manager has it; null for none.
 const WindowPlace* activeWindow(XConnection& connection, const std::vector<WindowPlace>& windows);
 
+// Whether something composes the screen from the windows now: only then are those behind others kept whole, and
+// translucent ones shown as such.
+bool isComposed(XConnection& connection);
+
 } // namespace rb

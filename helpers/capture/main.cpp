@@ -1,8 +1,10 @@
 #include "helpers/capture/Arguments.h"
 #include "helpers/capture/CaptureRun.h"
 #include "helpers/capture/Clipboard.h"
+#include "helpers/capture/Thumbnail.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,8 @@ int main(int count, char** words) {
                                                                                      : rb::CaptureExit::Taken;
     case rb::CaptureArguments::Action::ServeClipboard:
         return rb::serveClipboard();
+    case rb::CaptureArguments::Action::ShowThumbnail:
+        return rb::runThumbnail(arguments[3], {std::atoi(arguments[1].c_str()), std::atoi(arguments[2].c_str())});
     case rb::CaptureArguments::Action::Capture:
         break;
     }

@@ -1,10 +1,20 @@
 #include "helpers/shared/Answer.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace rb {
+
+void guardStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
+            // The lowest free number is this one, for those below it are taken.
+            (void)::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
 
 bool sayLine(const std::string& json) {
     const std::string line = json + "\n";

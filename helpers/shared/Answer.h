@@ -4,6 +4,10 @@
 
 namespace rb {
 
+// To be called first: a standard descriptor that whoever started us has closed is filled with one that fails, so that
+// no file or connection of ours takes its number and gets what is said.
+void guardStandardDescriptors();
+
 // One line of JSON on standard output, at once. False when nobody reads it.
 bool sayLine(const std::string& json);
 

@@ -88,6 +88,9 @@ TEST(DdcMessageTest, EveryChangedBitOfAReplyIsNoticed) {
     }
     EXPECT_EQ(parseFeatureReply(Bytes(11, 0xFF), powerModeFeature).exchange, Exchange::NoReply);
     EXPECT_EQ(parseFeatureReply(Bytes(11, 0), powerModeFeature).exchange, Exchange::NoReply);
+    Bytes tooLong = good;
+    tooLong[1] = 0xFF;
+    EXPECT_EQ(parseFeatureReply(tooLong, powerModeFeature).exchange, Exchange::Garbled);
 }
 
 TEST(DdcPowerTest, AnswersThatComeLateOrBrokenAreAskedForAgain) {

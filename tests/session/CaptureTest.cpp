@@ -262,6 +262,36 @@ TEST_F(CaptureTest, TheSettingsDecideAndFaultsAreTold) {
     EXPECT_EQ(capture({"--everything"}).waitForExit(patience), 2);
 }
 
+TEST_F(CaptureTest, TheThumbnailShowsWhatWasSavedAndIsInNoPicture) {
+    paintWallpaper();
+    const auto thumbnail = [&] {
+        const auto found = x().viewableOfClass("rookbay-thumbnail");
+        return found.empty() ? std::nullopt : std::optional(found.front());
+    };
+    const std::string opened = session().folder() + "/opened";
+    const std::string opener = session().folder() + "/bin/xdg-open";
+    fs::create_directory(session().folder() + "/bin");
+    writeFile(opener, "#!/bin/sh\necho \"$1\" >" + opened + "\n");
+    fs::permissions(opener, fs::perms::owner_all);
+    session().environment["PATH"] = session().folder() + "/bin:" + session().environment["PATH"];
+    ASSERT_EQ(capture().waitForExit(patience), 0);
+    ASSERT_TRUE(waitUntil([&] { return thumbnail().has_value(); }, patience));
+    EXPECT_GT(thumbnail()->x, 1000);
+    EXPECT_GT(thumbnail()->y, 600);
+    // The next capture shows the wallpaper where the thumbnail is now.
+    const std::string second = session().folder() + "/second.png";
+    ASSERT_EQ(capture({"--output", second}).waitForExit(patience), 0);
+    expectWallpaper(second, 0, 0, 1280, 800);
+    const QImage picture(QString::fromStdString(second));
+    EXPECT_EQ(picture.pixel(1150, 700), wallColour(1150, 700));
+    EXPECT_EQ(picture.pixel(1240, 760), wallColour(1240, 760));
+    ASSERT_TRUE(waitUntil([&] { return thumbnail().has_value(); }, patience));
+    x().click(thumbnail()->x + thumbnail()->width / 2, thumbnail()->y + thumbnail()->height / 2);
+    EXPECT_TRUE(
+        waitUntil([&] { return readFile(opened).value_or("").find("second.png") != std::string::npos; }, patience));
+    EXPECT_TRUE(waitUntil([&] { return !thumbnail() && session().processes("rookbay-capture").empty(); }, patience));
+}
+
 class CaptureDisplaysSessionTest : public CaptureTest {
 protected:
     CaptureDisplaysSessionTest()
