@@ -1,5 +1,6 @@
 #include "tests/linux/kill/KilledWrites.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdarg>
 #include <cstddef>
@@ -13,6 +14,15 @@ namespace {
 
 int changesLeft = 0;
 bool lastIsTorn = false;
+int writesUntilFull = 0;
+
+bool isFull() {
+    if (writesUntilFull > 1) {
+        --writesUntilFull;
+        return false;
+    }
+    return writesUntilFull == 1;
+}
 
 template <typename Result>
 Result changed(Result result) {
@@ -27,6 +37,10 @@ Result changed(Result result) {
 void killAfterChange(int number, bool torn) {
     changesLeft = number;
     lastIsTorn = torn;
+}
+
+void fillDiskBeforeWrite(int number) {
+    writesUntilFull = number;
 }
 
 } // namespace rb
@@ -46,6 +60,10 @@ int __real_mkdir(const char* path, mode_t mode);
 int __real_fchmod(int file, mode_t mode);
 
 ssize_t __wrap_write(int file, const void* bytes, std::size_t count) {
+    if (rb::isFull()) {
+        errno = ENOSPC;
+        return -1;
+    }
     const bool cut = rb::changesLeft == 1 && rb::lastIsTorn;
     return rb::changed(__real_write(file, bytes, cut ? count / 2 : count));
 }

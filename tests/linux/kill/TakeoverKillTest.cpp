@@ -204,6 +204,33 @@ TEST_F(TakeoverKillTest, NorDoTwo) {
     EXPECT_GT(kills_, 1000);
 }
 
+TEST_F(TakeoverKillTest, NorDoesAFullDisk) {
+    constexpr int mostWrites = 12;
+    for (unsigned mix = 0; mix < 16; mix += 5) {
+        begin(mix);
+        const Picture before = look();
+        for (const Step step : {Step::Apply, Step::Restore}) {
+            for (int write = 1; write <= mostWrites; ++write) {
+                begin(mix);
+                if (step == Step::Restore) {
+                    perform(Step::Apply);
+                }
+                const pid_t child = fork();
+                if (child == 0) {
+                    fillDiskBeforeWrite(write);
+                    perform(step);
+                    _exit(0);
+                }
+                int status = 0;
+                waitpid(child, &status, 0);
+                ASSERT_EQ(status, 0);
+                ASSERT_NO_FATAL_FAILURE(
+                    expectGivenBack(before, std::to_string(mix) + " full before " + std::to_string(write)));
+            }
+        }
+    }
+}
+
 } // namespace
 
 } // namespace rb
