@@ -93,4 +93,20 @@ std::string_view trimmedLine(std::string_view line) {
     return trimmed(line, isSpace);
 }
 
+std::string_view firstLineNotBlank(std::string_view text) {
+    std::size_t start = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const Character character = characterAt(text, position);
+        if (isLineEnd(character.code)) {
+            const std::string_view line = trimmedLine(text.substr(start, position - start));
+            if (!line.empty()) {
+                return line;
+            }
+            start = position + character.bytes;
+        }
+        position += character.bytes;
+    }
+    return trimmedLine(text.substr(start));
+}
+
 } // namespace rb

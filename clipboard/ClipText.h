@@ -15,5 +15,7 @@ std::string_view utf16Prefix(std::string_view text, std::size_t units);
 std::string_view trimmedWhole(std::string_view text);
 // Without spaces of any script and tabs around it; line ends stay.
 std::string_view trimmedLine(std::string_view line);
+// The first line that holds more than that, trimmed; empty for none. Lines end as any system or script ends them.
+std::string_view firstLineNotBlank(std::string_view text);
 
 } // namespace rb

@@ -26,20 +26,8 @@ constexpr double imageSide = 26;
 constexpr double imageCornerRadius = 5;
 constexpr double iconSide = 22;
 
-std::string firstLine(const std::string& text) {
-    for (std::size_t start = 0; start <= text.size();) {
-        const std::size_t end = std::min(text.find('\n', start), text.size());
-        const std::string_view line = trimmedLine(std::string_view(text).substr(start, end - start));
-        if (!line.empty()) {
-            return std::string(line);
-        }
-        start = end + 1;
-    }
-    return {};
-}
-
 std::string textTitle(const std::string& text) {
-    std::string title = firstLine(text);
+    std::string title(firstLineNotBlank(text));
     std::replace(title.begin(), title.end(), '\t', ' ');
     if (utf16Length(title) > titleCharacters) {
         title = std::string(utf16Prefix(title, titleCharacters)) + "…";

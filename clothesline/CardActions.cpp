@@ -50,26 +50,52 @@ void CardActions::copyPathOf(const RBPegItem& item) {
 }
 
 void CardActions::trashItem(const RBPegItemRef& item) {
-    if (const auto failure = desktop_.fileOperations.trashItem(item->path)) {
-        desktop_.log.write("could not trash " + item->path + ": " + failure->reason);
+    const std::string path = item->path;
+    const bool begun = line_.transit().send(
+        path, [&](FileOperations::Done done) { desktop_.fileOperations.trashItem(path, std::move(done)); },
+        [this, path, weak = std::weak_ptr<RBPegItem>(item)](const std::optional<FileFailure>& failure) {
+            if (failure) {
+                desktop_.log.write("could not trash " + path + ": " + failure->reason);
+                desktop_.sounds.beep();
+                return;
+            }
+            line_.playTrash();
+            if (const RBPegItemRef card = weak.lock()) {
+                line_.removeItem(card, {.quietly = true, .fall = true});
+            }
+        });
+    if (!begun) {
         desktop_.sounds.beep();
-        return;
     }
-    line_.playTrash();
-    line_.removeItem(item, {.quietly = true, .fall = true});
 }
 
 void CardActions::saveToDesktop(const RBPegItemRef& item) {
-    const auto failure = placeUnderFreeName(
-        desktop_.files, desktop_.files.desktopDirectory(), lastPathComponent(item->path),
-        [&](const std::string& target) { return desktop_.fileOperations.moveItem(item->path, target); });
-    if (failure) {
-        desktop_.log.write("could not save to Desktop: " + failure->reason);
+    const std::string path = item->path;
+    const auto saved = [this, weak = std::weak_ptr<RBPegItem>(item)](const std::optional<FileFailure>& failure) {
+        if (failure) {
+            desktop_.log.write("could not save to Desktop: " + failure->reason);
+            desktop_.sounds.beep();
+            return;
+        }
+        if (const RBPegItemRef card = weak.lock()) {
+            line_.removeItem(card, {.quietly = true, .fall = false});
+        }
+        toasts_.RBShowToast("已存到桌面", "checkmark.circle.fill", SystemColor::Green);
+    };
+    const bool begun = line_.transit().send(
+        path,
+        [&](FileOperations::Done done) {
+            placeUnderFreeName(
+                desktop_.files, desktop_.files.desktopDirectory(), lastPathComponent(path),
+                [&operations = desktop_.fileOperations, path](const std::string& target, FileOperations::Done placed) {
+                    operations.moveItem(path, target, std::move(placed));
+                },
+                std::move(done));
+        },
+        saved);
+    if (!begun) {
         desktop_.sounds.beep();
-        return;
     }
-    line_.removeItem(item, {.quietly = true, .fall = false});
-    toasts_.RBShowToast("已存到桌面", "checkmark.circle.fill", SystemColor::Green);
 }
 
 } // namespace rb

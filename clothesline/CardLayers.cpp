@@ -257,6 +257,19 @@ void setItemPressed(RBPegItem& item, bool pressed) {
     }
 }
 
+void setItemInTransit(RBPegItem& item, bool inTransit) {
+    item.inTransit = inTransit;
+    applyCardOpacity(item);
+}
+
+void applyCardOpacity(RBPegItem& item) {
+    const bool dim = item.dragging || item.inTransit;
+    const double opacity = dim ? 0.45 : 1.0;
+    if (item.card->model().opacity != opacity) {
+        RBAnimateLayerValue(item.card, KeyPath::Opacity, opacity, dim ? 0.16 : 0.2);
+    }
+}
+
 void applyCardScale(RBPegItem& item) {
     double scale = 1;
     if (item.dropTarget) {

@@ -26,6 +26,9 @@ void buildLayersFor(RBPegItem& item, const Desktop& desktop, double scale);
 // Styling on a change of state; nothing when the state is unchanged.
 void setItemHovered(RBPegItem& item, bool hovered);
 void setItemPressed(RBPegItem& item, bool pressed);
+// A card in the user's hand, or one whose file is on its way, is dim.
+void setItemInTransit(RBPegItem& item, bool inTransit);
+void applyCardOpacity(RBPegItem& item);
 // Springs to the scale of the present state; a press goes slowly, leading into a long press.
 void applyCardScale(RBPegItem& item);
 

@@ -6,10 +6,13 @@
 #include "platform/Sounds.h"
 #include "platform/UserDefaults.h"
 
+#include <utility>
+
 namespace rb {
 
 RBClothesline::RBClothesline(const Desktop& desktop, Toasts& toasts)
     : desktop_(desktop)
+    , transit_(*this)
     , actions_(desktop, *this, toasts)
     , cardMenu_(*this)
     , quickLook_(desktop, *this)
@@ -35,12 +38,14 @@ RBClothesline::RBClothesline(const Desktop& desktop, Toasts& toasts)
 RBClothesline::~RBClothesline() = default;
 
 void RBClothesline::start() {
-    if (panel_.isBuilt()) {
+    if (std::exchange(started_, true)) {
         return;
     }
-    panel_.buildPanel(input_);
-    panel_.placeOnScreen(std::nullopt);
-    items_.restore();
+    if (!panel_.isBuilt()) {
+        panel_.buildPanel(input_);
+        panel_.placeOnScreen(std::nullopt);
+        items_.restore();
+    }
     tick_.start();
     screensWatch_ = desktop_.screens.onChange([this] {
         panel_.screensChanged();
@@ -48,6 +53,17 @@ void RBClothesline::start() {
     });
     captures_.start();
     motion_.scheduleBreeze();
+}
+
+void RBClothesline::stop() {
+    if (!std::exchange(started_, false)) {
+        return;
+    }
+    setRevealed(false);
+    motion_.stopBreeze();
+    tick_.stop();
+    screensWatch_.reset();
+    captures_.stop();
 }
 
 bool RBClothesline::setting(const std::string& key) const {

@@ -6,6 +6,7 @@
 #include "clothesline/CardMotion.h"
 #include "clothesline/DragOut.h"
 #include "clothesline/DropCatcher.h"
+#include "clothesline/FileTransit.h"
 #include "clothesline/FolderDrops.h"
 #include "clothesline/LineCaptures.h"
 #include "clothesline/LineInput.h"
@@ -42,6 +43,9 @@ public:
     ~RBClothesline();
 
     void start();
+    // Ends what the start began: the line goes up and watches nothing, the screenshot settings are the user's own. The
+    // cards stay for the next start.
+    void stop();
     const std::shared_ptr<Menu>& menu() const { return lineMenu_.menu(); }
     void beginPreviewPanelControl(PreviewPanel& panel) { quickLook_.beginPreviewPanelControl(panel); }
     void endPreviewPanelControl(PreviewPanel& panel) { quickLook_.endPreviewPanelControl(panel); }
@@ -101,11 +105,13 @@ public:
     double scale() const { return panel_.scale(); }
     bool isVisible() const { return panel_.isVisible(); }
     void setIgnoresMouseEvents(bool ignores) { panel_.setIgnoresMouseEvents(ignores); }
+    bool setMouseAreas(const std::vector<Rect>& areas) { return panel_.setMouseAreas(areas); }
     void updateHint();
     const std::shared_ptr<Layer>& dropGlow() const { return panel_.dropGlow(); }
     const std::shared_ptr<Layer>& ropeCore() const { return panel_.ropeCore(); }
 
     // Hands.
+    FileTransit& transit() { return transit_; }
     CardActions& actions() { return actions_; }
     CardMenu& cardMenu() { return cardMenu_; }
     DragOut& dragOut() { return dragOut_; }
@@ -128,6 +134,7 @@ public:
 
 private:
     const Desktop& desktop_;
+    FileTransit transit_;
     CardActions actions_;
     CardMenu cardMenu_;
     QuickLook quickLook_;
@@ -145,6 +152,7 @@ private:
     LineCaptures captures_;
     DelayedCalls later_;
     Handle screensWatch_;
+    bool started_ = false;
 };
 
 } // namespace rb

@@ -1,5 +1,6 @@
 #include "clothesline/DragOut.h"
 
+#include "clothesline/CardLayers.h"
 #include "clothesline/Clothesline.h"
 #include "platform/Dragging.h"
 #include "platform/Files.h"
@@ -16,6 +17,9 @@ constexpr double viewMargin = 2;
 } // namespace
 
 void DragOut::begin(const RBPegItemRef& item) {
+    if (item->inTransit) {
+        return;
+    }
     if (!desktop_.files.facts(item->path).exists) {
         line_.prune();
         return;
@@ -36,7 +40,7 @@ void DragOut::begin(const RBPegItemRef& item) {
 void DragOut::began(RBPegItem& item) {
     underWay_ = true;
     item.dragging = true;
-    RBAnimateLayerValue(item.card, KeyPath::Opacity, 0.45, 0.16);
+    applyCardOpacity(item);
     RBAnimateLayerValue(item.cross, KeyPath::Opacity, 0.0, 0.1);
 }
 
@@ -45,7 +49,7 @@ void DragOut::ended(const RBPegItemRef& item, std::uint32_t operation) {
     if (item) {
         item->peg.dragEnded();
         item->dragging = false;
-        RBAnimateLayerValue(item->card, KeyPath::Opacity, 1.0, 0.2);
+        applyCardOpacity(*item);
     }
     if ((operation & DeleteOperation) != 0) {
         if (item) {

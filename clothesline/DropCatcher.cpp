@@ -30,7 +30,8 @@ void DropCatcher::mouseWentDown() {
 }
 
 bool DropCatcher::fileDragUnderway() {
-    if (line_.draggingOut() || desktop_.dragPasteboard.changeCount() == dragBaseline_) {
+    if (line_.draggingOut() || desktop_.dragPasteboard.isOver() ||
+        desktop_.dragPasteboard.changeCount() == dragBaseline_) {
         return false;
     }
     if (!dragChecked_) {
@@ -52,7 +53,7 @@ void DropCatcher::tick(Point pointer, const Screen* screen) {
     } else {
         hideCatcher();
     }
-    if (!held && dragActive_) {
+    if (dragActive_ && (!held || desktop_.dragPasteboard.isOver())) {
         dragEnded();
     }
     const double edge =

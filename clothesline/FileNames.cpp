@@ -2,6 +2,9 @@
 
 #include "platform/Files.h"
 
+#include <memory>
+#include <utility>
+
 namespace rb {
 
 namespace {
@@ -9,6 +12,29 @@ namespace {
 bool isFree(const Files& files, const std::string& path) {
     const FileFacts facts = files.facts(path);
     return !facts.exists && !facts.isSymbolicLink;
+}
+
+// Under way until a name was had.
+struct Placing {
+    const Files& files;
+    std::string folder;
+    std::string name;
+    std::function<void(const std::string& target, FileOperations::Done placed)> place;
+    FileOperations::Done done;
+    int attempts = 0;
+};
+
+void tryNextName(const std::shared_ptr<Placing>& placing) {
+    // Somebody who takes every name under our eyes doesn't keep us for ever.
+    constexpr int mostAttempts = 20;
+    placing->place(freePathIn(placing->files, placing->folder, placing->name),
+                   [placing](const std::optional<FileFailure>& failure) {
+                       if (failure && failure->targetExists && ++placing->attempts < mostAttempts) {
+                           tryNextName(placing);
+                       } else {
+                           placing->done(failure);
+                       }
+                   });
 }
 
 } // namespace
@@ -28,19 +54,10 @@ std::string freePathIn(const Files& files, const std::string& folder, const std:
     return path;
 }
 
-std::optional<FileFailure>
-placeUnderFreeName(const Files& files, const std::string& folder, const std::string& name,
-                   const std::function<std::optional<FileFailure>(const std::string& target)>& place) {
-    // Somebody who takes every name under our eyes doesn't keep us for ever.
-    constexpr int mostAttempts = 20;
-    std::optional<FileFailure> failure;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        failure = place(freePathIn(files, folder, name));
-        if (!failure || !failure->targetExists) {
-            break;
-        }
-    }
-    return failure;
+void placeUnderFreeName(const Files& files, const std::string& folder, const std::string& name,
+                        std::function<void(const std::string& target, FileOperations::Done placed)> place,
+                        FileOperations::Done done) {
+    tryNextName(std::make_shared<Placing>(Placing{files, folder, name, std::move(place), std::move(done)}));
 }
 
 } // namespace rb

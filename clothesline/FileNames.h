@@ -16,9 +16,10 @@ class Files;
 std::string freePathIn(const Files& files, const std::string& folder, const std::string& name);
 
 // Has `place` put something under a free name of the folder. When that name is taken between the choice and the act,
-// the next free one is tried. Gives the failure, or nothing.
-std::optional<FileFailure>
-placeUnderFreeName(const Files& files, const std::string& folder, const std::string& name,
-                   const std::function<std::optional<FileFailure>(const std::string& target)>& place);
+// the next free one is tried. `done` is told the outcome, before the call returns or later, as `place` is; the files
+// must last until then.
+void placeUnderFreeName(const Files& files, const std::string& folder, const std::string& name,
+                        std::function<void(const std::string& target, FileOperations::Done placed)> place,
+                        FileOperations::Done done);
 
 } // namespace rb

@@ -12,6 +12,7 @@
 #include "platform/Sounds.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace rb {
 
@@ -76,7 +77,8 @@ bool FolderDrops::performDrop(const RBPegItemRef& folder, const DraggingInfo& dr
     const std::uint32_t operation = operationFor(drag, *folder);
     const std::vector<std::string> files = droppable(drag, *folder);
     setDropTarget(*folder, false);
-    return operation != NoDragOperation && !files.empty() && put(files, folder, operation == MoveOperation);
+    return operation != NoDragOperation && !files.empty() &&
+           put(files, folder, operation == MoveOperation) != Outcome::Nothing;
 }
 
 void FolderDrops::setDropTarget(RBPegItem& folder, bool on) {
@@ -93,34 +95,92 @@ void FolderDrops::setDropTarget(RBPegItem& folder, bool on) {
     }
 }
 
-bool FolderDrops::put(const std::vector<std::string>& paths, const RBPegItemRef& folder, bool move) {
+// Files on their way into a folder card.
+struct FolderDrops::Put {
+    std::vector<std::string> paths;
+    RBPegItemRef folder;
+    bool move = false;
+    std::size_t next = 0;
     std::size_t succeeded = 0;
-    for (const std::string& given : paths) {
-        const std::string path = standardizedPath(given, desktop_.files.homeDirectory());
-        const auto failure =
-            placeUnderFreeName(desktop_.files, folder->path, lastPathComponent(path), [&](const std::string& target) {
-                return move ? desktop_.fileOperations.moveItem(path, target)
-                            : desktop_.fileOperations.copyItem(path, target);
-            });
-        if (failure) {
-            desktop_.log.write("could not put " + path + " into " + folder->path + ": " + failure->reason);
-            continue;
-        }
-        ++succeeded;
-        if (move) {
-            absorb(path, *folder);
-        }
+    bool waiting = false; // for the one before `next`
+    bool goingOn = false;
+    bool finished = false;
+};
+
+FolderDrops::Outcome FolderDrops::put(const std::vector<std::string>& paths, const RBPegItemRef& folder, bool move) {
+    const auto put = std::make_shared<Put>(Put{.paths = paths, .folder = folder, .move = move});
+    goOn(put);
+    if (!put->finished) {
+        return Outcome::UnderWay;
     }
-    if (succeeded == 0) {
+    return put->succeeded > 0 ? Outcome::WentIn : Outcome::Nothing;
+}
+
+// Until one takes a while; its end goes on from there.
+void FolderDrops::goOn(const std::shared_ptr<Put>& put) {
+    if (put->goingOn) {
+        return;
+    }
+    put->goingOn = true;
+    while (!put->waiting && put->next < put->paths.size()) {
+        put->waiting = true;
+        putOne(put, standardizedPath(put->paths[put->next++], desktop_.files.homeDirectory()));
+    }
+    put->goingOn = false;
+    if (!put->waiting) {
+        put->finished = true;
+        finish(*put);
+    }
+}
+
+void FolderDrops::putOne(const std::shared_ptr<Put>& put, const std::string& path) {
+    FileOperations::Done done = lifetime_.guard([this, put, path](const std::optional<FileFailure>& failure) {
+        placed(*put, path, failure);
+        put->waiting = false;
+        goOn(put);
+    });
+    const auto place = [&](FileOperations::Done arrived) {
+        placeUnderFreeName(
+            desktop_.files, put->folder->path, lastPathComponent(path),
+            [&operations = desktop_.fileOperations, path, move = put->move](const std::string& target,
+                                                                            FileOperations::Done told) {
+                if (move) {
+                    operations.moveItem(path, target, std::move(told));
+                } else {
+                    operations.copyItem(path, target, std::move(told));
+                }
+            },
+            std::move(arrived));
+    };
+    if (!put->move) {
+        place(std::move(done));
+    } else if (!line_.transit().send(path, place, done)) {
+        done(FileFailure{.reason = "it is on its way already"});
+    }
+}
+
+void FolderDrops::placed(Put& put, const std::string& path, const std::optional<FileFailure>& failure) {
+    if (failure) {
+        desktop_.log.write("could not put " + path + " into " + put.folder->path + ": " + failure->reason);
+        return;
+    }
+    ++put.succeeded;
+    if (put.move) {
+        absorb(path, *put.folder);
+    }
+}
+
+void FolderDrops::finish(Put& put) {
+    if (put.succeeded == 0) {
         desktop_.sounds.beep();
-        return false;
+        return;
     }
+    const RBPegItemRef& folder = put.folder;
     folder->card->addAnimation(
         "rb.absorb", Animation::spring(KeyPath::Scale, 1.16, 1.0, {.mass = 1, .stiffness = 300, .damping = 12}));
     line_.nudge(*folder, 4);
-    flash(folder, succeeded == 1 ? "✓ 已放入" : "✓ 已放入 " + std::to_string(succeeded) + " 项");
+    flash(folder, put.succeeded == 1 ? "✓ 已放入" : "✓ 已放入 " + std::to_string(put.succeeded) + " 项");
     line_.play("Tink", 0.35);
-    return true;
 }
 
 void FolderDrops::absorb(const std::string& path, const RBPegItem& folder) {

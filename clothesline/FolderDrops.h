@@ -3,9 +3,13 @@
 #include "clothesline/PegItem.h"
 #include "platform/Desktop.h"
 #include "platform/Dragging.h"
+#include "platform/FileOperations.h"
+#include "platform/Handle.h"
 #include "platform/RunLoop.h"
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,16 +34,23 @@ public:
 
     void setDropTarget(RBPegItem& folder, bool on);
     bool canGoInto(const std::string& path, const RBPegItem& folder) const;
-    // Whether at least one file went in.
-    bool put(const std::vector<std::string>& paths, const RBPegItemRef& folder, bool move);
+    enum class Outcome { Nothing, WentIn, UnderWay };
+    // The files one after another. Nothing: not one of them went in. What takes a while tells its end by itself.
+    Outcome put(const std::vector<std::string>& paths, const RBPegItemRef& folder, bool move);
 
 private:
     std::vector<std::string> droppable(const DraggingInfo& drag, const RBPegItem& folder) const;
+    struct Put;
+    void goOn(const std::shared_ptr<Put>& put);
+    void putOne(const std::shared_ptr<Put>& put, const std::string& path);
+    void placed(Put& put, const std::string& path, const std::optional<FileFailure>& failure);
+    void finish(Put& put);
     void absorb(const std::string& path, const RBPegItem& folder);
     void flash(const RBPegItemRef& item, const std::string& text);
 
     const Desktop& desktop_;
     RBClothesline& line_;
+    Lifetime lifetime_;
     DelayedCalls later_;
 };
 

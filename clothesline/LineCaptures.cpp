@@ -77,7 +77,11 @@ void LineCaptures::start() {
     }
     folderTimer_ = desktop_.runLoop.every(followInterval, followInterval / 4, [this] { followScreenshotFolder(); });
     if (screenshots && !line_.setting(DefaultsKey::ClotheslineInboxOffered)) {
-        later_.after(offerDelay, [this] { offerInbox(); });
+        later_.after(offerDelay, [this] {
+            if (folderTimer_) {
+                offerInbox();
+            }
+        });
     }
 }
 
@@ -91,7 +95,14 @@ std::unique_ptr<RBScreenshotWatcher> LineCaptures::makeWatcher(const std::string
     auto watcher = std::make_unique<RBScreenshotWatcher>(desktop_);
     watcher->fixedFolder = folder;
     watcher->onNew = [this](const std::string& path) { hangCapture(path); };
-    watcher->onDenied = [this] {
+    watcher->onDenied = [this, folder] {
+        const std::string home = desktop_.files.homeDirectory();
+        const std::string desktopFolder = desktop_.files.desktopDirectory();
+        // Who has no Desktop doesn't miss it.
+        if (standardizedPath(folder, home) == standardizedPath(desktopFolder, home) &&
+            !desktop_.files.facts(desktopFolder).exists) {
+            return;
+        }
         toasts_.RBShowToast("无法读取截图文件夹，新截图不会自动挂上", "exclamationmark.triangle.fill",
                             SystemColor::Orange);
     };
@@ -129,11 +140,19 @@ void LineCaptures::followScreenshotFolder() {
     if (!watcher_ || watcher_->folder().empty()) {
         return;
     }
+    if (line_.setting(DefaultsKey::ClotheslineInbox)) {
+        inbox_.keepFolder();
+    }
     const std::string home = desktop_.files.homeDirectory();
     if (standardizedPath(RBScreenshotWatcher::screenshotFolder(desktop_), home) !=
         standardizedPath(watcher_->folder(), home)) {
         stopWatcher();
         startWatcher();
+        return;
+    }
+    watcher_->checkFolder();
+    if (desktopWatcher_) {
+        desktopWatcher_->checkFolder();
     }
 }
 

@@ -135,9 +135,9 @@ void LineItems::takeDown(const RBPegItemRef& item) {
 }
 
 void LineItems::letGo(const RBPegItemRef& item) {
-    if (line_.isInInbox(item->path)) {
+    if (line_.isInInbox(item->path) && !item->inTransit) {
         // What the line drops by itself makes no noise, not even about a failure.
-        (void)desktop_.fileOperations.trashItem(item->path);
+        desktop_.fileOperations.trashItem(item->path, {});
     }
     remove(item, {.quietly = true, .fall = line_.revealed()});
 }
@@ -152,7 +152,8 @@ void LineItems::takeDownAll(const std::vector<RBPegItemRef>& items) {
 void LineItems::prune() {
     const std::vector<RBPegItemRef> copy = items_;
     for (const RBPegItemRef& item : copy) {
-        if (!desktop_.files.facts(item->path).exists) {
+        // A file on its way takes its card along when it has arrived.
+        if (!item->inTransit && !desktop_.files.facts(item->path).exists) {
             remove(item, {.quietly = true, .fall = true});
         }
     }

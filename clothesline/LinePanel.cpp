@@ -150,6 +150,7 @@ void RBLinePanel::setRevealed(bool revealed) {
         return;
     }
     panel_->setIgnoresMouseEvents(true);
+    panel_->setMouseAreas({});
     for (const RBPegItemRef& item : line_.items()) {
         setItemHovered(*item, false);
         setItemPressed(*item, false);

@@ -36,6 +36,7 @@ public:
     void setRevealed(bool revealed);
     bool isVisible() const { return panel_ && panel_->isVisible(); }
     void setIgnoresMouseEvents(bool ignores) { panel_->setIgnoresMouseEvents(ignores); }
+    bool setMouseAreas(const std::vector<Rect>& areas) { return panel_->setMouseAreas(areas); }
 
     // Screen coordinates; empty before the panel is built.
     Rect frame() const { return panel_ ? panel_->frame() : Rect{}; }

@@ -8,6 +8,7 @@
 #include "platform/StatusBar.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace rb {
 
@@ -113,7 +114,8 @@ void LineTick::tick() {
 void LineTick::restWhenNothingCanChange(Point pointer, bool inBand) {
     const double now = desktop_.runLoop.now();
     const bool moved = pointer != lastPointer_;
-    const bool pending = line_.revealed() || line_.dragActive() || hotSince_ || (inBand && !suppressed_);
+    const bool pending =
+        line_.revealed() || line_.dragActive() || line_.catcher().isShowing() || hotSince_ || (inBand && !suppressed_);
     lastPointer_ = pointer;
     if (moved || pending) {
         stillSince_ = now;
@@ -145,12 +147,21 @@ void LineTick::tickRevealed(Point pointer) {
     const Rect frame = line_.panelFrame();
     const Point inPanel{pointer.x - frame.x, pointer.y - frame.y};
     const auto& items = line_.items();
-    const auto hit = std::find_if(items.begin(), items.end(), [&](const RBPegItemRef& item) {
-        return item->peg.frame.inset(-hitMargin, -hitMargin).contains(inPanel);
-    });
+    std::vector<Rect> areas;
+    areas.reserve(items.size());
+    for (const RBPegItemRef& item : items) {
+        areas.push_back(item->peg.frame.inset(-hitMargin, -hitMargin));
+    }
+    const auto area =
+        std::find_if(areas.begin(), areas.end(), [&](const Rect& candidate) { return candidate.contains(inPanel); });
+    const auto hit = items.begin() + (area - areas.begin());
     const bool anyPressed =
         std::any_of(items.begin(), items.end(), [](const RBPegItemRef& item) { return item->pressed; });
-    if (!line_.draggingOut() && !anyPressed) {
+    const bool inHand = line_.draggingOut() || anyPressed;
+    if (line_.setMouseAreas(areas)) {
+        // With a card in the hand all of it is the line: nothing is dropped on what lies beneath by mistake.
+        line_.setIgnoresMouseEvents(!inHand);
+    } else if (!inHand) {
         line_.setIgnoresMouseEvents(hit == items.end());
     }
     for (const RBPegItemRef& item : items) {

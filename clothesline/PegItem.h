@@ -25,8 +25,9 @@ struct RBPegItem {
     bool pressed = false;
     bool dragging = false;
     bool dropTarget = false;
-    bool absorbed = false; // went into a folder card: leaves without falling
-    bool moving = false;   // under the user's reorder drag
+    bool absorbed = false;  // went into a folder card: leaves without falling
+    bool moving = false;    // under the user's reorder drag
+    bool inTransit = false; // its file is on the way to another place: the card waits for it
     // Bumped each time the copy confirmation shows, so that only the latest one's end hides it.
     std::uint64_t pillGeneration = 0;
 

@@ -118,7 +118,9 @@ void Reorder::end(const RBPegItemRef& item, End how) {
     original_.reset();
     if (how == End::Committed && folder && line_.contains(*folder)) {
         const bool moves = (desktop_.pointer.modifierFlags() & OptionModifier) == 0;
-        if (line_.folderDrops().put({item->path}, folder, moves) && moves) {
+        const FolderDrops::Outcome outcome = line_.folderDrops().put({item->path}, folder, moves);
+        // It left the line, or waits in its place until its file has arrived.
+        if (moves && outcome != FolderDrops::Outcome::Nothing) {
             line_.layout({.animated = true});
             line_.save();
             return;

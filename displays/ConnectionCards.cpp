@@ -131,12 +131,11 @@ void addConnectionCards(StackView& page, const PageState& state, const PageActio
             any = true;
         }
     }
-    if (!any && state.busy) {
-        page.children.push_back(cards.card(emptyCard("正在读取连接…", "")));
-    } else if (!any) {
-        page.children.push_back(cards.card(emptyCard(
-            "暂无 USB-C 连接详情", value(state.connections.error,
-                                         "连接 USB-C 设备后刷新。普通 HDMI 线缆通常不会报告品牌、型号或功率规格。"))));
+    if (!any) {
+        page.children.push_back(
+            cards.card(emptyCard(state.busy ? "正在读取连接…" : "暂无 USB-C 连接详情",
+                                 value(state.connections.error,
+                                       "连接 USB-C 设备后刷新。普通 HDMI 线缆通常不会报告品牌、型号或功率规格。"))));
     }
     page.children.push_back(
         {.content =

@@ -129,6 +129,7 @@ void DisplayController::navigate(int page) {
     selectedPage_ = page;
     render();
     window_->setScrollOffset(pageScrollIdentifier, 0);
+    preservedScrollOrigin_ = 0; // of the other page
 }
 
 void DisplayController::toggleDetails(bool on) {
@@ -248,8 +249,9 @@ void DisplayController::markPageButtons() {
 
 void DisplayController::resetScroll() {
     playEntranceIfNeeded();
-    const double offset = automaticRefresh_ ? preservedScrollOrigin_ : 0;
-    desktop_.runLoop.post(lifetime_.guard([this, offset] { window_->setScrollOffset(pageScrollIdentifier, offset); }));
+    const bool keeps = automaticRefresh_;
+    desktop_.runLoop.post(lifetime_.guard(
+        [this, keeps] { window_->setScrollOffset(pageScrollIdentifier, keeps ? preservedScrollOrigin_ : 0); }));
 }
 
 void DisplayController::playEntranceIfNeeded() {

@@ -1,5 +1,5 @@
 #include "fuzz/Require.h"
-#include "helpers/linux/shared/Edid.h"
+#include "helpers/shared/Edid.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -59,6 +59,7 @@ void RBMenuBarHider::start() {
 }
 
 void RBMenuBarHider::stop() {
+    introTimer_.reset();
     closeIntro();
     if (control_) {
         uninstall();
@@ -91,13 +92,13 @@ void RBMenuBarHider::install() {
     control_->setVisible(true);
     separator_->setVisible(true);
     expand();
-    if (!desktop_.userDefaults.boolForKey(DefaultsKey::MenuBarHiderIntroShown)) {
+    // One that is under way stays, also when the hider was switched off and on meanwhile.
+    if (!introTimer_ && !desktop_.userDefaults.boolForKey(DefaultsKey::MenuBarHiderIntroShown)) {
         introTimer_ = desktop_.runLoop.after(introDelay, [this] { showIntro(); });
     }
 }
 
 void RBMenuBarHider::uninstall() {
-    introTimer_.reset(); // showing it would switch the hider on again
     stopAutoCollapse();
     collapsed_ = false;
     applyState({.animated = false});

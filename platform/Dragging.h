@@ -56,6 +56,9 @@ public:
     virtual std::int64_t changeCount() const = 0;
     // The types of the present drag under the names below and others; empty when they are not known.
     virtual std::vector<std::string> types() const = 0;
+    // The latest drag is known to have ended although the button may still be down: it was cancelled, or its program
+    // died. Always false where the system doesn't tell.
+    virtual bool isOver() const = 0;
 };
 
 inline constexpr const char* FileURLDragType = "public.file-url";

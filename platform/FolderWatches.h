@@ -15,10 +15,12 @@ struct FolderEntry {
     std::optional<double> created; // seconds since 1970; absent when it can't be read
 };
 
-// A folder held open for watching; closed with its last reference.
+// A folder that was opened for watching; let go with its last reference.
 class OpenFolder {
 public:
     virtual ~OpenFolder() = default;
+    // The path that it was opened by still leads to this very folder, and it can still be read. Main thread; cheap.
+    virtual bool isCurrent() const = 0;
 };
 
 // Changes in folders, and what lies in them. Paths are absolute.

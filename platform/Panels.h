@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace rb {
 
@@ -52,6 +53,9 @@ public:
     virtual bool isVisible() const = 0;
     // Clicks go through to what lies beneath.
     virtual void setIgnoresMouseEvents(bool ignores) = 0;
+    // These parts of the root layer take the mouse, and drags, also while the panel ignores it elsewhere; so nothing
+    // is missed between two looks at the pointer. False, and nothing changed, where a panel takes the mouse as a whole.
+    virtual bool setMouseAreas(const std::vector<Rect>& areas) = 0;
     // Who hears of the mouse and of drags; null for nobody. Outlives the panel or is taken away before.
     virtual void setInput(PanelInput* input) = 0;
     // Turns the press under way, from inside its mouseDragged, into a drag of a file. The press has no mouseUp then.

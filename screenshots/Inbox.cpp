@@ -64,7 +64,16 @@ void RBInbox::apply() {
     preferences_.setValue("target", "file");
     preferences_.setValue("target-screenshot", "file");
     preferences_.synchronize();
-    preferences_.redirectPrograms(folder());
+    // Nobody sends captures where nobody looks for them.
+    if (isApplied()) {
+        preferences_.redirectPrograms(folder());
+    }
+}
+
+void RBInbox::keepFolder() {
+    if (!files_.facts(folder()).isDirectory && isApplied()) {
+        (void)preferences_.makeOwnFolder();
+    }
 }
 
 void RBInbox::restore() {
@@ -82,9 +91,11 @@ void RBInbox::restore() {
             preferences_.setValue(key, std::nullopt);
         }
     }
-    // The saved values go only after the restored ones are stored.
     preferences_.synchronize();
-    defaults_.removeObject(DefaultsKey::ClotheslineInboxSaved);
+    // The saved values go only after the restored ones are stored; where that fails (a full disk) they wait.
+    if (!isApplied()) {
+        defaults_.removeObject(DefaultsKey::ClotheslineInboxSaved);
+    }
 }
 
 } // namespace rb

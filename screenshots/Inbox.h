@@ -29,6 +29,8 @@ public:
     // The settings send captures into our folder now.
     bool isApplied() const;
     void apply();
+    // Makes our folder anew when somebody took it away while captures go there.
+    void keepFolder();
     // Puts the user's values back; keys that the user never had go. Nothing when somebody else has changed the
     // location meanwhile.
     void restore();

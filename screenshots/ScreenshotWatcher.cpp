@@ -14,6 +14,7 @@ namespace {
 
 constexpr double quietTime = 0.25; // after the last change
 constexpr double cutOffSlack = 1;
+constexpr int mostInOneTurn = 4;
 
 std::string lowerExtension(const std::string& path) {
     const std::string name = lastPathComponent(path);
@@ -62,6 +63,11 @@ bool RBScreenshotWatcher::isRecording(const std::string& path) {
 
 void RBScreenshotWatcher::start() {
     stopped_ = false;
+    denied_ = false;
+    open();
+}
+
+void RBScreenshotWatcher::open() {
     if (source_ || starting_) {
         return;
     }
@@ -72,27 +78,51 @@ void RBScreenshotWatcher::start() {
     desktop_.runLoop.background(
         QualityOfService::UserInitiated,
         [&desktop = desktop_, path = folder_,
-         opened = lifetime_.guard([this](std::shared_ptr<OpenFolder> folder) { watch(std::move(folder)); })] {
+         opened = lifetime_.guard([this](const std::shared_ptr<OpenFolder>& folder) { watch(folder); })] {
             desktop.runLoop.post([opened, folder = desktop.folderWatches.open(path)]() mutable { opened(folder); });
         });
 }
 
-void RBScreenshotWatcher::watch(std::shared_ptr<OpenFolder> opened) {
+void RBScreenshotWatcher::watch(const std::shared_ptr<OpenFolder>& opened) {
     starting_ = false;
     if (stopped_) {
         return;
     }
     if (opened) {
-        source_ = desktop_.folderWatches.watch(std::move(opened), [this] { scheduleScan(); });
+        source_ = desktop_.folderWatches.watch(opened, [this] { scheduleScan(); });
     }
     if (!source_) {
-        desktop_.log.write("cannot watch " + folder_);
-        if (onDenied) {
-            onDenied();
+        if (!std::exchange(denied_, true)) {
+            desktop_.log.write("cannot watch " + folder_);
+            if (onDenied) {
+                onDenied();
+            }
         }
         return;
     }
+    denied_ = false;
+    opened_ = opened;
     scan();
+}
+
+void RBScreenshotWatcher::checkFolder() {
+    if (stopped_ || starting_ || folder_.empty()) {
+        return;
+    }
+    if (opened_ && !opened_->isCurrent()) {
+        lose();
+    }
+    if (!source_ && desktop_.files.facts(folder_).isDirectory) {
+        open();
+    }
+}
+
+// What was judged stays known: a folder that comes back brings nothing new with it.
+void RBScreenshotWatcher::lose() {
+    source_.reset();
+    opened_.reset();
+    missed_ = false;
+    ++generation_;
 }
 
 void RBScreenshotWatcher::scheduleScan() {
@@ -115,11 +145,12 @@ void RBScreenshotWatcher::scan() {
     scanning_ = true;
     auto listed = lifetime_.guard([this, generation = generation_](const std::vector<FolderEntry>& entries) {
         scanning_ = false;
-        if (generation != generation_ || stopped_) {
-            return;
+        if (generation == generation_ && opened_->isCurrent()) {
+            process(entries);
+        } else if (generation == generation_) {
+            checkFolder();
         }
-        process(entries);
-        if (std::exchange(missed_, false)) {
+        if (source_ && std::exchange(missed_, false)) {
             scan();
         }
     });
@@ -131,23 +162,34 @@ void RBScreenshotWatcher::scan() {
 void RBScreenshotWatcher::process(const std::vector<FolderEntry>& entries) {
     std::unordered_set<std::string> seen;
     seen.reserve(entries.size());
-    std::vector<std::string> captures;
     for (const FolderEntry& entry : entries) {
         std::string name = lastPathComponent(entry.path);
         // Judged once and for all, whatever the judgement.
         if (!known_.contains(name) && isNewCapture(entry)) {
-            captures.push_back(entry.path);
+            captures_.push_back(entry.path);
         }
         seen.insert(std::move(name));
     }
     // Names that left are forgotten: a file that comes back is judged afresh.
     known_ = std::move(seen);
-    const std::uint64_t generation = generation_;
-    for (const std::string& capture : captures) {
-        // Whoever is told may stop the watcher.
-        if (generation == generation_ && onNew) {
+    if (!reporting_) {
+        report();
+    }
+}
+
+// Thousands of files at once must not keep the program from everything else: a few are reported in one turn.
+void RBScreenshotWatcher::report() {
+    reporting_ = false;
+    for (int told = 0; told < mostInOneTurn && !captures_.empty(); ++told) {
+        const std::string capture = std::move(captures_.front());
+        captures_.pop_front();
+        // Whoever is told may stop the watcher, and so empty the list.
+        if (onNew) {
             onNew(capture);
         }
+    }
+    if (!captures_.empty() && !std::exchange(reporting_, true)) {
+        later_.after(0, [this] { report(); });
     }
 }
 
@@ -163,10 +205,9 @@ bool RBScreenshotWatcher::isNewCapture(const FolderEntry& entry) const {
 
 void RBScreenshotWatcher::stop() {
     stopped_ = true;
-    missed_ = false;
-    ++generation_;
-    source_.reset();
+    lose();
     known_.clear();
+    captures_.clear();
 }
 
 } // namespace rb

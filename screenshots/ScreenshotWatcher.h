@@ -6,6 +6,7 @@
 #include "platform/RunLoop.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,16 +38,22 @@ public:
     std::function<void()> onDenied;
 
     void start();
+    // Looks whether the folder's path leads to another folder by now, or to one again, and watches that one. For calls
+    // every few seconds: a failure is told only once.
+    void checkFolder();
     // Forgets all judged names as well.
     void stop();
     // The folder being watched; empty before the start.
     const std::string& folder() const { return folder_; }
 
 private:
-    void watch(std::shared_ptr<OpenFolder> opened);
+    void open();
+    void watch(const std::shared_ptr<OpenFolder>& opened);
+    void lose();
     void scheduleScan();
     void scan();
     void process(const std::vector<FolderEntry>& entries);
+    void report();
     bool isNewCapture(const FolderEntry& entry) const;
 
     const Desktop& desktop_;
@@ -54,10 +61,14 @@ private:
     // On the Desktop only images that the system marked count.
     bool onlyTagged_ = false;
     std::unordered_set<std::string> known_; // names already judged
+    std::deque<std::string> captures_;      // judged new, not yet reported
+    bool reporting_ = false;                // a later turn goes on with them
+    std::shared_ptr<OpenFolder> opened_;    // null while nothing is watched
     Handle source_;
     double launchDate_; // wall clock; what was there before is never new
     bool stopped_ = false;
     bool starting_ = false;
+    bool denied_ = false; // and told so
     bool scanning_ = false;
     bool missed_ = false;          // something changed while a listing was in flight
     std::uint64_t generation_ = 0; // a listing that was begun under an earlier one is dropped

@@ -9,6 +9,8 @@
 #include <QImageReader>
 #include <QScreen>
 
+#include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <xcb/xcb.h>
 
@@ -17,6 +19,12 @@ namespace rb {
 namespace {
 
 constexpr std::uint32_t opaque = 0xff000000;
+constexpr double longestBurst = 0.5;  // seconds of searching in a row
+constexpr double greatestShare = 0.1; // of the time, after that
+
+double monotonicSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
 
 // What the X server shows now; empty when it can't be read as pixels of 32 bits.
 PixelPicture wholeScreen(XConnection& connection) {
@@ -51,6 +59,7 @@ PixelPicture pictureOf(const std::string& path, const PixelPicture& screen) {
     }
     const QImage image = reader.read().convertToFormat(QImage::Format_RGB32);
     PixelPicture picture{.width = image.width(), .height = image.height(), .pixels = {}};
+    picture.pixels.reserve(static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()));
     for (int y = 0; y < image.height(); ++y) {
         const auto* line = reinterpret_cast<const std::uint32_t*>(image.constScanLine(y));
         for (int x = 0; x < image.width(); ++x) {
@@ -71,8 +80,16 @@ std::optional<PropertyValue> LinuxCaptureFacts::captureRectangle(const std::stri
         auto numbers = numbersOfPropertyList(*bytes);
         return numbers ? std::optional<PropertyValue>(std::move(*numbers)) : std::nullopt;
     }
+    // The search takes the main thread's time. A storm of files gets little of it and simply hangs.
+    const double begin = monotonicSeconds();
+    searched_ = std::max(searched_ - (begin - lastSearch_) * greatestShare, 0.0);
+    lastSearch_ = begin;
+    if (searched_ > longestBurst) {
+        return std::nullopt;
+    }
     const PixelPicture screen = wholeScreen(connection_);
     const auto place = onlyPlaceOf(pictureOf(path, screen), screen);
+    searched_ += monotonicSeconds() - begin;
     if (!place) {
         return std::nullopt;
     }

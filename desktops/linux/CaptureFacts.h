@@ -18,6 +18,8 @@ public:
 
 private:
     XConnection& connection_;
+    mutable double searched_ = 0; // seconds of searching that count against the next one
+    mutable double lastSearch_ = 0;
 };
 
 } // namespace rb

@@ -29,6 +29,8 @@ public:
     // Stores `values`, which `changes` led to. When somebody else has changed the file since we last saw it, only the
     // changes go into what is there now. Returns the values that hold from now on.
     PropertyDictionary store(const PropertyDictionary& values, const Changes& changes);
+    // Nothing that was to be stored so far is in memory only.
+    bool isStored() const { return unsaved_.empty(); }
 
 private:
     // Which file it was and in what state, to notice that somebody else wrote it.

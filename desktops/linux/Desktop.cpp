@@ -33,6 +33,7 @@ LinuxDesktop::LinuxDesktop(std::vector<std::string> arguments, std::unique_ptr<X
     , archives_(dataFolder(), log)
     , displays_(*connection_, runLoop_)
     , childProcesses_(runLoop_)
+    , fileOperations_(runLoop_)
     , dragPasteboard_(*connection_, runLoop_)
     , previewPanel_(application_, windows_, runLoop_, thumbnails_)
     , workspace_(log)

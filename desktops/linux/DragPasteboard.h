@@ -21,10 +21,14 @@ public:
 
     std::int64_t changeCount() const override;
     std::vector<std::string> types() const override { return types_; }
+    bool isOver() const override { return over_; }
 
 private:
     void watch();
     void handle(const xcb_generic_event_t& event);
+    // Escape and the button's release are heard by everybody; only while something is dragged.
+    void watchInput(bool on);
+    void handleInput(const xcb_ge_generic_event_t& event);
     void ask(xcb_window_t owner, xcb_timestamp_t time);
     void answered(std::vector<std::string> types);
     void answerFrom(xcb_atom_t property);
@@ -36,7 +40,9 @@ private:
     bool watching_ = false;
     std::int64_t changeCount_ = 0;
     std::vector<std::string> types_;
+    bool over_ = false;
     int notifyType_ = 0;
+    std::uint8_t inputOpcode_ = 0;          // 0 without the extension
     xcb_window_t window_ = XCB_WINDOW_NONE; // receives the answers
     xcb_window_t owner_ = XCB_WINDOW_NONE;  // of the drag that is asked about
     Handle patience_;

@@ -33,8 +33,7 @@ public:
 
 private:
     void run(const QPointer<QWidget>& window, QPoint hotSpot);
-    // Programs hear of Escape only with the focus, which a panel never has.
-    static Handle watchKeys(std::unique_ptr<XConnection>& connection);
+    class Keys;
     void watch(const FileDrag& drag);
 
     RunLoop& loop_;

@@ -1,12 +1,15 @@
 #include "desktops/linux/FileOperations.h"
 
+#include "desktops/linux/CopyNotes.h"
 #include "desktops/linux/Trash.h"
 #include "desktops/linux/TreeCopy.h"
 #include "desktops/linux/UniqueFd.h"
 #include "platform/Files.h"
+#include "platform/RunLoop.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QThreadPool>
 
 #include <cerrno>
 #include <cstdio>
@@ -14,6 +17,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace rb {
 
@@ -65,8 +69,8 @@ int renameExclusively(const std::string& from, const std::string& to) {
 
 // A copy under its final name, or nothing at all.
 std::optional<FileFailure> copyInto(TreeCopy& copy, const std::string& from, const std::string& to) {
-    std::string workshop = appendingPathComponent(deletingLastPathComponent(to), ".rookbay-XXXXXX");
-    if (mkdtemp(workshop.data()) == nullptr) {
+    const std::string workshop = makeCopyFolder(deletingLastPathComponent(to));
+    if (workshop.empty()) {
         return failureOf(errno);
     }
     const std::string made = workshop + "/copy";
@@ -77,7 +81,7 @@ std::optional<FileFailure> copyInto(TreeCopy& copy, const std::string& from, con
     if (error != 0) {
         copy.removeCopy();
     }
-    rmdir(workshop.c_str());
+    removeCopyFolder(workshop);
     if (const UniqueFd folder(open(deletingLastPathComponent(to).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         folder.get() >= 0) {
         fsync(folder.get()); // the new name is as lasting as what it names
@@ -85,21 +89,17 @@ std::optional<FileFailure> copyInto(TreeCopy& copy, const std::string& from, con
     return error == 0 ? std::nullopt : std::optional(failureOf(error));
 }
 
-} // namespace
-
-std::optional<FileFailure> LinuxFileOperations::moveItem(const std::string& from, const std::string& to) {
-    const int error = renameExclusively(from, to);
-    if (error == 0) {
-        return std::nullopt;
-    }
-    if (error != EXDEV) {
-        return failureOf(error);
-    }
-    // A source that can't be removed afterwards isn't copied in the first place.
+std::optional<FileFailure> moveByCopy(const std::string& from, const std::string& to,
+                                      const std::atomic<bool>& cancelled) {
+    // What can't succeed isn't copied in the first place: a source that can't be removed, a name that is taken.
+    struct stat facts {};
     if (access(deletingLastPathComponent(from).c_str(), W_OK | X_OK) != 0) {
         return failureOf(errno);
     }
-    TreeCopy copy;
+    if (lstat(to.c_str(), &facts) == 0) {
+        return failureOf(EEXIST);
+    }
+    TreeCopy copy(cancelled);
     if (auto failure = copyInto(copy, from, to)) {
         return failure;
     }
@@ -110,16 +110,71 @@ std::optional<FileFailure> LinuxFileOperations::moveItem(const std::string& from
     return std::nullopt;
 }
 
-std::optional<FileFailure> LinuxFileOperations::copyItem(const std::string& from, const std::string& to) {
+void tell(const FileOperations::Done& done, const std::optional<FileFailure>& failure) {
+    if (done) {
+        done(failure);
+    }
+}
+
+} // namespace
+
+LinuxFileOperations::LinuxFileOperations(RunLoop& loop)
+    : loop_(loop) {
+    if (hasForgottenCopies()) {
+        inBackground(
+            [](const std::atomic<bool>&) {
+                removeForgottenCopies();
+                return std::nullopt;
+            },
+            {});
+    }
+}
+
+LinuxFileOperations::~LinuxFileOperations() {
+    cancelled_ = true;
+    if (worker_) {
+        worker_->waitForDone();
+    }
+}
+
+void LinuxFileOperations::inBackground(Work work, Done done) {
+    if (!worker_) {
+        worker_ = std::make_unique<QThreadPool>();
+        worker_->setMaxThreadCount(1);
+    }
+    // What is told lives and dies on the main thread: it goes there and back in a box of its own.
+    worker_->start([this, work = std::move(work), box = std::make_shared<Done>(std::move(done))]() mutable {
+        const auto failure = cancelled_ ? failureOf(ECANCELED) : work(cancelled_);
+        loop_.post([box = std::move(box), failure] { tell(*box, failure); });
+    });
+}
+
+void LinuxFileOperations::moveItem(const std::string& from, const std::string& to, Done done) {
+    const int error = renameExclusively(from, to);
+    if (error != EXDEV) {
+        tell(done, error == 0 ? std::nullopt : std::optional(failureOf(error)));
+        return;
+    }
+    inBackground([from, to](const std::atomic<bool>& cancelled) { return moveByCopy(from, to, cancelled); },
+                 std::move(done));
+}
+
+void LinuxFileOperations::copyItem(const std::string& from, const std::string& to, Done done) {
     struct stat facts {};
     if (lstat(to.c_str(), &facts) == 0) {
-        return failureOf(EEXIST);
+        tell(done, failureOf(EEXIST));
+        return;
     }
     if (to.starts_with(from + "/")) {
-        return failureOf(EINVAL);
+        tell(done, failureOf(EINVAL));
+        return;
     }
-    TreeCopy copy;
-    return copyInto(copy, from, to);
+    inBackground(
+        [from, to](const std::atomic<bool>& cancelled) {
+            TreeCopy copy(cancelled);
+            return copyInto(copy, from, to);
+        },
+        std::move(done));
 }
 
 SharedBytes LinuxFileOperations::contents(const std::string& path) const {
@@ -131,12 +186,31 @@ SharedBytes LinuxFileOperations::contents(const std::string& path) const {
     return file.error() == QFileDevice::NoError ? std::make_shared<const Bytes>(bytes.begin(), bytes.end()) : nullptr;
 }
 
-std::optional<FileFailure> LinuxFileOperations::trashItem(const std::string& path) {
+void LinuxFileOperations::trashItem(const std::string& path, Done done) {
     struct stat facts {};
     if (lstat(path.c_str(), &facts) != 0) {
-        return failureOf(errno);
+        tell(done, failureOf(errno));
+        return;
     }
-    return putIntoTrash(path, [this](const std::string& from, const std::string& to) { return moveItem(from, to); });
+    bool elsewhere = false;
+    const auto failure =
+        putIntoTrash(path, [&elsewhere](const std::string& from, const std::string& to) -> std::optional<FileFailure> {
+            const int error = renameExclusively(from, to);
+            elsewhere = error == EXDEV;
+            return error == 0 ? std::nullopt : std::optional(failureOf(error));
+        });
+    if (!failure || !elsewhere) {
+        tell(done, failure);
+        return;
+    }
+    // Its own file system has no Trash.
+    inBackground(
+        [path](const std::atomic<bool>& cancelled) {
+            return putIntoTrash(path, [&cancelled](const std::string& from, const std::string& to) {
+                return moveByCopy(from, to, cancelled);
+            });
+        },
+        std::move(done));
 }
 
 } // namespace rb

@@ -2,17 +2,39 @@
 
 #include "platform/FileOperations.h"
 
+#include <atomic>
+#include <memory>
+
+class QThreadPool;
+
 namespace rb {
 
-// Changes to files by the kernel's exclusive calls. Across file systems a move copies into a hidden folder beside the
-// target, compares, puts the copy in place and only then removes what it copied.
+class RunLoop;
+
+// Changes to files by the kernel's exclusive calls. Renames happen at once. Whatever has to be copied is, one after
+// another, by a thread of its own: into a hidden folder beside the target, compared, put in place, and only then what
+// was copied is removed. Its end gives up what is under way and waits for the thread.
 class LinuxFileOperations final : public FileOperations {
 public:
-    std::optional<FileFailure> moveItem(const std::string& from, const std::string& to) override;
-    std::optional<FileFailure> copyItem(const std::string& from, const std::string& to) override;
-    SharedBytes contents(const std::string& path) const override;
+    // The loop outlives it.
+    explicit LinuxFileOperations(RunLoop& loop);
+    ~LinuxFileOperations() override;
+    LinuxFileOperations(const LinuxFileOperations&) = delete;
+    LinuxFileOperations& operator=(const LinuxFileOperations&) = delete;
+
+    void moveItem(const std::string& from, const std::string& to, Done done) override;
+    void copyItem(const std::string& from, const std::string& to, Done done) override;
     // By the rules that file managers share: on the file's own file system where that has a Trash, else in the home's.
-    std::optional<FileFailure> trashItem(const std::string& path) override;
+    void trashItem(const std::string& path, Done done) override;
+    SharedBytes contents(const std::string& path) const override;
+
+private:
+    using Work = std::function<std::optional<FileFailure>(const std::atomic<bool>& cancelled)>;
+    void inBackground(Work work, Done done);
+
+    RunLoop& loop_;
+    std::atomic<bool> cancelled_ = false;
+    std::unique_ptr<QThreadPool> worker_; // from the first copy on
 };
 
 } // namespace rb

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
@@ -24,22 +25,41 @@ namespace {
 constexpr double writersWindow = 3600; // seconds
 
 struct LinuxOpenFolder final : OpenFolder {
-    explicit LinuxOpenFolder(UniqueFd opened)
-        : fd(std::move(opened)) {}
-    UniqueFd fd;
+    LinuxOpenFolder(std::string from, UniqueFd opened, const struct stat& facts)
+        : path(std::move(from))
+        , fd(std::move(opened))
+        , device(facts.st_dev)
+        , inode(facts.st_ino) {}
+    bool isCurrent() const override {
+        struct stat now {};
+        return !gone && stat(path.c_str(), &now) == 0 && now.st_dev == device && now.st_ino == inode &&
+               faccessat(AT_FDCWD, path.c_str(), R_OK | X_OK, AT_EACCESS) == 0;
+    }
+    std::string path;
+    UniqueFd fd; // until it is watched
+    dev_t device;
+    ino_t inode;
+    bool gone = false; // and its number may be another folder's
 };
 
 struct Watch {
     UniqueFd queue;
-    std::shared_ptr<OpenFolder> folder;
+    std::shared_ptr<LinuxOpenFolder> folder;
     std::function<void()> changed;
     std::unique_ptr<QSocketNotifier> notifier;
     bool telling = false;
 
     void tell() {
-        // What happened doesn't matter, only that something did; an overflow is an event as well.
+        // What happened in the folder doesn't matter, only that something did; an overflow is an event as well.
         std::array<char, 65536> events{};
-        while (read(queue.get(), events.data(), events.size()) > 0) {}
+        for (ssize_t size = 0; (size = read(queue.get(), events.data(), events.size())) > 0;) {
+            for (std::size_t at = 0; at + sizeof(inotify_event) <= static_cast<std::size_t>(size);) {
+                inotify_event event{};
+                std::memcpy(&event, events.data() + at, sizeof(event));
+                folder->gone = folder->gone || (event.mask & (IN_IGNORED | IN_DELETE_SELF | IN_UNMOUNT)) != 0;
+                at += sizeof(event) + event.len;
+            }
+        }
         const auto call = changed; // it may end this watch
         telling = true;
         call();
@@ -80,7 +100,11 @@ bool isBeingWritten(int folder, const char* name) {
 
 std::shared_ptr<OpenFolder> LinuxFolderWatches::open(const std::string& path) {
     UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return folder ? std::make_shared<LinuxOpenFolder>(std::move(folder)) : nullptr;
+    struct stat facts {};
+    if (!folder || fstat(folder.get(), &facts) != 0) {
+        return nullptr;
+    }
+    return std::make_shared<LinuxOpenFolder>(path, std::move(folder), facts);
 }
 
 Handle LinuxFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {
@@ -88,13 +112,15 @@ Handle LinuxFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::functi
                                      IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
     auto watch = std::make_shared<Watch>();
     watch->queue = UniqueFd(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    const int fd = static_cast<const LinuxOpenFolder&>(*folder).fd.get();
+    watch->folder = std::static_pointer_cast<LinuxOpenFolder>(std::move(folder));
+    const int fd = watch->folder->fd.get();
     // By the descriptor: the path may lead elsewhere by now.
     const std::string self = "/proc/self/fd/" + std::to_string(fd);
     if (!watch->queue || inotify_add_watch(watch->queue.get(), self.c_str(), events) < 0) {
         return {};
     }
-    watch->folder = std::move(folder);
+    // An open folder would keep its file system from being unmounted.
+    watch->folder->fd = UniqueFd();
     watch->changed = std::move(changed);
     watch->notifier = std::make_unique<QSocketNotifier>(watch->queue.get(), QSocketNotifier::Read);
     QObject::connect(watch->notifier.get(), &QSocketNotifier::activated, watch->notifier.get(),

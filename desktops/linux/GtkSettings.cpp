@@ -57,6 +57,8 @@ GtkSettings GtkSettings::parse(const QString& settingsIni) {
             settings.prefersDark = settings.prefersDark.value_or(false) || isDarkThemeName(value);
         } else if (key == QStringLiteral("gtk-font-name")) {
             settings.fontFamily = familyOf(value);
+        } else if (key == QStringLiteral("gtk-icon-theme-name")) {
+            settings.iconTheme = value;
         }
     }
     return settings;
@@ -77,6 +79,9 @@ GtkSettings GtkSettings::ofSession() {
         }
         if (settings.fontFamily.isEmpty()) {
             settings.fontFamily = read.fontFamily;
+        }
+        if (settings.iconTheme.isEmpty()) {
+            settings.iconTheme = read.iconTheme;
         }
     }
     const QString forced = qEnvironmentVariable("GTK_THEME");

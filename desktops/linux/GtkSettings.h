@@ -10,6 +10,7 @@ namespace rb {
 struct GtkSettings {
     std::optional<bool> prefersDark; // nothing when the settings don't say
     QString fontFamily;              // may be empty
+    QString iconTheme;               // likewise
 
     // GTK_THEME, then GTK 4's file, then GTK 3's.
     static GtkSettings ofSession();

@@ -57,6 +57,14 @@ Place find(const std::vector<std::string_view>& lines, const std::string& group,
     return place;
 }
 
+bool isHexDigit(char16_t unit) {
+    return (unit >= '0' && unit <= '9') || (unit >= 'a' && unit <= 'f') || (unit >= 'A' && unit <= 'F');
+}
+
+int hexValue(char16_t digit) {
+    return digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10;
+}
+
 } // namespace
 
 std::optional<std::string> iniValue(const std::string& text, const std::string& group, const std::string& key) {
@@ -106,9 +114,7 @@ std::string qtIniEscaped(const std::string& utf8) {
     bool afterHex = false; // a hexadecimal digit would be read as part of the escape before it
     for (const QChar character : QString::fromStdString(utf8)) {
         const char16_t unit = character.unicode();
-        const bool hexDigit =
-            (unit >= '0' && unit <= '9') || (unit >= 'a' && unit <= 'f') || (unit >= 'A' && unit <= 'F');
-        if (unit < 0x20 || unit > 0x7e || (afterHex && hexDigit)) {
+        if (unit < 0x20 || unit > 0x7e || (afterHex && isHexDigit(unit))) {
             result += "\\x" + QString::number(unit, 16).toStdString();
             afterHex = true;
             continue;
@@ -121,6 +127,32 @@ std::string qtIniEscaped(const std::string& utf8) {
         result += static_cast<char>(unit);
     }
     return quotes ? "\"" + result + "\"" : result;
+}
+
+std::string qtIniUnescaped(const std::string& written) {
+    const QString text = QString::fromStdString(written);
+    QString result;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] == u'"') {
+            continue; // around the whole
+        }
+        if (text[i] != u'\\' || i + 1 == text.size()) {
+            result += text[i];
+            continue;
+        }
+        ++i;
+        if (text[i] != u'x') {
+            result += text[i];
+            continue;
+        }
+        // As many hexadecimal digits as there are, of which the last four count.
+        char16_t unit = 0;
+        for (; i + 1 < text.size() && isHexDigit(text[i + 1].unicode()); ++i) {
+            unit = static_cast<char16_t>(unit << 4 | hexValue(text[i + 1].unicode()));
+        }
+        result += QChar(unit);
+    }
+    return result.toStdString();
 }
 
 } // namespace rb

@@ -14,5 +14,7 @@ std::string withIniValue(const std::string& text, const std::string& group, cons
                          const std::optional<std::string>& value);
 // As Qt 5 and 6 both read it in a settings file: ASCII only.
 std::string qtIniEscaped(const std::string& utf8);
+// What Qt reads there.
+std::string qtIniUnescaped(const std::string& written);
 
 } // namespace rb

@@ -25,6 +25,32 @@ Qt::Alignment alignmentOf(TextAlignment alignment) {
     return Qt::AlignLeft;
 }
 
+// Words that don't fit into a line may break anywhere.
+QString breakable(const QString& text, const QFontMetricsF& metrics, double width) {
+    constexpr char16_t zeroWidthSpace = 0x200B;
+    QString result;
+    qsizetype start = 0;
+    while (start < text.size()) {
+        qsizetype end = start;
+        while (end < text.size() && text[end].isSpace() == text[start].isSpace()) {
+            ++end;
+        }
+        const QString word = text.mid(start, end - start);
+        if (text[start].isSpace() || metrics.horizontalAdvance(word) <= width) {
+            result += word;
+        } else {
+            for (const QChar c : word) {
+                result += c;
+                if (!c.isHighSurrogate()) {
+                    result += QChar(zeroWidthSpace);
+                }
+            }
+        }
+        start = end;
+    }
+    return result;
+}
+
 } // namespace
 
 const QColor& colorOf(TextColor color, const Theme& theme) {
@@ -73,17 +99,16 @@ QSizeF LabelWidget::contentSize(double availableWidth) const {
     if (!label_.wraps || width <= availableWidth || availableWidth <= 0) {
         return {width, std::ceil(natural.height())};
     }
-    const QRectF wrapped =
-        metrics.boundingRect(QRectF(0, 0, std::floor(availableWidth), 1e6), Qt::AlignLeft | Qt::TextWordWrap, text);
-    return {std::floor(availableWidth), std::ceil(wrapped.height())};
+    const double whole = std::floor(availableWidth);
+    const QRectF wrapped = metrics.boundingRect(QRectF(0, 0, whole, 1e6), Qt::AlignLeft | Qt::TextWordWrap,
+                                                breakable(text, metrics, whole));
+    return {whole, std::ceil(wrapped.height())};
 }
 
 void LabelWidget::layOut() {
-    if (label_.wraps) {
-        return;
-    }
     const QString whole = QString::fromStdString(label_.text);
-    const QString shown = fontMetrics().elidedText(whole, Qt::ElideMiddle, width());
+    const QString shown = label_.wraps ? breakable(whole, QFontMetricsF(font()), width())
+                                       : fontMetrics().elidedText(whole, Qt::ElideMiddle, width());
     if (text() != shown) {
         setText(shown);
     }

@@ -11,23 +11,25 @@ MenuAction::MenuAction(std::shared_ptr<MenuItem> item, const Menu& menu, MenuWid
     : QAction(&widget)
     , item_(std::move(item))
     , widget_(widget) {
-    // Qt's own look-ups (typing the first letters, accessibility) go by this text.
-    setText(QString::fromStdString(item_->title).replace(QLatin1Char('&'), QStringLiteral("&&")));
-    setSeparator(item_->separator);
-    setEnabled(menu.isEnabled(*item_));
-    if (item_->on) {
-        setCheckable(true);
-        setChecked(true);
-    }
-    if (!item_->toolTip.empty()) {
-        setToolTip(plainToolTip(item_->toolTip));
-    }
+    itemChanged(menu);
     connect(this, &QAction::triggered, this, [this] {
         const std::shared_ptr<MenuItem> chosen = shown(widget_.heldModifiers());
         if (const auto action = chosen->action) {
             action(*chosen);
         }
     });
+}
+
+void MenuAction::itemChanged(const Menu& menu) {
+    // Qt's own look-ups (typing the first letters, accessibility) go by this text.
+    setText(QString::fromStdString(item_->title).replace(QLatin1Char('&'), QStringLiteral("&&")));
+    setSeparator(item_->separator);
+    setEnabled(menu.isEnabled(*item_));
+    setCheckable(item_->on);
+    setChecked(item_->on);
+    if (!item_->toolTip.empty()) {
+        setToolTip(plainToolTip(item_->toolTip));
+    }
 }
 
 const MenuAction* MenuAction::of(const QStyleOptionMenuItem& option) {

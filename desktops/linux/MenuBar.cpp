@@ -156,7 +156,9 @@ void MenuBar::layOutEntries() {
     for (Placed& placed : entries_) {
         const int breadth = placed.entry->breadth();
         right -= breadth;
-        placed.area = breadth > 0 ? QRect(right, 0, breadth, entryHeight) : QRect();
+        // Half an icon at the left end would be none; only what is longer than the bar reaches out of it.
+        const int left = right < 0 && breadth < width() ? std::min(right, -breadth) : right;
+        placed.area = breadth > 0 ? QRect(left, 0, breadth, entryHeight) : QRect();
         // The one under the pointer moves with it; the others make room.
         placed.entry->placeAt(placed.entry == dragged_ ? QRect(dragX_, 0, breadth, entryHeight) : placed.area);
     }

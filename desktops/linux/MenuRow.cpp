@@ -1,5 +1,6 @@
 #include "desktops/linux/MenuRow.h"
 
+#include "desktops/linux/ImportedMenu.h"
 #include "desktops/linux/KeyEquivalent.h"
 #include "desktops/linux/MenuAction.h"
 #include "desktops/linux/MenuWidget.h"
@@ -47,6 +48,18 @@ void drawCheck(QPainter& painter, const QPointF& centre, const QColor& color) {
     const QPointF points[] = {centre + QPointF(-4, 0.3), centre + QPointF(-1.3, 3.2), centre + QPointF(4, -3.6)};
     painter.setBrush(Qt::NoBrush);
     painter.drawPolyline(points, 3);
+}
+
+// Of those that exclude one another, the one that is on.
+void drawBullet(QPainter& painter, const QPointF& centre, const QColor& color) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(centre, 3, 3);
+}
+
+void drawDash(QPainter& painter, const QPointF& centre, const QColor& color) {
+    painter.setPen(QPen(color, 1.8, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(centre - QPointF(4, 0), centre + QPointF(4, 0));
 }
 
 void drawArrow(QPainter& painter, const QPointF& tip, const QColor& color) {
@@ -135,8 +148,14 @@ void MenuRow::paint(QPainter& painter, const QStyleOptionMenuItem& option) const
 
     const MenuWidget::Columns& columns = action_.menuWidget().columns();
     const double middle = row.top() + row.height() / 2.0;
-    if (item.on) {
-        drawCheck(painter, {row.left() + side + 5.0, middle}, color);
+    const ImportedRow* imported = importedRow(item);
+    const QPointF mark(row.left() + side + 5.0, middle);
+    if (imported && imported->mixed) {
+        drawDash(painter, mark, color);
+    } else if (item.on && imported && imported->radio) {
+        drawBullet(painter, mark, color);
+    } else if (item.on) {
+        drawCheck(painter, mark, color);
     }
     if (columns.image > 0) {
         const QRectF place(row.left() + side + columns.check, row.top(), columns.image, row.height());

@@ -1,11 +1,13 @@
 #include "desktops/linux/MenuWidget.h"
 
+#include "desktops/linux/ImportedMenu.h"
 #include "desktops/linux/KeyEquivalent.h"
 #include "desktops/linux/MenuAction.h"
 #include "desktops/linux/MenuRow.h"
 #include "desktops/linux/QtX11.h"
 #include "desktops/linux/Shadow.h"
 
+#include <QActionEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -78,6 +80,7 @@ void MenuWidget::prepare() {
 }
 
 void MenuWidget::fill() {
+    filling_ = true;
     for (MenuAction* row : std::exchange(rows_, {})) {
         removeAction(row);
         if (row->menu()) {
@@ -97,6 +100,7 @@ void MenuWidget::fill() {
         rows_.push_back(row);
         addAction(row);
     }
+    filling_ = false;
     measureColumns();
     if (rows_.empty()) {
         // Nothing to choose from: the menu doesn't stay.
@@ -104,10 +108,89 @@ void MenuWidget::fill() {
     }
 }
 
+// With every row that comes or goes Qt would measure all of a menu that is visible.
+void MenuWidget::actionEvent(QActionEvent* event) {
+    const bool visible = isVisible();
+    setAttribute(Qt::WA_WState_Visible, visible && !filling_);
+    QMenu::actionEvent(event);
+    setAttribute(Qt::WA_WState_Visible, visible);
+}
+
+bool MenuWidget::showsSameItems() const {
+    auto row = rows_.begin();
+    for (const auto& item : menu_->items()) {
+        if (item->alternate && row != rows_.begin()) {
+            continue;
+        }
+        if (row == rows_.end() || !(*row)->isFor(*item)) {
+            return false;
+        }
+        const auto* submenu = dynamic_cast<const MenuWidget*>((*row)->menu());
+        if (item->submenu != (submenu != nullptr ? submenu->menu_ : nullptr)) {
+            return false;
+        }
+        ++row;
+    }
+    return row == rows_.end();
+}
+
+void MenuWidget::contentChanged() {
+    if (!isVisible()) {
+        return; // it is filled when it opens
+    }
+    if (showsSameItems()) {
+        for (MenuAction* row : rows_) {
+            row->itemChanged(*menu_);
+        }
+        measureColumns();
+    } else {
+        const auto* active = dynamic_cast<const MenuAction*>(activeAction());
+        const int tag = active != nullptr ? active->item().tag : 0;
+        fill();
+        for (MenuAction* row : rows_) {
+            if (active != nullptr && row->item().tag == tag && row->isEnabled() && !row->menu()) {
+                setActiveAction(row);
+                break;
+            }
+        }
+    }
+    if (rows_.empty()) {
+        return;
+    }
+    fitAgain();
+    for (const MenuAction* row : rows_) {
+        if (auto* submenu = dynamic_cast<MenuWidget*>(row->menu())) {
+            submenu->contentChanged();
+        }
+    }
+}
+
+// Qt measures the rows, limits the menu to the screen and scrolls it when it opens; so it opens once more where it is.
+void MenuWidget::fitAgain() {
+    QActionEvent changed(QEvent::ActionChanged, rows_.front());
+    filling_ = true; // nothing but a mark that the rows are to be measured
+    actionEvent(&changed);
+    filling_ = false;
+    if (sizeHint() == size()) {
+        update();
+        return;
+    }
+    const QPoint place = pos();
+    prepared_ = true;
+    popup(place);
+    const QScreen* screen = QGuiApplication::screenAt(panelRect().center() + place);
+    if (screen && place.y() + height() - margin() <= screen->geometry().bottom() &&
+        place.x() + width() - margin() <= screen->geometry().right()) {
+        move(place); // a shadow may lie on a bar or off the screen
+    }
+    update();
+}
+
 void MenuWidget::measureColumns() {
     columns_ = {};
     for (const MenuAction* row : rows_) {
-        if (row->item().on) {
+        const ImportedRow* imported = importedRow(row->item());
+        if (row->item().on || (imported && imported->mixed)) {
             columns_.check = MenuRow::checkWidth;
         }
         columns_.image = std::max(columns_.image, MenuRow::imageWidth(row->item(), pictures_));
@@ -134,7 +217,9 @@ void MenuWidget::keyPressEvent(QKeyEvent* event) {
             return;
         }
     }
-    QMenu::keyPressEvent(event);
+    if (!chooseByMnemonic(*event)) {
+        QMenu::keyPressEvent(event);
+    }
 }
 
 void MenuWidget::keyReleaseEvent(QKeyEvent* event) {
@@ -236,17 +321,46 @@ void MenuWidget::holdModifiers(std::uint32_t modifiers) {
     }
 }
 
+void MenuWidget::choose(MenuAction& row) {
+    setActiveAction(&row);
+    // Return closes all menus and then chooses, in Qt's own order.
+    QKeyEvent choose(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QMenu::keyPressEvent(&choose);
+}
+
 bool MenuWidget::chooseByKey(const QKeyEvent& event) {
     for (MenuAction* row : rows_) {
         if (row->isEnabled() && row->isVisible() && isKeyEquivalent(event, *row->shown(heldModifiers_))) {
-            setActiveAction(row);
-            // Return closes all menus and then chooses, in Qt's own order.
-            QKeyEvent choose(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
-            QMenu::keyPressEvent(&choose);
+            choose(*row);
             return true;
         }
     }
     return false;
+}
+
+// The letter that another program's menu marks; when several lines have it, the next one is only selected.
+bool MenuWidget::chooseByMnemonic(const QKeyEvent& event) {
+    const QString typed = event.text().toUpper();
+    if (typed.size() != 1 || (event.modifiers() & ~(Qt::ShiftModifier | Qt::AltModifier)) != 0) {
+        return false;
+    }
+    std::vector<MenuAction*> marked;
+    for (MenuAction* row : rows_) {
+        const ImportedRow* imported = importedRow(row->item());
+        if (imported && row->isEnabled() && imported->mnemonic == typed[0]) {
+            marked.push_back(row);
+        }
+    }
+    if (marked.empty()) {
+        return false;
+    }
+    if (marked.size() == 1) {
+        choose(*marked.front());
+        return true;
+    }
+    const auto active = std::find(marked.begin(), marked.end(), activeAction());
+    setActiveAction(active == marked.end() || active + 1 == marked.end() ? marked.front() : *(active + 1));
+    return true;
 }
 
 } // namespace rb

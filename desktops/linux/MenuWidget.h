@@ -36,6 +36,9 @@ public:
 
     // Opens below something, or above it where there is no room below, without covering it.
     void openBeside(const QRect& place);
+    // The menu's items, or those of its submenus, are others now, or the same with other contents: what is open
+    // follows.
+    void contentChanged();
     // The widget whose press opens it: another press there only closes it.
     void setOpener(const QWidget* opener) { opener_ = opener; }
 
@@ -48,6 +51,7 @@ public:
     std::uint32_t heldModifiers() const { return heldModifiers_; }
 
 protected:
+    void actionEvent(QActionEvent* event) override;
     void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
@@ -64,7 +68,11 @@ private:
     MenuWidget* beneath(const QMouseEvent& event) const;
     void fill();
     void measureColumns();
+    bool showsSameItems() const;
+    void fitAgain();
     bool chooseByKey(const QKeyEvent& event);
+    bool chooseByMnemonic(const QKeyEvent& event);
+    void choose(MenuAction& row);
     void holdModifiers(std::uint32_t modifiers);
 
     std::shared_ptr<Menu> menu_;
@@ -74,7 +82,8 @@ private:
     std::vector<MenuAction*> rows_;
     Columns columns_;
     std::uint32_t heldModifiers_ = NoModifiers;
-    bool prepared_ = false;       // ahead of opening
+    bool prepared_ = false; // ahead of opening
+    bool filling_ = false;
     std::optional<QPoint> place_; // where to open instead of where Qt would
 };
 

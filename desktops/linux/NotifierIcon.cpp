@@ -1,15 +1,16 @@
 #include "desktops/linux/NotifierIcon.h"
 
 #include "desktops/linux/Appearance.h"
+#include "desktops/linux/IconContrast.h"
 #include "desktops/linux/MenuBar.h"
 #include "desktops/linux/MenuWidget.h"
+#include "desktops/linux/ThemeIcons.h"
 #include "desktops/linux/ToolTip.h"
 
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 #include <QDir>
 #include <QFileInfo>
-#include <QIcon>
 #include <QImageReader>
 #include <QMouseEvent>
 #include <QPainter>
@@ -29,20 +30,37 @@ constexpr int patience = 5000;    // milliseconds for an answer
 constexpr int shortestGap = 100;  // milliseconds between two questions
 constexpr int largestFile = 4096; // pixels a side
 
+// Where a program's own folder may have an icon: itself, or laid out as a theme.
+QStringList placesIn(const QString& folder) {
+    QStringList places{folder};
+    for (const char* size : {"scalable", "48x48", "32x32", "24x24", "22x22", "16x16"}) {
+        for (const char* context : {"apps", "status"}) {
+            places.append(folder + QStringLiteral("/hicolor/") + QLatin1String(size) + QLatin1Char('/') +
+                          QLatin1String(context));
+        }
+    }
+    return places;
+}
+
 // A file of the program's own: a path, or a name in its folder.
 QImage fromFile(const QString& name, const QString& folder, int pixels) {
     QStringList candidates;
     if (QDir::isAbsolutePath(name)) {
         candidates.append(name);
     } else if (!folder.isEmpty()) {
-        for (const char* suffix : {".svg", ".png", ".xpm"}) {
-            candidates.append(folder + QLatin1Char('/') + name + QLatin1String(suffix));
+        for (const QString& place : placesIn(folder)) {
+            for (const char* suffix : {".svg", ".png", ".xpm"}) {
+                candidates.append(place + QLatin1Char('/') + name + QLatin1String(suffix));
+            }
         }
     }
     for (const QString& candidate : candidates) {
+        if (!QFileInfo(candidate).isFile()) {
+            continue;
+        }
         QImageReader reader(candidate);
         const QSize size = reader.size();
-        if (!QFileInfo(candidate).isFile() || size.width() > largestFile || size.height() > largestFile) {
+        if (size.width() > largestFile || size.height() > largestFile) {
             continue;
         }
         if (size.isValid()) {
@@ -61,7 +79,7 @@ QImage named(const QString& name, const QString& folder, int pixels, const QColo
     }
     QImage image = fromFile(name, folder, pixels);
     if (image.isNull()) {
-        image = QIcon::fromTheme(name).pixmap(QSize(pixels, pixels)).toImage();
+        image = iconFromTheme(name).pixmap(QSize(pixels, pixels)).toImage();
     }
     if (!image.isNull() && name.endsWith(QLatin1String("-symbolic"))) {
         image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
@@ -166,7 +184,7 @@ QImage NotifierIcon::picture(int pixels) const {
     if (image.isNull()) {
         image = bestPixmap(facts_.icon, pixels);
     }
-    return image.isNull() ? letter(pixels) : image;
+    return image.isNull() ? letter(pixels) : readable(image, appearance_.theme().bar, foreground);
 }
 
 // An item without any picture is still there to be clicked.
@@ -184,7 +202,7 @@ QImage NotifierIcon::letter(int pixels) const {
     painter.setFont(letterFont);
     painter.setPen(appearance_.theme().bar);
     const QString name = facts_.title.isEmpty() ? facts_.id : facts_.title;
-    painter.drawText(image.rect(), Qt::AlignCenter, name.left(1).toUpper());
+    painter.drawText(image.rect(), Qt::AlignCenter, name.isEmpty() ? QStringLiteral("?") : name.left(1).toUpper());
     return image;
 }
 
@@ -253,17 +271,35 @@ void NotifierIcon::openMenu() {
     if (menu_ && menu_->isVisible()) {
         return;
     }
-    import_ = std::make_unique<MenuImport>(address_.service, facts_.menuPath);
-    import_->read([this](std::shared_ptr<Menu> menu) {
-        if (menu->items().empty() || !isVisible()) {
-            return;
-        }
-        menu_ = std::make_unique<MenuWidget>(std::move(menu), pictures_);
-        menu_->setOpener(this);
-        connect(menu_.get(), &QMenu::aboutToHide, this, qOverload<>(&QWidget::update), Qt::QueuedConnection);
-        menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
-        update();
-    });
+    import_ =
+        std::make_unique<MenuImport>(MenuImport::Source{address_.service, facts_.menuPath, appearance_.theme().label},
+                                     MenuImport::Listener{.read = [this] { showMenu(); },
+                                                          .changed =
+                                                              [this] {
+                                                                  if (menu_) {
+                                                                      menu_->contentChanged();
+                                                                  }
+                                                              }});
+}
+
+void NotifierIcon::showMenu() {
+    if (import_->menu()->items().empty() || !isVisible()) {
+        return;
+    }
+    menu_ = std::make_unique<MenuWidget>(import_->menu(), pictures_);
+    menu_->setOpener(this);
+    // In a later turn, because the choice comes after the closing.
+    connect(
+        menu_.get(), &QMenu::aboutToHide, this,
+        [this] {
+            update();
+            if (!menu_->isVisible()) {
+                import_.reset();
+            }
+        },
+        Qt::QueuedConnection);
+    menu_->openBeside(QRect(mapToGlobal(QPoint(0, 0)), size()));
+    update();
 }
 
 } // namespace rb

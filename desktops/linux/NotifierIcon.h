@@ -49,6 +49,7 @@ private:
     QImage letter(int pixels) const;
     void call(const QString& method, QPoint place);
     void openMenu();
+    void showMenu();
 
     NotifierAddress address_;
     MenuBar& bar_;

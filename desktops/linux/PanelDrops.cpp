@@ -32,6 +32,9 @@ std::uint32_t LinuxDraggingInfo::sourceOperationMask() const {
         return ownOperations_;
     }
     const Qt::DropActions actions = event_.possibleActions();
+    if (event_.modifiers().testFlag(Qt::ControlModifier) && actions.testFlag(Qt::CopyAction)) {
+        return CopyOperation; // as GTK's sources say themselves
+    }
     std::uint32_t mask = NoDragOperation;
     mask |= actions.testFlag(Qt::CopyAction) ? CopyOperation : NoDragOperation;
     mask |= actions.testFlag(Qt::LinkAction) ? LinkOperation : NoDragOperation;
@@ -50,6 +53,12 @@ void answerDrag(QDropEvent& event, std::uint32_t operation) {
     }
     event.setDropAction(actionFor(operation));
     event.accept();
+}
+
+void answerDrop(QDropEvent& event, std::uint32_t operation) {
+    const bool movesTheirs = event.source() == nullptr && (operation & MoveOperation) != 0;
+    const bool mayCopy = event.possibleActions().testFlag(Qt::CopyAction);
+    answerDrag(event, movesTheirs ? std::uint32_t{mayCopy ? CopyOperation : NoDragOperation} : operation);
 }
 
 } // namespace rb

@@ -27,5 +27,8 @@ private:
 
 // Tells the source what a drop does, or would do; with nothing the drag isn't taken here.
 void answerDrag(QDropEvent& event, std::uint32_t operation);
+// The same once it is done, or under way. Another program never hears of a move, which we do ourselves: it might
+// remove files that are still to be moved.
+void answerDrop(QDropEvent& event, std::uint32_t operation);
 
 } // namespace rb

@@ -97,7 +97,7 @@ protected:
             event->ignore();
             return;
         }
-        answerDrag(*event, operation);
+        answerDrop(*event, operation);
     }
     void paintEvent(QPaintEvent* event) override { panel_.paint(event->region()); }
 
@@ -154,8 +154,26 @@ void LinuxPanel::place() {
 // The margin is not the panel: what is clicked there lies beneath.
 void LinuxPanel::applyInputRegion() {
     const int margin = spec_.hasShadow ? shadowMargin : 0;
-    setInputRegion(*window_,
-                   spec_.ignoresMouseEvents ? QRect() : QRect({margin, margin}, toGlobal(spec_.frame).size()));
+    const QRect whole({margin, margin}, toGlobal(spec_.frame).size());
+    QRegion region;
+    if (!spec_.ignoresMouseEvents) {
+        region = whole;
+    }
+    for (const Rect& area : mouseAreas_) {
+        const QRectF part(fromLayer({area.x, area.maxY()}), QSizeF(area.width, area.height));
+        region |= part.toAlignedRect() & whole;
+    }
+    setInputRegion(*window_, region);
+}
+
+bool LinuxPanel::setMouseAreas(const std::vector<Rect>& areas) {
+    if (areas != mouseAreas_) {
+        mouseAreas_ = areas;
+        if (window_) {
+            applyInputRegion();
+        }
+    }
+    return true;
 }
 
 void LinuxPanel::setIgnoresMouseEvents(bool ignores) {

@@ -39,6 +39,7 @@ public:
     void orderOut() override;
     bool isVisible() const override { return surface_.isShown(); }
     void setIgnoresMouseEvents(bool ignores) override;
+    bool setMouseAreas(const std::vector<Rect>& areas) override;
     void setInput(PanelInput* input) override { input_ = input; }
     void beginDrag(const FileDrag& drag) override;
     void showContextMenu(const std::shared_ptr<Menu>& menu, Point location, std::function<void()> closed) override;
@@ -66,6 +67,7 @@ private:
     LinuxPanels& panels_;
     PanelSpec spec_;
     PanelInput* input_ = nullptr;
+    std::vector<Rect> mouseAreas_; // in the root layer
     std::unique_ptr<MenuWidget> contextMenu_;
     LayerSurface surface_;
     std::unique_ptr<Window> window_; // from the first time it is shown

@@ -74,17 +74,18 @@ void LinuxPasteboard::watch() {
 }
 
 void LinuxPasteboard::ownerChanged(xcb_window_t owner, xcb_timestamp_t time) {
+    if (owner == owner_.window() && ownNotifications_ > 0) {
+        --ownNotifications_; // what write() has dealt with
+        observers_.notify();
+        return;
+    }
     targets_.reset();
     time_ = time;
     reader_.ownerChanged();
     if (owner == XCB_WINDOW_NONE) {
         return; // gone with what it had: nothing new to read
     }
-    if (owner == owner_.window() && ownNotifications_ > 0) {
-        --ownNotifications_;
-    } else {
-        ++changeCount_;
-    }
+    ++changeCount_;
     observers_.notify();
 }
 
@@ -219,6 +220,8 @@ bool LinuxPasteboard::write(PasteboardContents contents) {
     ++ownNotifications_;
     ++changeCount_;
     targets_.reset();
+    time_ = owner_.time();
+    reader_.ownerChanged();
     return true;
 }
 

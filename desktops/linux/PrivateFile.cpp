@@ -23,6 +23,11 @@ std::string realPath(const std::string& path) {
     return real ? real.get() : path;
 }
 
+// What is written before it takes the file's place.
+std::string freshName(const std::string& path) {
+    return path + ".rookbay-new";
+}
+
 std::string folderOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
 }
@@ -88,7 +93,7 @@ bool PrivateFile::write(const std::optional<std::string>& bytes) const {
         return false;
     }
     const mode_t mode = stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0600;
-    const std::string fresh = path + ".rookbay-new";
+    const std::string fresh = freshName(path);
     unlink(fresh.c_str()); // of a run that died while writing
     const UniqueFd file(open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!file) {
@@ -101,6 +106,10 @@ bool PrivateFile::write(const std::optional<std::string>& bytes) const {
     }
     const UniqueFd parent(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return !parent || fsync(parent.get()) == 0;
+}
+
+void PrivateFile::tidy() const {
+    unlink(freshName(realPath(path_)).c_str());
 }
 
 } // namespace rb

@@ -21,6 +21,8 @@ public:
     // All or nothing, on the disk when it returns, with the permissions that the file had (0600 for a new one).
     // Nothing removes it. False when that fails; the file is as before then.
     bool write(const std::optional<std::string>& bytes) const;
+    // Removes what a run that was killed while writing left beside the file.
+    void tidy() const;
 
 private:
     std::string path_;

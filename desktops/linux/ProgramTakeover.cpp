@@ -78,6 +78,7 @@ bool ProgramTakeover::giveBack(ScreenshotProgram& program, const Entry& entry) {
         log_.write("cannot write the settings of " + program.name());
         return false;
     }
+    program.tidy();
     return true;
 }
 
@@ -124,6 +125,7 @@ void ProgramTakeover::redirect(const std::string& folder) {
 }
 
 void ProgramTakeover::restore() {
+    PrivateFile(journalPath_).tidy();
     if (!readJournal() || journal_.empty()) {
         return;
     }

@@ -20,7 +20,11 @@ void LinuxScreenshotPreferences::synchronize() {
         return;
     }
     // What the user had is saved there, and must survive us from here on.
-    defaults_.synchronize();
+    if (!defaults_.synchronize()) {
+        log_.write("the screenshot settings stay as they are, because the user's own can't be saved");
+        changes_.clear();
+        return;
+    }
     PropertyDictionary wanted = values_;
     for (const auto& [key, value] : changes_) {
         if (value) {

@@ -18,6 +18,10 @@ bool isOnPath(const std::string& command) {
     return !QStandardPaths::findExecutable(QString::fromStdString(command)).isEmpty();
 }
 
+std::string folderOfUrl(const std::string& written) {
+    return QUrl(QString::fromStdString(written)).adjusted(QUrl::StripTrailingSlash).toLocalFile().toStdString();
+}
+
 std::string asUrl(const std::string& folder) {
     return QUrl::fromLocalFile(QString::fromStdString(folder)).toEncoded().toStdString();
 }
@@ -44,6 +48,10 @@ bool IniScreenshotProgram::write(const State& state) {
     return PrivateFile(path_).write(state);
 }
 
+void IniScreenshotProgram::tidy() {
+    PrivateFile(path_).tidy();
+}
+
 ScreenshotProgram::State IniScreenshotProgram::redirected(const State& state, const std::string& folder) const {
     std::string text = state.value_or("");
     for (const Value& value : values_) {
@@ -63,7 +71,8 @@ ScreenshotProgram::State IniScreenshotProgram::undone(const State& current, cons
     std::string text = *current;
     for (const Value& value : values_) {
         const auto ours = iniValue(after.value_or(""), group_, value.key);
-        if (ours && iniValue(text, group_, value.key) == ours) {
+        const auto there = iniValue(text, group_, value.key);
+        if (ours && there && value.meaning(*there) == value.meaning(*ours)) {
             text = withIniValue(text, group_, value.key, iniValue(before.value_or(""), group_, value.key));
         }
     }
@@ -75,14 +84,15 @@ std::vector<std::unique_ptr<ScreenshotProgram>> knownScreenshotPrograms() {
     std::vector<std::unique_ptr<ScreenshotProgram>> programs;
     programs.push_back(std::make_unique<IniScreenshotProgram>(
         "flameshot", "flameshot/flameshot.ini", "General",
-        std::vector<IniScreenshotProgram::Value>{{"savePath", qtIniEscaped}, {"savePathFixed", yes}}));
+        std::vector<IniScreenshotProgram::Value>{{"savePath", qtIniEscaped, qtIniUnescaped}, {"savePathFixed", yes}}));
     programs.push_back(std::make_unique<GSettingsScreenshotProgram>("gnome-screenshot", "org.gnome.gnome-screenshot",
                                                                     "auto-save-directory"));
-    programs.push_back(
-        std::make_unique<IniScreenshotProgram>("xfce4-screenshooter", "xfce4/xfce4-screenshooter", "",
-                                               std::vector<IniScreenshotProgram::Value>{{"screenshot_dir", asUrl}}));
     programs.push_back(std::make_unique<IniScreenshotProgram>(
-        "spectacle", "spectaclerc", "Save", std::vector<IniScreenshotProgram::Value>{{"defaultSaveLocation", asUrl}}));
+        "xfce4-screenshooter", "xfce4/xfce4-screenshooter", "",
+        std::vector<IniScreenshotProgram::Value>{{"screenshot_dir", asUrl, folderOfUrl}}));
+    programs.push_back(std::make_unique<IniScreenshotProgram>(
+        "spectacle", "spectaclerc", "Save",
+        std::vector<IniScreenshotProgram::Value>{{"defaultSaveLocation", asUrl, folderOfUrl}}));
     return programs;
 }
 

@@ -24,6 +24,8 @@ public:
     virtual Reading read() const = 0;
     // All of it or nothing; false when it can't be stored.
     virtual bool write(const State& state) = 0;
+    // Removes what a run that was killed in its write left behind.
+    virtual void tidy() {}
     // The state with captures going to the folder.
     virtual State redirected(const State& state, const std::string& folder) const = 0;
     // `current` with those values of `after` undone that it still has; what somebody changed since stays.
@@ -37,6 +39,8 @@ public:
         std::string key;
         // What it is while captures go to the folder.
         std::string (*redirected)(const std::string& folder);
+        // What a written value means; programs write anew what they read, and not always with the same characters.
+        std::string (*meaning)(const std::string& written) = [](const std::string& written) { return written; };
     };
     // `command` is looked up on PATH; `file` counts from the XDG config folder.
     IniScreenshotProgram(std::string command, const std::string& file, std::string group, std::vector<Value> values);
@@ -45,6 +49,7 @@ public:
     bool isInstalled() const override;
     Reading read() const override;
     bool write(const State& state) override;
+    void tidy() override;
     State redirected(const State& state, const std::string& folder) const override;
     State undone(const State& current, const State& before, const State& after) const override;
 

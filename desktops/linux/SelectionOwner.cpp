@@ -14,6 +14,8 @@ namespace {
 constexpr std::size_t largestPiece = 262'144; // bytes; servers take requests of at least this size
 constexpr double sendingLimit = 10;           // seconds in which the other program must take a piece
 constexpr double handOverLimit = 2;           // seconds that quitting may take longer
+constexpr double signOfLifeLimit = 0.3;       // seconds in which a manager asks for something
+constexpr const char* savedProperty = "ROOKBAY_SAVE_TARGETS";
 
 } // namespace
 
@@ -70,6 +72,7 @@ std::vector<xcb_atom_t> SelectionOwner::targets() {
 void SelectionOwner::handle(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7F) {
     case XCB_SELECTION_REQUEST:
+        lastAsked_ = loop_.now();
         answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
         break;
     case XCB_SELECTION_CLEAR: {
@@ -85,9 +88,14 @@ void SelectionOwner::handle(const xcb_generic_event_t& event) {
         handedOver_ = handedOver_ || (notify.requestor == window_ && notify.target == connection_.atom("SAVE_TARGETS"));
         break;
     }
-    case XCB_PROPERTY_NOTIFY:
-        sendPiece(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+    case XCB_PROPERTY_NOTIFY: {
+        const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        if (notify.state == XCB_PROPERTY_DELETE) {
+            lastAsked_ = loop_.now(); // a piece was taken, or the list of what is to be saved
+        }
+        sendPiece(notify);
         break;
+    }
     default:
         break;
     }
@@ -163,6 +171,8 @@ bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property
 
 void SelectionOwner::giveBytes(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const SharedBytes& bytes) {
     xcb_connection_t* x = connection_.get();
+    // Asked anew in the same place: what it gave up taking must not come in between.
+    sendings_.remove_if([&](const Sending& each) { return each.requestor == requestor && each.property == property; });
     if (bytes->size() <= largestPiece) {
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
                             static_cast<std::uint32_t>(bytes->size()), bytes->data());
@@ -218,14 +228,17 @@ void SelectionOwner::handOver() {
         saved.push_back(connection_.atom(form.target));
     }
     const xcb_atom_t saveTargets = connection_.atom("SAVE_TARGETS");
-    const xcb_atom_t property = connection_.atom("ROOKBAY_SAVE_TARGETS");
+    const xcb_atom_t property = connection_.atom(savedProperty);
     xcb_change_property(x, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_ATOM, 32,
                         static_cast<std::uint32_t>(saved.size()), saved.data());
     xcb_convert_selection(x, window_, managerSelection, saveTargets, property, connection_.serverTime());
     xcb_flush(x);
-    // The event loop has ended; the manager asks for the contents meanwhile.
+    // The event loop has ended; the manager asks for the contents meanwhile. Some own the selection, never answer it
+    // and keep what was copied by means of their own: nobody is kept waiting for those.
     const double end = loop_.now() + handOverLimit;
-    while (!handedOver_ && loop_.now() < end && xcb_connection_has_error(x) == 0) {
+    lastAsked_ = loop_.now();
+    while (!handedOver_ && loop_.now() < std::min(end, lastAsked_ + signOfLifeLimit) &&
+           xcb_connection_has_error(x) == 0) {
         connection_.deliver();
         constexpr int moment = 20; // milliseconds
         pollfd waiting{.fd = xcb_get_file_descriptor(x), .events = POLLIN, .revents = 0};

@@ -37,6 +37,8 @@ public:
     xcb_window_t window() const { return window_; }
     // Somebody is still taking a large answer away.
     bool isSending() const { return !sendings_.empty(); }
+    // When it took the selection last, on the server's clock.
+    xcb_timestamp_t time() const { return time_; }
     // Before the program ends: gives what it holds to a clipboard manager, where one runs. Waits for it a moment.
     void handOver();
 
@@ -69,6 +71,7 @@ private:
     std::vector<SelectionForm> forms_; // empty while someone else holds the selection
     std::list<Sending> sendings_;
     bool handedOver_ = false;
+    double lastAsked_ = 0; // by anyone for anything, on the run loop's clock
     Handle events_;
 };
 

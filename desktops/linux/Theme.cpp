@@ -30,6 +30,7 @@ Theme Theme::make(bool dark, const QColor& accent) {
         theme.menuBorder = gray(255, 0.16);
         theme.separator = gray(255, 0.12);
         theme.bar = QColor(0x1F, 0x1F, 0x22);
+        theme.iconPlate = QColor(0xC4, 0xC4, 0xCA);
         theme.toolTip = QColor(0x3A, 0x3A, 0x3E);
         theme.sidebar = QColor(0x22, 0x22, 0x25);
         theme.green = QColor(0x30, 0xD1, 0x58);
@@ -49,6 +50,7 @@ Theme Theme::make(bool dark, const QColor& accent) {
         theme.menuBorder = gray(0, 0.20);
         theme.separator = gray(0, 0.11);
         theme.bar = QColor(0xF6, 0xF6, 0xF8);
+        theme.iconPlate = QColor(0x6A, 0x6A, 0x70);
         theme.toolTip = QColor(0xFF, 0xFF, 0xFF);
         theme.sidebar = QColor(0xE6, 0xE6, 0xEA);
         theme.green = QColor(0x28, 0xA0, 0x45);

@@ -21,7 +21,8 @@ struct Theme {
     QColor menu;
     QColor menuBorder;
     QColor separator;
-    QColor bar; // our own menu bar
+    QColor bar;       // our own menu bar
+    QColor iconPlate; // in it, behind icons that are as dark or as light as the bar
     QColor toolTip;
     QColor sidebar;
     QColor green;

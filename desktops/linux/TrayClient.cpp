@@ -3,6 +3,7 @@
 #include "desktops/linux/Appearance.h"
 #include "desktops/linux/MenuBar.h"
 #include "desktops/linux/QtX11.h"
+#include "desktops/linux/TrayPlate.h"
 #include "desktops/linux/XConnection.h"
 
 #include <algorithm>
@@ -21,6 +22,11 @@ constexpr int mostCorrections = 20;
 constexpr std::uint32_t embeddedNotify = 0;
 constexpr std::uint32_t protocolVersion = 0;
 constexpr std::uint32_t mappedFlag = 1;
+constexpr int firstLook = 300;             // milliseconds after it was asked to draw itself
+constexpr int secondLook = 2000;           // slow ones
+constexpr double ownColor = 0.25;          // share of what is seen, with which it can be told from the bar
+constexpr double ownBackground = 0.95;     // share of an icon that covers its place
+constexpr double contrastWithPlate = 0.55; // smooth edges look lighter or darker there, and nothing may flicker
 constexpr std::uint32_t longestClass = 64; // four-byte units
 
 // The window may be gone at any time; its errors are nobody's business.
@@ -68,6 +74,10 @@ TrayClient::TrayClient(xcb_connection_t* x, xcb_window_t icon, xcb_window_t root
     , appearance_(appearance)
     , name_(className(x, icon))
     , info_(internAtom("_XEMBED_INFO")) {
+    for (QTimer* timer : {&firstLook_, &secondLook_}) {
+        timer->setSingleShot(true);
+        QObject::connect(timer, &QTimer::timeout, timer, [this] { look(); });
+    }
     takeIn();
     bar_.addEntry(*this);
     readInfo();
@@ -251,14 +261,55 @@ void TrayClient::placeAt(const QRect& area) {
 
 // Icons of older toolkits don't notice by themselves that they were moved or that what lies behind them changed.
 void TrayClient::redraw() {
+    firstLook_.start(firstLook);
+    secondLook_.start(secondLook);
     xcb_clear_area(x_, 0, container_, 0, 0, 0, 0);
     quietly(x_, xcb_clear_area_checked(x_, 1, icon_, 0, 0, 0, 0));
     xcb_flush(x_);
 }
 
+void TrayClient::drawBehind() {
+    if (!plated_) {
+        const std::uint32_t color = behind();
+        xcb_change_window_attributes(x_, container_, XCB_CW_BACK_PIXEL, &color);
+        return;
+    }
+    const int side = pixels(iconSide + 2);
+    const QSize size(pixels(area_.width()), pixels(area_.height()));
+    setBackground(x_, container_, depth_,
+                  plate({.size = size,
+                         .plate = QRect((size.width() - side) / 2, (size.height() - side) / 2, side, side),
+                         .ground = appearance_.theme().bar,
+                         .color = appearance_.theme().iconPlate}));
+}
+
+// An icon that is as dark or as light as the bar gets a plate, which goes again when the icon changes.
+void TrayClient::look() {
+    if (!shown_ || area_.left() < 0) {
+        return;
+    }
+    const QRect place(pixels(padding), (pixels(MenuBar::entryHeight) - pixels(iconSide)) / 2, pixels(iconSide),
+                      pixels(iconSide));
+    const Theme& theme = appearance_.theme();
+    const auto seen =
+        lookAtIcon(x_, container_, place, {theme.bar.rgb(), (plated_ ? theme.iconPlate : theme.bar).rgb()});
+    if (!seen || seen->tone.covered == 0) {
+        return;
+    }
+    const bool needsPlate = seen->tone.covered < ownBackground && seen->tone.colorful < ownColor &&
+                            isHardToSee(seen->tone, theme.bar, plated_ ? contrastWithPlate : leastContrast);
+    if (needsPlate != plated_) {
+        plated_ = needsPlate;
+        depth_ = seen->depth;
+        drawBehind();
+        redraw();
+        firstLook_.stop(); // one change at a time
+    }
+}
+
 void TrayClient::themeChanged() {
-    const std::uint32_t color = behind();
-    xcb_change_window_attributes(x_, container_, XCB_CW_BACK_PIXEL, &color);
+    plated_ = false;
+    drawBehind();
     redraw();
 }
 

@@ -2,6 +2,8 @@
 
 #include "desktops/linux/BarEntry.h"
 
+#include <QTimer>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -13,7 +15,7 @@ class LinuxAppearance;
 class MenuBar;
 
 // One icon of another program in our own menu bar: its window inside a small window of ours, which gives it its place,
-// its size and the colour behind it. Nothing that the icon asks for is taken on trust. Main thread only.
+// its size and what is behind it. Nothing that the icon asks for is taken on trust. Main thread only.
 class TrayClient final : public BarEntry {
 public:
     // On the connection that made the bar's window. Null when there is no such window (any more).
@@ -44,6 +46,8 @@ private:
     void giveSize();
     void tellSize();
     void redraw();
+    void drawBehind();
+    void look();
     std::uint32_t behind() const;
     int pixels(double points) const;
 
@@ -59,6 +63,10 @@ private:
     bool gone_ = false;
     bool shown_ = false; // the container
     QRect area_;
+    bool plated_ = false; // it can't be seen on the bar itself
+    std::uint8_t depth_ = 0;
+    QTimer firstLook_; // when it has drawn itself
+    QTimer secondLook_;
     int corrections_ = 0; // of sizes that the icon gave itself
 };
 

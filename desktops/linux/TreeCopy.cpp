@@ -60,10 +60,13 @@ ssize_t readFull(int file, Buffer& buffer, off_t offset) {
     return static_cast<ssize_t>(have);
 }
 
-int sameContents(int a, int b) {
+int sameContents(int a, int b, const std::atomic<bool>& cancelled) {
     const auto first = std::make_unique<Buffer>();
     const auto second = std::make_unique<Buffer>();
     for (off_t offset = 0;; offset += static_cast<off_t>(first->size())) {
+        if (cancelled) {
+            return ECANCELED;
+        }
         const ssize_t count = readFull(a, *first, offset);
         if (count < 0 || readFull(b, *second, offset) != count ||
             std::memcmp(first->data(), second->data(), static_cast<std::size_t>(count)) != 0) {
@@ -113,6 +116,9 @@ int TreeCopy::make(const std::string& from, const std::string& to) {
 }
 
 int TreeCopy::copyEntry(const std::string& path, int depth) {
+    if (cancelled_) {
+        return ECANCELED;
+    }
     struct stat facts {};
     if (lstat((from_ + path).c_str(), &facts) != 0) {
         return errno;
@@ -175,6 +181,9 @@ int TreeCopy::copyFile(const std::string& path, const struct stat& facts) const 
     }
     const auto buffer = std::make_unique<Buffer>();
     for (off_t offset = 0;;) {
+        if (cancelled_) {
+            return ECANCELED;
+        }
         const ssize_t count = readFull(source.get(), *buffer, offset);
         if (count < 0) {
             return errno;
@@ -198,7 +207,7 @@ int TreeCopy::copyFile(const std::string& path, const struct stat& facts) const 
     if (fstat(source.get(), &now) != 0 || !sameState(now, facts)) {
         return EBUSY; // somebody writes to it
     }
-    return sameContents(source.get(), target.get());
+    return sameContents(source.get(), target.get(), cancelled_);
 }
 
 int TreeCopy::copyLink(const std::string& path) const {

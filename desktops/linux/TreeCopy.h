@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -11,6 +12,9 @@ namespace rb {
 // refused. Error numbers, 0 for success.
 class TreeCopy {
 public:
+    // Looked at again and again, from whichever thread copies: once true, make() ends with ECANCELED.
+    explicit TreeCopy(const std::atomic<bool>& cancelled)
+        : cancelled_(cancelled) {}
     // `to` must not exist. What is there after a failure goes with removeCopy().
     int make(const std::string& from, const std::string& to);
     // Compares, then removes from the source whatever is still as it was copied; what came to it since stays, and then
@@ -32,6 +36,7 @@ private:
     int copyLink(const std::string& path) const;
     bool isUnchanged(const Entry& entry) const;
 
+    const std::atomic<bool>& cancelled_;
     std::string from_;
     std::string to_;
     std::vector<Entry> entries_; // a folder before what it holds

@@ -56,11 +56,12 @@ void LinuxUserDefaults::change(const std::string& key, std::optional<PropertyVal
     }
 }
 
-void LinuxUserDefaults::synchronize() {
+bool LinuxUserDefaults::synchronize() {
     writing_ = false;
-    if (!changes_.empty()) {
+    if (!changes_.empty() || !file_.isStored()) {
         values_ = file_.store(values_, std::exchange(changes_, {}));
     }
+    return file_.isStored();
 }
 
 } // namespace rb

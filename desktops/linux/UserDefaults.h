@@ -26,8 +26,8 @@ public:
     void removeObject(const std::string& key) override;
     void registerDefaults(const PropertyDictionary& defaults) override;
 
-    // Writes at once what hasn't been written yet.
-    void synchronize();
+    // Writes at once what hasn't been written yet; true when all of it is on the disk then.
+    bool synchronize();
 
 private:
     void change(const std::string& key, std::optional<PropertyValue> value);

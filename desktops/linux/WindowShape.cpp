@@ -56,13 +56,17 @@ std::vector<xcb_rectangle_t> opaqueRectangles(const QImage& picture) {
 
 } // namespace
 
-void setInputRegion(QWidget& window, const QRect& region) {
+void setInputRegion(QWidget& window, const QRegion& region) {
     if (xcb_connection_t* x = qtConnection()) {
         const double scale = window.devicePixelRatioF();
-        const QRect pixels = QRectF(QPointF(region.topLeft()) * scale, QSizeF(region.size()) * scale).toAlignedRect();
-        const xcb_rectangle_t taken = rectangle(pixels.x(), pixels.y(), pixels.width(), pixels.height());
+        std::vector<xcb_rectangle_t> taken;
+        taken.reserve(static_cast<std::size_t>(region.rectCount()));
+        for (const QRect& part : region) {
+            const QRect pixels = QRectF(QPointF(part.topLeft()) * scale, QSizeF(part.size()) * scale).toAlignedRect();
+            taken.push_back(rectangle(pixels.x(), pixels.y(), pixels.width(), pixels.height()));
+        }
         xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, idOf(window), 0, 0,
-                             region.isEmpty() ? 0 : 1, &taken);
+                             static_cast<std::uint32_t>(taken.size()), taken.data());
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QRect>
+#include <QRegion>
 
 class QImage;
 class QWidget;
@@ -9,8 +10,8 @@ class QWidget;
 // server windows are whole.
 namespace rb {
 
-// The part that takes the mouse, in the widget's coordinates; an empty rectangle lets every click through.
-void setInputRegion(QWidget& window, const QRect& region);
+// The part that takes the mouse, in the widget's coordinates; an empty one lets every click through.
+void setInputRegion(QWidget& window, const QRegion& region);
 // Cuts the window to the pixels that aren't transparent.
 void setShape(QWidget& window, const QImage& picture);
 void removeShape(QWidget& window);

@@ -13,6 +13,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <malloc.h>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -30,6 +31,13 @@ bool restoreScreenshotSettings(rb::Log& log) {
     inbox.restore();
     defaults.synchronize();
     return !inbox.isApplied();
+}
+
+// Copied pictures are large and short-lived on their way into the archive. The allocator would keep such blocks after
+// it has seen a few; with a fixed limit those above it go back to the system, and buffers of a frame still stay.
+void giveLargeBlocksBack() {
+    constexpr int limit = 1'572'864; // bytes
+    mallopt(M_MMAP_THRESHOLD, limit);
 }
 
 } // namespace
@@ -55,6 +63,7 @@ int main(int count, char** words) {
         return std::fputs(line.text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? failure : success;
     }
 
+    giveLargeBlocksBack();
     rb::LinuxLog log;
     rb::SingleInstance instance(log);
     switch (instance.claim(line.arguments)) {

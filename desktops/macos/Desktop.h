@@ -81,7 +81,7 @@ private:
     MacDisplays displays_;
     MacHardware hardware_;
     MacChildProcesses childProcesses_;
-    MacFileOperations fileOperations_;
+    MacFileOperations fileOperations_{runLoop_};
     MacDragPasteboard dragPasteboard_;
     MacPreviewPanel previewPanel_;
     MacWorkspace workspace_;

@@ -4,13 +4,25 @@
 
 namespace rb {
 
-// NSFileManager, which refuses to replace what is there and copies across volumes before it removes.
+class RunLoop;
+
+// NSFileManager, which refuses to replace what is there. Renames happen at once; copies are made off the main thread,
+// aside, in a folder that the system clears away should the program end in the middle.
 class MacFileOperations final : public FileOperations {
 public:
-    std::optional<FileFailure> moveItem(const std::string& from, const std::string& to) override;
-    std::optional<FileFailure> copyItem(const std::string& from, const std::string& to) override;
+    // The loop outlives it.
+    explicit MacFileOperations(RunLoop& loop)
+        : loop_(loop) {}
+
+    void moveItem(const std::string& from, const std::string& to, Done done) override;
+    void copyItem(const std::string& from, const std::string& to, Done done) override;
+    void trashItem(const std::string& path, Done done) override;
     SharedBytes contents(const std::string& path) const override;
-    std::optional<FileFailure> trashItem(const std::string& path) override;
+
+private:
+    void inBackground(std::function<std::optional<FileFailure>()> work, Done done);
+
+    RunLoop& loop_;
 };
 
 } // namespace rb

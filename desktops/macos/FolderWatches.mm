@@ -3,6 +3,7 @@
 #include "desktops/macos/Bridge.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <utility>
@@ -12,11 +13,20 @@ namespace rb {
 namespace {
 
 struct MacOpenFolder final : OpenFolder {
-    explicit MacOpenFolder(int opened)
-        : fd(opened) {}
+    MacOpenFolder(std::string from, int opened)
+        : path(std::move(from))
+        , fd(opened) {}
     ~MacOpenFolder() override { close(fd); }
     MacOpenFolder(const MacOpenFolder&) = delete;
     MacOpenFolder& operator=(const MacOpenFolder&) = delete;
+    bool isCurrent() const override {
+        struct stat ours {};
+        struct stat there {};
+        const char* name = nsString(path).fileSystemRepresentation;
+        return fstat(fd, &ours) == 0 && stat(name, &there) == 0 && ours.st_dev == there.st_dev &&
+               ours.st_ino == there.st_ino && access(name, R_OK | X_OK) == 0;
+    }
+    std::string path;
     int fd;
 };
 
@@ -24,8 +34,8 @@ struct MacOpenFolder final : OpenFolder {
 
 std::shared_ptr<OpenFolder> MacFolderWatches::open(const std::string& path) {
     constexpr int forEventsOnly = 0x8000; // O_EVTONLY
-    const int fd = ::open(nsString(path).fileSystemRepresentation, forEventsOnly);
-    return fd < 0 ? nullptr : std::make_shared<MacOpenFolder>(fd);
+    const int fd = ::open(nsString(path).fileSystemRepresentation, forEventsOnly | O_CLOEXEC);
+    return fd < 0 ? nullptr : std::make_shared<MacOpenFolder>(path, fd);
 }
 
 Handle MacFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {

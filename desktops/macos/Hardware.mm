@@ -18,6 +18,7 @@ struct USBWatch {
     io_iterator_t removedDevices = 0;
 
     ~USBWatch() {
+        // No notification comes after this; the iterators would still hold what they found.
         IONotificationPortDestroy(notificationPort);
         for (const io_iterator_t iterator : {addedDevices, removedDevices}) {
             if (iterator != 0) {
@@ -36,7 +37,8 @@ void drain(io_iterator_t iterator) {
 
 void RBUSBChanged(void* refcon, io_iterator_t iterator) {
     drain(iterator);
-    static_cast<USBWatch*>(refcon)->changed();
+    const auto changed = static_cast<USBWatch*>(refcon)->changed; // it may end the watch
+    changed();
 }
 
 } // namespace

@@ -12,5 +12,7 @@
 @property(nonatomic) rb::PanelInput* input;
 // For the press that is being told, as AppKit asks for its event.
 - (void)beginDrag:(const rb::FileDrag&)drag;
+// The end of the drag is told to nobody any more.
+- (void)forgetDrag;
 - (void)showMenu:(const std::shared_ptr<rb::Menu>&)menu closed:(const std::function<void()>&)closed;
 @end

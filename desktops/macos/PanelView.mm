@@ -27,7 +27,9 @@ public:
                                                                    options:@{
                                                                        NSPasteboardURLReadingFileURLsOnlyKey : @YES
                                                                    }]) {
-            files.push_back(utf8String(url.path));
+            if (NSString* path = url.path) {
+                files.push_back(utf8String(path));
+            }
         }
         return files;
     }
@@ -60,6 +62,11 @@ private:
 }
 
 - (void)mouseDown:(NSEvent*)event {
+    // The other way to ask for a context menu.
+    if ((event.modifierFlags & NSEventModifierFlagControl) != 0) {
+        [self rightMouseDown:event];
+        return;
+    }
     _stage = 0;
     if (self.input != nullptr) {
         _event = event;
@@ -98,10 +105,11 @@ private:
 }
 
 - (void)showMenu:(const std::shared_ptr<rb::Menu>&)menu closed:(const std::function<void()>&)closed {
+    const auto told = closed; // the menu runs timers, which may take this panel away
     if (_event != nil) {
         [NSMenu popUpContextMenu:rb::nsMenu(menu) withEvent:_event forView:self];
     }
-    closed();
+    told();
 }
 
 - (void)beginDrag:(const rb::FileDrag&)drag {
@@ -114,6 +122,10 @@ private:
     _outgoing = drag;
     NSDraggingSession* session = [self beginDraggingSessionWithItems:@[ item ] event:_event source:self];
     session.animatesToStartingPositionsOnCancelOrFail = YES;
+}
+
+- (void)forgetDrag {
+    _outgoing.reset();
 }
 
 - (NSDragOperation)draggingSession:(NSDraggingSession*)session

@@ -28,6 +28,7 @@ public:
     explicit MacPanel(const PanelSpec& spec);
     ~MacPanel() override {
         content_.input = nullptr;
+        [content_ forgetDrag]; // its session holds the view
         orderOut();
     }
     MacPanel(const MacPanel&) = delete;
@@ -39,6 +40,7 @@ public:
     void orderOut() override;
     bool isVisible() const override { return panel_.visible != NO; }
     void setIgnoresMouseEvents(bool ignores) override;
+    bool setMouseAreas(const std::vector<Rect>& /*areas*/) override { return false; }
     void setInput(PanelInput* input) override { content_.input = input; }
     void beginDrag(const FileDrag& drag) override { [content_ beginDrag:drag]; }
     // At the event that is being told, which AppKit takes the place from.

@@ -41,7 +41,8 @@ MacPreviewPanel::MacPreviewPanel()
     : source_([[RBMacPreviewSource alloc] init]) {}
 
 MacPreviewPanel::~MacPreviewPanel() {
-    source_.delegate = nullptr;
+    // The panel keeps no reference to whom it asks.
+    setDelegate(nullptr);
 }
 
 bool MacPreviewPanel::isVisible() const {

@@ -17,6 +17,8 @@ CFStringRef domain() {
 } // namespace
 
 void MacScreenshotPreferences::synchronize() {
+    // First what the user defaults hold: the user's own settings are among it.
+    CFPreferencesAppSynchronize(kCFPreferencesCurrentApplication);
     if (CFPreferencesAppSynchronize(domain()) == 0) {
         log_.write("cannot store the screenshot settings");
     }
@@ -44,7 +46,9 @@ bool MacScreenshotPreferences::makeOwnFolder() {
     NSURL* folder = [NSURL fileURLWithPath:nsString(ownFolder()) isDirectory:YES];
     return [NSFileManager.defaultManager createDirectoryAtURL:folder
                                   withIntermediateDirectories:YES
-                                                   attributes:nil
+                                                   attributes:@{
+                                                       NSFilePosixPermissions : @0700
+                                                   }
                                                         error:nil] != NO;
 }
 

@@ -17,7 +17,8 @@ class VirtualChild {
 public:
     VirtualChild(VirtualRunLoop& loop, ChildStart start)
         : loop_(loop)
-        , start_(std::move(start)) {}
+        , start_(std::move(start))
+        , inputClosed_(!start_.pipesInput) {}
 
     const std::string& program() const { return start_.program; }
     const std::vector<std::string>& arguments() const { return start_.arguments; }
@@ -42,7 +43,7 @@ private:
     ChildStart start_;
     std::string input_;
     std::map<std::string, std::string>* files_ = nullptr;
-    bool inputClosed_ = false;
+    bool inputClosed_;
     bool running_ = true;
     bool killed_ = false;
     bool diesOfKill_ = true;

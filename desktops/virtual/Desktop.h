@@ -140,7 +140,7 @@ private:
     VirtualDisplays displays_;
     VirtualHardware hardware_;
     VirtualChildProcesses childProcesses_{runLoop_};
-    VirtualFileOperations fileOperations_{files_};
+    VirtualFileOperations fileOperations_{files_, runLoop_};
     VirtualDragPasteboard dragPasteboard_;
     VirtualPreviewPanel previewPanel_{application_};
     VirtualWorkspace workspace_{runLoop_};

@@ -15,9 +15,14 @@ public:
         return types_;
     }
 
+    bool isOver() const override { return over_; }
+
+    // The drag ends before the button is released.
+    void end() { over_ = true; }
     // A drag begins somewhere.
     void begin(std::vector<std::string> types) {
         types_ = std::move(types);
+        over_ = false;
         ++changeCount_;
     }
     // How often somebody looked at the types.
@@ -26,6 +31,7 @@ public:
 private:
     std::int64_t changeCount_ = 17;
     std::vector<std::string> types_;
+    bool over_ = false;
     mutable int examinations_ = 0;
 };
 

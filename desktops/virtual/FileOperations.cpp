@@ -21,35 +21,61 @@ std::optional<FileFailure> VirtualFileOperations::refusedFor(const std::string& 
     return std::nullopt;
 }
 
-std::optional<FileFailure> VirtualFileOperations::moveItem(const std::string& from, const std::string& to) {
-    auto failure = refusedFor(from, to);
-    if (!failure) {
-        files_.copy(from, to);
-        files_.remove(from);
+void VirtualFileOperations::run(const std::function<std::optional<FileFailure>()>& change, Done done) {
+    auto now = [change, done = std::move(done)] {
+        const auto failure = change();
+        if (done) {
+            done(failure);
+        }
+    };
+    if (duration_ > 0) {
+        later_.after(duration_, std::move(now));
+    } else {
+        now();
     }
-    return failure;
 }
 
-std::optional<FileFailure> VirtualFileOperations::copyItem(const std::string& from, const std::string& to) {
-    auto failure = refusedFor(from, to);
-    if (!failure) {
-        files_.copy(from, to);
-    }
-    return failure;
+void VirtualFileOperations::moveItem(const std::string& from, const std::string& to, Done done) {
+    run(
+        [this, from, to] {
+            auto failure = refusedFor(from, to);
+            if (!failure) {
+                files_.copy(from, to);
+                files_.remove(from);
+            }
+            return failure;
+        },
+        std::move(done));
+}
+
+void VirtualFileOperations::copyItem(const std::string& from, const std::string& to, Done done) {
+    run(
+        [this, from, to] {
+            auto failure = refusedFor(from, to);
+            if (!failure) {
+                files_.copy(from, to);
+            }
+            return failure;
+        },
+        std::move(done));
+}
+
+void VirtualFileOperations::trashItem(const std::string& path, Done done) {
+    run(
+        [this, path] {
+            auto failure = refusedFor(path, "");
+            if (!failure) {
+                files_.remove(path);
+                trashed_.push_back(path);
+            }
+            return failure;
+        },
+        std::move(done));
 }
 
 SharedBytes VirtualFileOperations::contents(const std::string& path) const {
     const std::string text = "bytes of " + path;
     return files_.facts(path).exists ? std::make_shared<const Bytes>(text.begin(), text.end()) : nullptr;
-}
-
-std::optional<FileFailure> VirtualFileOperations::trashItem(const std::string& path) {
-    auto failure = refusedFor(path, "");
-    if (!failure) {
-        files_.remove(path);
-        trashed_.push_back(path);
-    }
-    return failure;
 }
 
 } // namespace rb

@@ -2,6 +2,7 @@
 
 #include "desktops/virtual/Files.h"
 #include "platform/FileOperations.h"
+#include "platform/RunLoop.h"
 
 #include <functional>
 #include <string>
@@ -13,15 +14,18 @@ namespace rb {
 // Changes to the disk in memory.
 class VirtualFileOperations final : public FileOperations {
 public:
-    explicit VirtualFileOperations(VirtualFiles& files)
-        : files_(files) {}
+    VirtualFileOperations(VirtualFiles& files, RunLoop& loop)
+        : files_(files)
+        , later_(loop) {}
 
-    std::optional<FileFailure> moveItem(const std::string& from, const std::string& to) override;
-    std::optional<FileFailure> copyItem(const std::string& from, const std::string& to) override;
+    void moveItem(const std::string& from, const std::string& to, Done done) override;
+    void copyItem(const std::string& from, const std::string& to, Done done) override;
+    void trashItem(const std::string& path, Done done) override;
     // "bytes of PATH".
     SharedBytes contents(const std::string& path) const override;
-    std::optional<FileFailure> trashItem(const std::string& path) override;
 
+    // From now on every change takes that many seconds, as to another disk; 0: none.
+    void setDuration(double seconds) { duration_ = seconds; }
     // From now on everything fails for this reason; empty ends it.
     void refuse(std::string reason) { refusal_ = std::move(reason); }
     // Once, between a name's choice and the next change.
@@ -29,9 +33,12 @@ public:
     const std::vector<std::string>& trashed() const { return trashed_; }
 
 private:
+    void run(const std::function<std::optional<FileFailure>()>& change, Done done);
     std::optional<FileFailure> refusedFor(const std::string& from, const std::string& to);
 
     VirtualFiles& files_;
+    DelayedCalls later_;
+    double duration_ = 0;
     std::string refusal_;
     std::function<void()> before_;
     std::vector<std::string> trashed_;

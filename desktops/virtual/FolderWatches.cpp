@@ -9,16 +9,22 @@
 namespace rb {
 
 struct VirtualFolderWatches::Folder final : OpenFolder {
-    explicit Folder(std::string folder)
-        : path(std::move(folder)) {}
+    Folder(VirtualFolderWatches& folders, std::string folder)
+        : watches(folders)
+        , path(std::move(folder))
+        , place(watches.places_[path]) {}
+    bool isInPlace() const { return watches.places_[path] == place; }
+    bool isCurrent() const override { return isInPlace() && !watches.denied_.contains(path); }
+    VirtualFolderWatches& watches;
     std::string path;
+    int place;
 };
 
 std::shared_ptr<OpenFolder> VirtualFolderWatches::open(const std::string& path) {
     if (denied_.contains(path)) {
         return nullptr;
     }
-    auto folder = std::make_shared<Folder>(path);
+    auto folder = std::make_shared<Folder>(*this, path);
     opened_.push_back(folder);
     return folder;
 }
@@ -26,9 +32,8 @@ std::shared_ptr<OpenFolder> VirtualFolderWatches::open(const std::string& path) 
 Handle VirtualFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {
     loop_.requireMainThread("FolderWatches::watch");
     const unsigned long number = next_++;
-    const std::string path = static_cast<const Folder&>(*folder).path;
-    (*watches_)[number] = std::make_shared<Watch>(Watch{path, std::move(changed)});
-    return Handle([watches = watches_, number, open = std::move(folder)] { watches->erase(number); });
+    (*watches_)[number] = std::make_shared<Watch>(Watch{std::move(folder), std::move(changed)});
+    return Handle([watches = watches_, number] { watches->erase(number); });
 }
 
 std::vector<FolderEntry> VirtualFolderWatches::list(const std::string& path) {
@@ -60,7 +65,8 @@ void VirtualFolderWatches::take(const std::string& path) {
 
 void VirtualFolderWatches::touch(const std::string& folder) {
     for (const auto& [number, watch] : *watches_) {
-        if (watch->folder == folder) {
+        const auto& watched = static_cast<const Folder&>(*watch->folder);
+        if (watched.path == folder && watched.isInPlace()) {
             loop_.post([weak = std::weak_ptr<Watch>(watch)] {
                 if (const auto living = weak.lock()) {
                     living->changed();
@@ -78,7 +84,7 @@ std::size_t VirtualFolderWatches::openFolders() const {
 std::multiset<std::string> VirtualFolderWatches::watched() const {
     std::multiset<std::string> paths;
     for (const auto& [number, watch] : *watches_) {
-        paths.insert(watch->folder);
+        paths.insert(static_cast<const Folder&>(*watch->folder).path);
     }
     return paths;
 }

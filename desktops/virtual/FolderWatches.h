@@ -33,6 +33,8 @@ public:
     // Can't be opened from now on.
     void deny(const std::string& folder) { denied_.insert(folder); }
     void allow(const std::string& folder) { denied_.erase(folder); }
+    // Another folder has its place now; whoever watches the old one hears nothing of it.
+    void replace(const std::string& folder) { ++places_[folder]; }
     // Lists as empty while it lasts.
     void breakListing(const std::string& folder) { broken_.insert(folder); }
     void mendListing(const std::string& folder) { broken_.erase(folder); }
@@ -45,13 +47,14 @@ public:
 private:
     struct Folder;
     struct Watch {
-        std::string folder;
+        std::shared_ptr<OpenFolder> folder;
         std::function<void()> changed;
     };
     using Watches = std::map<unsigned long, std::shared_ptr<Watch>>;
 
     VirtualRunLoop& loop_;
     std::map<std::string, std::map<std::string, std::optional<double>>> folders_;
+    std::map<std::string, int> places_; // how often each was replaced
     std::set<std::string> denied_;
     std::set<std::string> broken_;
     std::vector<std::weak_ptr<OpenFolder>> opened_;

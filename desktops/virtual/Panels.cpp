@@ -52,6 +52,21 @@ void VirtualPanel::setIgnoresMouseEvents(bool ignores) {
     spec_.ignoresMouseEvents = ignores;
 }
 
+bool VirtualPanel::setMouseAreas(const std::vector<Rect>& areas) {
+    panels_.loop_.requireMainThread("Panel::setMouseAreas");
+    if (panels_.mouseAreas_) {
+        areas_ = areas;
+    }
+    return panels_.mouseAreas_;
+}
+
+bool VirtualPanel::takesMouseAt(Point location) const {
+    const Point inside{location.x - spec_.frame.x, location.y - spec_.frame.y};
+    return spec_.frame.containsPointer(location) &&
+           (!spec_.ignoresMouseEvents ||
+            std::any_of(areas_.begin(), areas_.end(), [&](const Rect& area) { return area.contains(inside); }));
+}
+
 void VirtualPanel::beginDrag(const FileDrag& drag) {
     panels_.loop_.requireMainThread("Panel::beginDrag");
     if (panels_.outgoing_) {
@@ -86,9 +101,8 @@ std::vector<VirtualPanel*> VirtualPanels::visible() const {
 
 VirtualPanel* VirtualPanels::under(Point location) const {
     const auto shown = visible();
-    const auto found = std::find_if(shown.rbegin(), shown.rend(), [&](const VirtualPanel* panel) {
-        return !panel->spec().ignoresMouseEvents && panel->frame().containsPointer(location);
-    });
+    const auto found = std::find_if(shown.rbegin(), shown.rend(),
+                                    [&](const VirtualPanel* panel) { return panel->takesMouseAt(location); });
     return found == shown.rend() ? nullptr : *found;
 }
 

@@ -27,6 +27,7 @@ public:
     void orderOut() override;
     bool isVisible() const override;
     void setIgnoresMouseEvents(bool ignores) override;
+    bool setMouseAreas(const std::vector<Rect>& areas) override;
     void setInput(PanelInput* input) override { input_ = input; }
     void beginDrag(const FileDrag& drag) override;
     void showContextMenu(const std::shared_ptr<Menu>& menu, Point location, std::function<void()> closed) override;
@@ -36,6 +37,7 @@ public:
     // With the present frame and flags.
     const PanelSpec& spec() const { return spec_; }
     PanelInput* input() const { return input_; }
+    bool takesMouseAt(Point location) const;
 
 private:
     void layOut();
@@ -43,6 +45,7 @@ private:
     VirtualPanels& panels_;
     PanelSpec spec_;
     PanelInput* input_ = nullptr;
+    std::vector<Rect> areas_;
     std::shared_ptr<Layer> root_ = Layer::create();
 };
 
@@ -55,6 +58,8 @@ public:
 
     std::unique_ptr<Panel> createPanel(const PanelSpec& spec) override;
 
+    // From now on panels can take the mouse in parts.
+    void letPanelsHaveMouseAreas() { mouseAreas_ = true; }
     // From the backmost to the frontmost, by level and then by when they were ordered front.
     std::vector<VirtualPanel*> visible() const;
     // The frontmost one that takes the mouse there, or null.
@@ -73,6 +78,7 @@ private:
     VirtualLayers& layers_;
     const VirtualScreens& screens_;
     std::vector<VirtualPanel*> ordered_;
+    bool mouseAreas_ = false;
     std::shared_ptr<Menu> contextMenu_;
     std::function<void()> menuClosed_;
     std::optional<FileDrag> outgoing_;

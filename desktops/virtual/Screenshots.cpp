@@ -9,6 +9,9 @@ namespace rb {
 
 void VirtualScreenshotPreferences::synchronize() {
     loop_.requireMainThread("ScreenshotPreferences::synchronize");
+    if (refusesStoring_) {
+        changes_.clear();
+    }
     if (!changes_.empty()) {
         ++commits_;
     }

@@ -32,6 +32,9 @@ public:
     // Somebody else writes.
     void store(const std::string& key, PropertyValue value) { stored_.insert_or_assign(key, std::move(value)); }
     int commits() const { return commits_; }
+    void remove(const std::string& key) { stored_.erase(key); }
+    // As a full disk does.
+    void refuseStoring(bool refuse) { refusesStoring_ = refuse; }
     void refuseFolder() { refusesFolder_ = true; }
     const std::optional<std::string>& programsFolder() const { return programsFolder_; }
 
@@ -44,6 +47,7 @@ private:
     std::optional<std::string> programsFolder_;
     int commits_ = 0;
     bool refusesFolder_ = false;
+    bool refusesStoring_ = false;
 };
 
 // Marks and rectangles as a test attaches them to paths.

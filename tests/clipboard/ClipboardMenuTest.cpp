@@ -78,6 +78,8 @@ TEST_F(ClipboardMenuTest, EntriesHaveKeysAndAlternates) {
 
 TEST_F(ClipboardMenuTest, TextsAreTitledByTheirFirstLineThatIsNotBlank) {
     EXPECT_EQ(titleOf("\n  \t\n\u3000 first\tline \nsecond"), "first line");
+    EXPECT_EQ(titleOf("\r\n \r\nfrom Windows\r\nmore"), "from Windows");
+    EXPECT_EQ(titleOf("\u2028one\u2029two"), "one");
     EXPECT_EQ(titleOf(std::string(38, 'x')), std::string(38, 'x'));
     EXPECT_EQ(titleOf(std::string(39, 'x')), std::string(38, 'x') + "…");
     std::string chinese;

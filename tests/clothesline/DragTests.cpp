@@ -24,11 +24,6 @@ protected:
         }
         return nullptr;
     }
-    void addDocuments(const std::vector<std::string>& files) {
-        for (const std::string& file : files) {
-            desktop.files().addDocument(file);
-        }
-    }
     std::string hint() {
         const auto& slide = desktop.panels().visible().front()->rootLayer()->sublayers().back();
         return std::get<TextContent>(slide->sublayers().back()->sublayers().front()->model().content).text;
@@ -90,6 +85,24 @@ TEST_F(DropIn, LingeringAtTheTopOpensTheLineAndLettingGoElsewhereClosesIt) {
     EXPECT_NEAR(line->dropGlow()->presentation().opacity, 0, 1e-9);
     desktop.advance(1);
     EXPECT_FALSE(line->revealed());
+}
+
+TEST_F(DropIn, ADragThatEndsWithTheButtonDownTakesTheCatcherAlong) {
+    hand().beginForeignDrag(below, {.files = {"/Users/rb/x"}});
+    desktop.advance(0.1);
+    desktop.pointer().moveTo({700, 932});
+    desktop.advance(0.3);
+    ASSERT_TRUE(line->dragActive());
+    desktop.dragPasteboard().end(); // Escape, or its program died
+    desktop.advance(0.1);
+    EXPECT_EQ(catcher(), nullptr);
+    EXPECT_FALSE(line->dragActive());
+    hand().dropElsewhere(NoDragOperation);
+    hand().release();
+    hand().beginForeignDrag(below, {.files = {"/Users/rb/x"}});
+    desktop.advance(0.1);
+    EXPECT_NE(catcher(), nullptr) << "the next one is seen again";
+    hand().release();
 }
 
 TEST_F(DropIn, SwitchedOffNothingShows) {
@@ -298,11 +311,69 @@ TEST_F(IntoFolders, WhatFailsStaysAndIsTold) {
     const auto folder = hangFolder("/Users/rb/box");
     const auto file = hang(1)[0];
     desktop.fileOperations().refuse("disk full");
-    EXPECT_FALSE(line->folderDrops().put({file->path}, folder, true));
+    EXPECT_EQ(line->folderDrops().put({file->path}, folder, true), FolderDrops::Outcome::Nothing);
     EXPECT_EQ(line->items().size(), 2U);
     EXPECT_EQ(desktop.sounds().beeps(), 1);
     EXPECT_THAT(desktop.log().lines(),
                 testing::Contains("Rook Bay: could not put /Users/rb/a into /Users/rb/box: disk full"));
+}
+
+TEST_F(IntoFolders, ACardWaitsDimUntilItsFileHasArrivedOnTheOtherDisk) {
+    const auto cards = hang(2);
+    const auto folder = hangFolder("/Users/rb/box");
+    desktop.fileOperations().setDuration(5);
+    pullOut(cards[0]);
+    hand().dragTo(over(folder));
+    hand().release();
+    EXPECT_TRUE(hand().dropTaken());
+    desktop.advance(2);
+    EXPECT_EQ(line->items().size(), 3U);
+    EXPECT_NEAR(cards[0]->card->presentation().opacity, 0.45, 1e-9);
+    EXPECT_THAT(desktop.sounds().heard(), IsEmpty()) << "nothing is done yet";
+    EXPECT_TRUE(desktop.files().facts("/Users/rb/a").exists);
+    // Meanwhile nothing else happens to the file.
+    line->actions().trashItem(cards[0]);
+    EXPECT_EQ(desktop.sounds().beeps(), 1);
+    pullOut(cards[0]);
+    EXPECT_FALSE(desktop.panels().outgoingDrag());
+    hand().release();
+    // It may be gone a moment before we are told that it has arrived.
+    desktop.files().remove("/Users/rb/a");
+    line->prune();
+    EXPECT_EQ(line->items().size(), 3U);
+    desktop.files().addDocument("/Users/rb/a");
+    desktop.advance(3);
+    EXPECT_THAT(paths(), ElementsAre("/Users/rb/b", "/Users/rb/box"));
+    EXPECT_THAT(savedPaths(), ElementsAre("/Users/rb/b", "/Users/rb/box"));
+    EXPECT_TRUE(desktop.files().facts("/Users/rb/box/a").exists);
+    EXPECT_EQ(desktop.panels().visible().size(), 1U) << "nothing falls";
+
+    // And one that doesn't arrive hangs as before.
+    desktop.fileOperations().setDuration(1);
+    desktop.fileOperations().refuse("disk full");
+    EXPECT_EQ(line->folderDrops().put({cards[1]->path}, folder, true), FolderDrops::Outcome::UnderWay);
+    desktop.advance(2);
+    EXPECT_EQ(desktop.sounds().beeps(), 2);
+    EXPECT_NEAR(cards[1]->card->presentation().opacity, 1, 1e-9);
+    EXPECT_EQ(line->items().size(), 2U);
+}
+
+TEST_F(IntoFolders, TakingTenThousandFilesAtOnceOrOneByOne) {
+    const auto folder = hangFolder("/Users/rb/box");
+    std::vector<std::string> files;
+    for (int i = 0; i < 10'000; ++i) {
+        files.push_back("/d/" + std::to_string(i));
+    }
+    addDocuments({files.begin(), files.begin() + 5000});
+    EXPECT_EQ(line->folderDrops().put(files, folder, true), FolderDrops::Outcome::WentIn);
+    EXPECT_TRUE(desktop.files().facts("/Users/rb/box/4999").exists);
+    const auto flash = folder->swing->sublayers().back();
+    EXPECT_EQ(std::get<TextContent>(flash->sublayers().front()->model().content).text, "✓ 已放入 5000 项");
+    desktop.fileOperations().setDuration(0.01);
+    EXPECT_EQ(line->folderDrops().put({"/Users/rb/box/1", "/Users/rb/box/2"}, hangFolder("/Users/rb/other"), false),
+              FolderDrops::Outcome::UnderWay);
+    desktop.advance(0.1);
+    EXPECT_TRUE(desktop.files().facts("/Users/rb/other/2").exists);
 }
 
 class Reordered : public HandsTest {

@@ -52,6 +52,28 @@ TEST_F(Gestures, ADoubleClickOpensAndNeverCopies) {
     EXPECT_EQ(desktop.workspace().opened().size(), 1U);
 }
 
+TEST_F(Gestures, WherePanelsTakeTheMouseInPartsNoClickFallsThrough) {
+    desktop.panels().letPanelsHaveMouseAreas();
+    const auto card = hang(1)[0];
+    reveal();
+    desktop.advance(0.1);
+    const Rect frame = card->peg.frame.offset(line->panelFrame().x, line->panelFrame().y);
+    const Point onCard{frame.midX(), frame.midY()};
+    const Point beside{frame.maxX() + 40, frame.midY()};
+    EXPECT_EQ(desktop.panels().under(beside), nullptr);
+    hand().press(onCard); // before any look at the pointer
+    EXPECT_TRUE(card->pressed);
+    desktop.advance(0.05);
+    EXPECT_NE(desktop.panels().under(beside), nullptr) << "a card in the hand is never dropped through the line";
+    hand().release();
+    desktop.advance(0.6);
+    EXPECT_TRUE(pillShows(card));
+    EXPECT_EQ(desktop.panels().under(beside), nullptr);
+    desktop.pointer().moveTo({700, 300});
+    desktop.advance(2);
+    EXPECT_EQ(desktop.panels().under(onCard), nullptr) << "the line is up again";
+}
+
 TEST_F(Gestures, FourPointsAreStillAClickAndMoreIsADrag) {
     const auto card = hang(1)[0];
     Point at = over(card);

@@ -21,6 +21,11 @@ protected:
         desktop.files().addFolder(path);
         return line->hangURL(path, {.quietly = true});
     }
+    void addDocuments(const std::vector<std::string>& files) {
+        for (const std::string& file : files) {
+            desktop.files().addDocument(file);
+        }
+    }
     // Reveals the line and brings the pointer onto the card, which then takes the mouse.
     Point over(const RBPegItemRef& item, Point fromMiddle = {}) {
         if (!line->revealed()) {

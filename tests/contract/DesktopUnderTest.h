@@ -5,6 +5,7 @@
 #include "platform/Handle.h"
 #include "platform/Keyboard.h"
 #include "platform/RunLoop.h"
+#include "platform/StatusBar.h"
 #include "platform/Window.h"
 
 #include <gmock/gmock.h>
@@ -58,6 +59,18 @@ public:
     virtual void closeWindow(Window& window) = 0;
     // Opens the status item's menu and chooses the item; false when it isn't there or can't be chosen.
     virtual bool chooseMenuItem(const std::string& title) = 0;
+    // On an item that is in the bar.
+    virtual void clickStatusItem(const StatusItem& item, const StatusItemClick& click) = 0;
+    // In the menu that the item has popped up; false when there is none, or no such item.
+    virtual bool chooseInPoppedUpMenu(const StatusItem& item, const std::string& title) = 0;
+    // Outside of the popover, which is on the screen.
+    virtual void pressElsewhere(Popover& popover) = 0;
+    // Gives the primary screen's display another one of its modes.
+    virtual void changeMode() = 0;
+
+    // Paths of programs: one writes its arguments as echo does, one copies its input to its output as cat does.
+    virtual std::string echoProgram() = 0;
+    virtual std::string catProgram() = 0;
 };
 
 // One desktop on which the suites run, with its name in the tests' names.

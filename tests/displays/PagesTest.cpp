@@ -101,7 +101,7 @@ TEST_F(PagesTest, NoConnections) {
     selected_ = connectionsPage;
     EXPECT_EQ(page(), "线缆与供电\n[刷新]\n~0 块显示器\n暂无 USB-C 连接详情\n连接 USB-C 设备后刷新。普通 HDMI "
                       "线缆通常不会报告品牌、型号或功率规格。\n[ ] 显示更多技术详情\n");
-    EXPECT_THAT(page(true), testing::HasSubstr("正在读取连接…"));
+    EXPECT_THAT(page(true), testing::HasSubstr("正在读取连接…\n连接 USB-C 设备后刷新。"));
     snapshot_.error = "连接诊断模块未安装。";
     EXPECT_THAT(page(), testing::HasSubstr("暂无 USB-C 连接详情\n连接诊断模块未安装。\n"));
     read(R"({"ports":[{"name":"空","connectionActive":false}]})");

@@ -44,6 +44,11 @@ TEST_F(DisplaysWindowTest, PagesAreChosenInTheSidebar) {
 
 TEST_F(DisplaysWindowTest, OnlyAnAutomaticRefreshKeepsThePageWhereItIs) {
     setDisplays({builtin(), external(), external(8, "LG"), external(9, "Samsung")});
+    snapshot_ = R"({"ports":[{"connectionActive":true})";
+    for (int port = 0; port < 8; ++port) {
+        snapshot_ += R"(,{"connectionActive":true})";
+    }
+    snapshot_ += "]}";
     opened();
     window().scroll("page", 300);
     desktop_.hardware().changeUSB();
@@ -56,6 +61,16 @@ TEST_F(DisplaysWindowTest, OnlyAnAutomaticRefreshKeepsThePageWhereItIs) {
     window().scroll("page", 300);
     window().clickButton("线缆与供电");
     EXPECT_EQ(offset(), 0);
+    answers_.erase("list"); // an automatic refresh that takes its time
+    desktop_.advance(0.1);
+    window().scroll("page", 200);
+    desktop_.hardware().wake();
+    desktop_.advance(1.6);
+    EXPECT_TRUE(controller().busy());
+    EXPECT_EQ(offset(), 200);
+    window().clickButton("显示器");
+    desktop_.advance(10);
+    EXPECT_EQ(offset(), 0) << "the place on one page is none on the other";
 }
 
 TEST_F(DisplaysWindowTest, FollowsWhenItsScreenGoes) {

@@ -1,9 +1,11 @@
-#include "helpers/linux/cable/CableIdentity.h"
-#include "helpers/linux/cable/Snapshot.h"
+#include "helpers/shared/CableIdentity.h"
 
 #include "tests/helpers/EdidBlock.h"
 
+#include <array>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -52,7 +54,18 @@ protected:
         put("drm/card1-DP-2/edid", std::string(block.begin(), block.end()));
         put("drm/card1-eDP-1/status", "connected\n");
     }
-    Json ports() { return Json::parse(connectionSnapshot(Sysfs(root_))).at("ports"); }
+    // What the program itself says of this machine.
+    Json ports() {
+        const std::string command = HELPERS_FOLDER "/CableHelper --root '" + root_.string() + "'";
+        FILE* pipe = ::popen(command.c_str(), "r"); // NOLINT(cert-env33-c)
+        std::string output;
+        std::array<char, 4096> buffer{};
+        while (const std::size_t length = std::fread(buffer.data(), 1, buffer.size(), pipe)) {
+            output.append(buffer.data(), length);
+        }
+        EXPECT_EQ(::pclose(pipe), 0);
+        return Json::parse(output).at("ports");
+    }
     Json only() {
         const Json all = ports();
         EXPECT_EQ(all.size(), 1U) << all;
@@ -142,7 +155,7 @@ TEST_F(CableTest, ADisplayIsGivenToAPortOnlyWithoutDoubt) {
                             {"displays", {{{"monitorName", "HDMI-A-1"}}}}}));
 }
 
-TEST_F(CableTest, AnActiveCableWithItsMarker) {
+TEST_F(CableTest, CablesWithTheirMarkers) {
     port();
     put("typec/port0-cable/identity/id_header", "0x1c00208e\n");         // passive, vendor 0x208e
     put("typec/port0-cable/identity/product_type_vdo1", "0x00000043\n"); // 5 A, 20 V, Gen 3
@@ -154,6 +167,12 @@ TEST_F(CableTest, AnActiveCableWithItsMarker) {
                                         {"maxVolts", 20},
                                         {"currentRating", "5 A"},
                                         {"maxWatts", 100}}));
+    put("typec/port0-cable/identity/id_header", "0x2000208e\n");         // active
+    put("typec/port0-cable/identity/product_type_vdo1", "0x00000054\n"); // 5 A, power through it, Gen 4
+    EXPECT_EQ(only().at("cable").at("speed"), "USB4 Gen 4 (80 Gbps)");
+    EXPECT_EQ(only().at("cable").at("maxWatts"), 100);
+    put("typec/port0-cable/identity/product_type_vdo1", "0x00000044\n"); // optical: no power through it
+    EXPECT_FALSE(only().at("cable").contains("maxWatts")) << "not reported is not a limit";
     put("typec/port0-cable/identity/id_header", "0x0\n");
     EXPECT_FALSE(only().contains("cable")) << "a marker that wasn't read";
 }

@@ -1,5 +1,5 @@
 #include "helpers/linux/display/Channels.h"
-#include "helpers/linux/display/Commands.h"
+#include "helpers/linux/display/I2cDevice.h"
 
 #include "tests/helpers/EdidBlock.h"
 
@@ -16,20 +16,23 @@ namespace {
 namespace fs = std::filesystem;
 
 // A monitor that can be made to fail, and keeps count of what it was asked.
-class SimulatedBus final : public PowerBus {
+class SimulatedDisplay final : public PowerControl {
 public:
-    Reading readPowerMode(int bus) override {
-        log += "read" + std::to_string(bus) + " ";
+    PowerReading readPowerMode() override {
+        log += "read ";
         return {readOutcome, mode};
     }
-    Exchange writePowerMode(int bus, std::uint8_t written) override {
-        log += "write" + std::to_string(bus) + "=" + std::to_string(written) + " ";
+    Exchange writePowerMode(std::uint8_t written) override {
+        log += "write=" + std::to_string(written) + " ";
         if (writeOutcome == Exchange::Done && obeys) {
             mode = written;
         }
         return writeOutcome;
     }
     void pause(double /*seconds*/) override { log += "pause "; }
+    std::string explainAccess(Exchange exchange) const override {
+        return exchange == Exchange::NoBus ? "no bus" : "no access";
+    }
 
     Exchange readOutcome = Exchange::Done;
     Exchange writeOutcome = Exchange::Done;
@@ -42,49 +45,59 @@ class DisplayCommandsTest : public testing::Test {
 protected:
     nlohmann::json json(const std::string& text) { return nlohmann::json::parse(text); }
 
-    SimulatedBus bus_;
-    Channel channel_{.bus = 5, .uuid = "i2c-5:DEL:41D9:0000004D"};
+    SimulatedDisplay display_;
 };
 
 TEST_F(DisplayCommandsTest, StandbyIsWrittenAndNeverReadBack) {
-    EXPECT_TRUE(json(sleepDisplay(channel_, bus_)).at("ok"));
-    EXPECT_EQ(bus_.log, "write5=4 ");
-    bus_.log.clear();
-    const auto awake = json(wakeDisplay(channel_, bus_));
-    EXPECT_EQ(bus_.log, "write5=1 pause read5 ");
+    EXPECT_TRUE(json(sleepDisplay(display_)).at("ok"));
+    EXPECT_EQ(display_.log, "write=4 ");
+    display_.log.clear();
+    const auto awake = json(wakeDisplay(display_));
+    EXPECT_EQ(display_.log, "write=1 pause read ");
     EXPECT_TRUE(awake.at("ok"));
     EXPECT_TRUE(awake.at("verified"));
 }
 
 TEST_F(DisplayCommandsTest, AWakeThatNobodyConfirmsIsNotVerified) {
-    bus_.mode = powerStandby;
-    bus_.obeys = false;
-    EXPECT_FALSE(json(wakeDisplay(channel_, bus_)).at("verified"));
-    bus_.obeys = true;
+    display_.mode = powerStandby;
+    display_.obeys = false;
+    EXPECT_FALSE(json(wakeDisplay(display_)).at("verified"));
+    display_.obeys = true;
     for (const Exchange failure : {Exchange::NoReply, Exchange::Garbled}) {
-        bus_.readOutcome = failure;
-        const auto answer = json(wakeDisplay(channel_, bus_));
+        display_.readOutcome = failure;
+        const auto answer = json(wakeDisplay(display_));
         EXPECT_TRUE(answer.at("ok"));
         EXPECT_FALSE(answer.at("verified"));
     }
 }
 
 TEST_F(DisplayCommandsTest, EveryFailureSaysWhatToDo) {
-    const std::map<Exchange, std::string> words{{Exchange::NoBus, "modprobe i2c-dev"},
-                                                {Exchange::NoAccess, "i2c 组"},
+    const std::map<Exchange, std::string> words{{Exchange::NoBus, "no bus"},
+                                                {Exchange::NoAccess, "no access"},
                                                 {Exchange::NoReply, "DDC/CI"},
                                                 {Exchange::Garbled, "线缆"},
                                                 {Exchange::Unsupported, "不支持"}};
     for (const auto& [failure, word] : words) {
-        bus_.readOutcome = bus_.writeOutcome = failure;
-        for (const auto& answer : {probe(channel_, bus_), sleepDisplay(channel_, bus_), wakeDisplay(channel_, bus_)}) {
+        display_.readOutcome = display_.writeOutcome = failure;
+        for (const auto& answer : {probe(display_), sleepDisplay(display_), wakeDisplay(display_)}) {
             EXPECT_FALSE(json(answer).at("ok"));
             EXPECT_THAT(json(answer).at("message").get<std::string>(), testing::HasSubstr(word));
             EXPECT_FALSE(json(answer).contains("verified"));
         }
     }
-    bus_.readOutcome = Exchange::Done;
-    EXPECT_TRUE(json(probe(channel_, bus_)).at("ok"));
+    display_.readOutcome = Exchange::Done;
+    EXPECT_TRUE(json(probe(display_)).at("ok"));
+}
+
+TEST_F(DisplayCommandsTest, ABusThatIsNotThereSaysSo) {
+    I2cDevice line(999999);
+    DdcPower display(line);
+    const auto answer = json(probe(display));
+    EXPECT_FALSE(answer.at("ok"));
+    const bool module = fs::exists("/sys/class/i2c-dev");
+    EXPECT_THAT(answer.at("message").get<std::string>(), testing::HasSubstr(module ? "已不存在" : "modprobe i2c-dev"));
+    EXPECT_FALSE(json(sleepDisplay(display)).at("ok"));
+    EXPECT_FALSE(json(wakeDisplay(display)).at("ok"));
 }
 
 class ChannelsTest : public testing::Test {
@@ -111,21 +124,30 @@ TEST_F(ChannelsTest, AreFoundWithoutTouchingABus) {
     fs::create_directories(connector("card1-DP-1", edidBlock("A")) / "i2c-5");
     fs::create_symlink("../../../i2c-11", connector("card1-HDMI-A-1", edidBlock("B", 9)) / "ddc");
     fs::create_directories(connector("card1-eDP-1", edidBlock("Panel")) / "i2c-3");
+    fs::create_symlink("../../../i2c-3", connector("card1-DP-4", edidBlock("Also on 3")) / "ddc");
     fs::create_directories(connector("card1-DP-2", {}) / "i2c-6");
     connector("card1-DP-3", edidBlock("C")); // no bus
-    std::vector<std::string> uuids;
+    std::vector<std::string> found;
     for (const Channel& channel : readChannels(root_)) {
-        uuids.push_back(channel.uuid);
+        found.push_back(std::to_string(channel.bus) + " " + channel.uuid);
     }
-    EXPECT_THAT(uuids, testing::UnorderedElementsAre("i2c-5:DEL:41D9:0000004D", "i2c-11:DEL:41D9:00000009"));
+    EXPECT_THAT(found, testing::UnorderedElementsAre("5 i2c-5:DEL:41D9:0000004D", "11 i2c-11:DEL:41D9:00000009", "6 "));
 }
 
 TEST_F(ChannelsTest, ANameMeansTheDisplayThatHadIt) {
-    const std::vector<Channel> channels{{.bus = 5, .uuid = "i2c-5:DEL:41D9:0000004D"}};
+    const std::vector<Channel> channels{{.bus = 5, .uuid = "i2c-5:DEL:41D9:0000004D"},
+                                        {.bus = 7},
+                                        {.bus = 8},
+                                        {.bus = 8, .uuid = "i2c-8:DEL:41D9:00000001"}};
     EXPECT_TRUE(channelNamed("i2c-5:DEL:41D9:0000004D", channels));
     EXPECT_FALSE(channelNamed("i2c-5:LGD:0001:00000000", channels)) << "another display is on that bus now";
-    EXPECT_EQ(channelNamed("i2c-7:DEL:41D9:0000004D", channels)->bus, 7) << "asleep and gone from its socket";
-    for (const char* bad : {"", "i2c-", "i2c-5", "i2c-x:A", "i2c--5:A", "i2c-5x:A", "/dev/i2c-5:A"}) {
+    const auto asleep = channelNamed("i2c-7:DEL:41D9:0000004D", channels);
+    ASSERT_TRUE(asleep) << "asleep and gone from its socket";
+    EXPECT_EQ(asleep->bus, 7);
+    EXPECT_FALSE(channelNamed("i2c-8:DEL:41D9:0000004D", channels)) << "one of two sockets, and the other is in use";
+    EXPECT_TRUE(channelNamed("i2c-8:DEL:41D9:00000001", channels));
+    EXPECT_FALSE(channelNamed("i2c-0:DEL:41D9:0000004D", channels)) << "the memory's bus, say";
+    for (const char* bad : {"", "i2c-", "i2c-7", "i2c-x:A", "i2c--7:A", "i2c-7x:A", "/dev/i2c-7:A"}) {
         EXPECT_FALSE(channelNamed(bad, channels)) << bad;
     }
 }

@@ -1,4 +1,4 @@
-#include "helpers/linux/shared/Edid.h"
+#include "helpers/shared/Edid.h"
 
 #include "tests/helpers/EdidBlock.h"
 

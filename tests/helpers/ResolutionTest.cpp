@@ -1,5 +1,5 @@
-#include "helpers/linux/resolution/Guardian.h"
 #include "helpers/linux/resolution/ModeChange.h"
+#include "helpers/linux/resolution/Record.h"
 
 #include <array>
 #include <cstdio>
@@ -8,6 +8,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 
 namespace rb {
 
@@ -84,24 +85,103 @@ TEST(ModeChangeTest, ARecordIsReadAsItWasWritten) {
     }
 }
 
-TEST(RecordTest, ALinkIsNotFollowedAndAForeignTextNotApplied) {
-    std::string folder = (fs::temp_directory_path() / "rookbay-record-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
-    const std::string target = folder + "/precious";
-    std::ofstream(target) << "mine";
-    fs::create_symlink(target, folder + "/link");
-    EXPECT_FALSE(restoreRecord(folder + "/link"));
-    EXPECT_TRUE(restoreRecord(folder + "/none")) << "nothing to do";
-    {
-        const Guardian guardian(folder + "/link");
-        ASSERT_TRUE(guardian.started());
-        EXPECT_FALSE(guardian.writeRecord("{}"));
+// Folders of a user without a display.
+class RecordTest : public testing::Test {
+protected:
+    RecordTest() {
+        std::string name = (fs::temp_directory_path() / "rookbay-record-XXXXXX").string();
+        folder_ = ::mkdtemp(name.data());
+        setVariable("HOME", folder_ + "/home");
+        setVariable("XDG_RUNTIME_DIR", "");
+        setVariable("XDG_STATE_HOME", "");
+        setVariable("DISPLAY", "");
     }
+    ~RecordTest() override {
+        for (const auto& [name, value] : before_) {
+            ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): single-threaded
+        }
+        fs::remove_all(folder_);
+    }
+    void setVariable(const char* name, const std::string& value) {
+        const char* old = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
+        before_.emplace(name, old ? old : "");
+        ::setenv(name, value.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    }
+    std::string record() const { return recordText(writeArrangement(planChange(desk(), 21, 2)->before)); }
+    std::string put(const std::string& name, const std::string& text) const {
+        std::ofstream(folder_ + "/" + name) << text;
+        return folder_ + "/" + name;
+    }
+
+    std::string folder_;
+    std::map<std::string, std::string> before_;
+};
+
+TEST_F(RecordTest, RecordsLieWhereNobodyElseLooks) {
+    EXPECT_EQ(recordFolder(), folder_ + "/home/.local/state/rook-bay");
+    EXPECT_EQ(fs::status(folder_ + "/home/.local/state/rook-bay").permissions(), fs::perms::owner_all);
+    setVariable("XDG_STATE_HOME", folder_ + "/state");
+    EXPECT_EQ(recordFolder(), folder_ + "/state/rook-bay");
+    setVariable("XDG_RUNTIME_DIR", folder_ + "/nowhere");
+    EXPECT_EQ(recordFolder(), folder_ + "/state/rook-bay") << "a runtime folder isn't ours to make";
+    EXPECT_FALSE(fs::exists(folder_ + "/nowhere"));
+    fs::create_directory(folder_ + "/run");
+    setVariable("XDG_RUNTIME_DIR", folder_ + "/run");
+    EXPECT_EQ(recordFolder(), folder_ + "/run/rook-bay");
+    fs::permissions(folder_ + "/run/rook-bay", fs::perms::all);
+    EXPECT_EQ(recordFolder(), folder_ + "/run/rook-bay");
+    EXPECT_EQ(fs::status(folder_ + "/run/rook-bay").permissions(), fs::perms::owner_all);
+
+    fs::remove(folder_ + "/run/rook-bay");
+    fs::create_directory(folder_ + "/elsewhere");
+    fs::create_directory_symlink(folder_ + "/elsewhere", folder_ + "/run/rook-bay");
+    EXPECT_EQ(recordFolder(), folder_ + "/state/rook-bay") << "a link is not followed";
+    fs::remove(folder_ + "/state/rook-bay");
+    std::ofstream(folder_ + "/state/rook-bay") << "a file";
+    EXPECT_FALSE(recordFolder());
+}
+
+TEST_F(RecordTest, ALinkIsNotFollowedAndNothingOverwritten) {
+    const std::string target = put("precious", "mine");
+    fs::create_symlink(target, folder_ + "/link");
+    EXPECT_EQ(restoreRecord(folder_ + "/link", false), Restoring::Failed);
+    EXPECT_FALSE(Record::create(folder_ + "/link", "{}"));
+    EXPECT_FALSE(Record::create(target, "{}"));
     std::ifstream stream(target);
     std::string text;
     stream >> text;
     EXPECT_EQ(text, "mine");
-    fs::remove_all(folder);
+}
+
+TEST_F(RecordTest, WhatCannotBeAppliedStays) {
+    const std::string path = put("resolution-1.json", record());
+    EXPECT_EQ(restoreRecord(path, false), Restoring::Failed) << "there is no X server";
+    EXPECT_TRUE(fs::exists(path));
+    EXPECT_EQ(restoreRecords(folder_).failed, 1);
+    EXPECT_EQ(restoreRecord(folder_ + "/none", false), Restoring::Nothing);
+    // A record that broke off was never followed by a change, and another server's numbers mean nothing here.
+    for (const std::string& text : {std::string(), record().substr(0, 40), std::string("[]")}) {
+        const std::string broken = put("resolution-2.json", text);
+        EXPECT_EQ(restoreRecord(broken, false), Restoring::Nothing);
+        EXPECT_FALSE(fs::exists(broken));
+    }
+    setVariable("DISPLAY", ":12345");
+    EXPECT_EQ(restoreRecord(path, false), Restoring::Nothing);
+}
+
+TEST_F(RecordTest, ARunningTrialIsLeftAlone) {
+    const std::string path = newRecordPath(folder_);
+    {
+        const auto running = Record::create(path, record());
+        ASSERT_TRUE(running);
+        EXPECT_EQ(restoreRecord(path, false), Restoring::Running);
+        EXPECT_EQ(restoreRecords(folder_).running, 1);
+        forgetOldRecords(folder_);
+        EXPECT_TRUE(fs::exists(path));
+    }
+    EXPECT_EQ(restoreRecords(folder_).failed, 1) << "its process is gone";
+    forgetOldRecords(folder_);
+    EXPECT_FALSE(fs::exists(path));
 }
 
 struct Ran {
@@ -129,13 +209,32 @@ TEST(HelperProgramsTest, ExplainThemselvesAndRefuseNonsense) {
         EXPECT_EQ(run(name + " --version >/dev/full").code, 1) << "nobody could read it";
     }
     EXPECT_EQ(run("CableHelper --root /nonexistent").output, "{\"ports\":[]}\n");
-    EXPECT_THAT(run("DisplayHelper probe nowhere").output, testing::HasSubstr("\"ok\":false"));
+    EXPECT_EQ(run("CableHelper >/dev/full").code, 1);
+    for (const char* nonsense :
+         {"CableHelper --root", "CableHelper --root /a /b", "CableHelper ''", "DisplayHelper", "DisplayHelper list 1",
+          "DisplayHelper probe", "DisplayHelper on x", "ResolutionHelper", "ResolutionHelper trial 1:2:3:4",
+          "ResolutionHelper trial 1:2:3:4 5 6", "ResolutionHelper restore 1"}) {
+        EXPECT_EQ(run(nonsense).code, 2) << nonsense;
+    }
+    // Buses that no display hangs on, the first of which may well be there.
+    for (const char* channel : {"nowhere", "i2c-0:DEL:41D9:0000004D", "i2c-99999999999:A", "'i2c-0/../x:A'", "''"}) {
+        for (const std::string command : {"probe ", "sleep ", "wake "}) {
+            const Ran ran = run("DisplayHelper " + command + channel);
+            EXPECT_EQ(ran.code, 0);
+            EXPECT_THAT(ran.output, testing::StartsWith("{\"ok\":false,\"message\":\"找不到这个控制通道")) << channel;
+        }
+    }
 }
 
 TEST(HelperProgramsTest, WithoutADisplayTheySaySo) {
     ::unsetenv("DISPLAY"); // NOLINT(concurrency-mt-unsafe): single-threaded
     EXPECT_THAT(run("ResolutionHelper trial 1:2:3:4 5 </dev/null").output, testing::HasSubstr("DISPLAY"));
     EXPECT_EQ(run("DisplayHelper list").output, "[]\n");
+    for (const char* mode : {"12x", "-1", "99999999999", "''", "1.5"}) {
+        const Ran ran = run(std::string("ResolutionHelper trial 1:2:3:4 ") + mode + " </dev/null");
+        EXPECT_THAT(ran.output, testing::HasSubstr("模式编号无效")) << mode;
+        EXPECT_EQ(ran.code, 1);
+    }
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "desktops/linux/FileOperations.h"
 
-#include <gtest/gtest.h>
+#include "desktops/linux/CopyNotes.h"
+#include "desktops/linux/RunLoop.h"
+#include "tests/linux/LinuxFixture.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -17,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // Two folders, which lie on different file systems where the machine has two that can be written to.
-class FileOperationsTest : public testing::Test {
+class FileOperationsTest : public EventLoopFixture {
 protected:
     FileOperationsTest() {
         std::string made = fs::temp_directory_path().string() + "/rookbay-files-XXXXXX";
@@ -54,7 +56,30 @@ protected:
         fs::permissions(root / "a", fs::perms::owner_read);
     }
 
-    LinuxFileOperations operations;
+    // What came of it in the end.
+    std::optional<FileFailure> outcomeOf(const std::function<void(FileOperations::Done)>& begin) {
+        bool told = false;
+        std::optional<FileFailure> outcome;
+        begin([&](const std::optional<FileFailure>& failure) {
+            told = true;
+            outcome = failure;
+        });
+        EXPECT_TRUE(until([&] { return told; }, 20'000));
+        return outcome;
+    }
+    std::optional<FileFailure> moveItem(const fs::path& from, const fs::path& to) {
+        return outcomeOf([&](FileOperations::Done done) { operations->moveItem(from, to, std::move(done)); });
+    }
+    std::optional<FileFailure> copyItem(const fs::path& from, const fs::path& to) {
+        return outcomeOf([&](FileOperations::Done done) { operations->copyItem(from, to, std::move(done)); });
+    }
+    std::optional<FileFailure> trashItem(const fs::path& path) {
+        return outcomeOf([&](FileOperations::Done done) { operations->trashItem(path, std::move(done)); });
+    }
+
+    RecordingLog log;
+    LinuxRunLoop loop{log};
+    std::unique_ptr<LinuxFileOperations> operations = std::make_unique<LinuxFileOperations>(loop);
     fs::path here;
     fs::path there;
 };
@@ -67,10 +92,10 @@ TEST_F(FileOperationsTest, NothingThatExistsIsEverReplaced) {
     fs::create_directory(here / "moved");
     for (const char* target : {"to", "link", "folder"}) {
         for (const char* source : {"from", "moved"}) {
-            const auto moved = operations.moveItem(here / source, here / target);
+            const auto moved = moveItem(here / source, here / target);
             ASSERT_TRUE(moved) << source << " over " << target;
             EXPECT_TRUE(moved->targetExists);
-            const auto copied = operations.copyItem(here / source, here / target);
+            const auto copied = copyItem(here / source, here / target);
             ASSERT_TRUE(copied);
             EXPECT_TRUE(copied->targetExists);
         }
@@ -86,7 +111,7 @@ TEST_F(FileOperationsTest, ATreeMovesToAnotherFileSystemWhole) {
     }
     makeTree(here / "tree");
     const auto written = fs::last_write_time(here / "tree" / "a");
-    EXPECT_FALSE(operations.moveItem(here / "tree", there / "tree"));
+    EXPECT_FALSE(moveItem(here / "tree", there / "tree"));
     EXPECT_FALSE(fs::exists(here / "tree"));
     EXPECT_EQ(read(there / "tree" / "a"), std::string(200'000, 'x'));
     EXPECT_EQ(read(there / "tree" / "inner" / "中文.txt"), "text");
@@ -100,8 +125,8 @@ TEST_F(FileOperationsTest, ATreeMovesToAnotherFileSystemWhole) {
 TEST_F(FileOperationsTest, WhatCanNotBeCopiedWholeIsLeftWhole) {
     makeTree(here / "tree");
     ASSERT_EQ(mkfifo((here / "tree" / "pipe").c_str(), 0600), 0);
-    const auto moved = twoFileSystems() ? operations.moveItem(here / "tree", there / "tree")
-                                        : operations.copyItem(here / "tree", there / "copy");
+    const auto moved =
+        twoFileSystems() ? moveItem(here / "tree", there / "tree") : copyItem(here / "tree", there / "copy");
     ASSERT_TRUE(moved);
     EXPECT_FALSE(moved->reason.empty());
     EXPECT_EQ(read(here / "tree" / "a").size(), 200'000U);
@@ -114,8 +139,8 @@ TEST_F(FileOperationsTest, WhatCanNotBeCopiedWholeIsLeftWhole) {
 
 TEST_F(FileOperationsTest, AFullDiskOrAMissingFolderLosesNothing) {
     write(here / "file", "text");
-    EXPECT_TRUE(operations.moveItem(here / "file", here / "missing" / "file"));
-    EXPECT_TRUE(operations.copyItem(here / "file", "/proc/file"));
+    EXPECT_TRUE(moveItem(here / "file", here / "missing" / "file"));
+    EXPECT_TRUE(copyItem(here / "file", "/proc/file"));
     EXPECT_EQ(read(here / "file"), "text");
     // A file system of two pages, where the machine lets us have one.
     const fs::path small = here / "small";
@@ -124,7 +149,7 @@ TEST_F(FileOperationsTest, AFullDiskOrAMissingFolderLosesNothing) {
         return;
     }
     write(here / "large", std::string(100'000, 'y'));
-    const auto failure = operations.moveItem(here / "large", small / "large");
+    const auto failure = moveItem(here / "large", small / "large");
     EXPECT_TRUE(failure);
     EXPECT_EQ(read(here / "large").size(), 100'000U);
     EXPECT_EQ(entries(small), 0U);
@@ -133,8 +158,8 @@ TEST_F(FileOperationsTest, AFullDiskOrAMissingFolderLosesNothing) {
 
 TEST_F(FileOperationsTest, AFolderNeverGoesIntoItself) {
     makeTree(here / "tree");
-    EXPECT_TRUE(operations.moveItem(here / "tree", here / "tree" / "inner" / "tree"));
-    EXPECT_TRUE(operations.copyItem(here / "tree", here / "tree" / "inner" / "tree"));
+    EXPECT_TRUE(moveItem(here / "tree", here / "tree" / "inner" / "tree"));
+    EXPECT_TRUE(copyItem(here / "tree", here / "tree" / "inner" / "tree"));
     EXPECT_EQ(entries(here / "tree" / "inner"), 2U);
 }
 
@@ -146,7 +171,7 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhereAFileCameFrom) {
     setenv("XDG_DATA_HOME", home.c_str(), 1);
     write(here / "文件 1.txt", "text");
     write(here / "second", "text");
-    EXPECT_FALSE(operations.trashItem(here / "文件 1.txt"));
+    EXPECT_FALSE(trashItem(here / "文件 1.txt"));
     EXPECT_FALSE(fs::exists(here / "文件 1.txt"));
     const fs::path trash = home / "Trash";
     EXPECT_EQ(read(trash / "files" / "文件 1.txt"), "text");
@@ -154,21 +179,21 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhereAFileCameFrom) {
               std::string::npos);
     // Namesakes keep their own places, links go as links, and a long name fits.
     write(here / "文件 1.txt", "another");
-    EXPECT_FALSE(operations.trashItem(here / "文件 1.txt"));
+    EXPECT_FALSE(trashItem(here / "文件 1.txt"));
     EXPECT_EQ(read(trash / "files" / "文件 1.txt"), "text");
     EXPECT_EQ(read(trash / "files" / "文件 1.txt.2"), "another");
     fs::create_symlink("second", here / "link");
-    EXPECT_FALSE(operations.trashItem(here / "link"));
+    EXPECT_FALSE(trashItem(here / "link"));
     EXPECT_TRUE(fs::exists(here / "second"));
     const std::string longest(255, 'n');
     write(here / longest, "long");
-    EXPECT_FALSE(operations.trashItem(here / longest));
+    EXPECT_FALSE(trashItem(here / longest));
     EXPECT_FALSE(fs::exists(here / longest));
     EXPECT_EQ(entries(trash / "files"), 4U);
     EXPECT_EQ(entries(trash / "info"), 4U);
     if (twoFileSystems()) {
         write(there / "far", "far");
-        EXPECT_FALSE(operations.trashItem(there / "far"));
+        EXPECT_FALSE(trashItem(there / "far"));
         const fs::path own = "/dev/shm/.Trash-" + std::to_string(getuid());
         EXPECT_EQ(read(own / "files" / "far"), "far");
         EXPECT_NE(read(own / "info" / "far.trashinfo").find("Path=" + there.filename().string() + "/far"),
@@ -176,7 +201,7 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhereAFileCameFrom) {
         fs::remove(own / "files" / "far");
         fs::remove(own / "info" / "far.trashinfo");
     }
-    const auto missing = operations.trashItem(here / "nothing");
+    const auto missing = trashItem(here / "nothing");
     if (dataHome) {
         setenv("XDG_DATA_HOME", dataHome->c_str(), 1);
     } else {
@@ -184,6 +209,61 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhereAFileCameFrom) {
     }
     ASSERT_TRUE(missing);
     EXPECT_FALSE(missing->reason.empty());
+}
+
+TEST_F(FileOperationsTest, QuittingInTheMiddleLeavesTheSourceWholeAndNoHalfFile) {
+    if (!twoFileSystems()) {
+        GTEST_SKIP() << "this machine has one file system only";
+    }
+    constexpr std::uintmax_t size = 256U << 20U;
+    write(here / "large", "beginning");
+    fs::resize_file(here / "large", size);
+    bool told = false;
+    operations->moveItem(here / "large", there / "large", [&](const std::optional<FileFailure>&) { told = true; });
+    operations->copyItem(here / "large", here / "second", [&](const std::optional<FileFailure>&) { told = true; });
+    EXPECT_FALSE(told) << "the main thread goes on meanwhile";
+    const auto written = [&] {
+        std::uintmax_t bytes = 0;
+        std::error_code vanished;
+        for (const auto& entry : fs::recursive_directory_iterator(there, vanished)) {
+            bytes += entry.is_regular_file(vanished) ? entry.file_size(vanished) : 0;
+        }
+        return bytes;
+    };
+    ASSERT_TRUE(until([&] { return written() > size / 50; }));
+    ASSERT_FALSE(told);
+    operations.reset();
+    EXPECT_EQ(entries(there), 0U);
+    EXPECT_EQ(entries(here), 1U) << "nor of the copy that hadn't begun";
+    EXPECT_EQ(fs::file_size(here / "large"), size);
+    until([&] { return told; }, 50);
+    EXPECT_FALSE(fs::exists(there / "large"));
+}
+
+TEST_F(FileOperationsTest, TheNextStartRemovesWhatAKilledCopyLeft) {
+    const fs::path home = here / "home";
+    fs::create_directory(home);
+    const char* before = std::getenv("XDG_DATA_HOME");
+    const std::optional<std::string> dataHome = before ? std::optional<std::string>(before) : std::nullopt;
+    setenv("XDG_DATA_HOME", home.c_str(), 1);
+    const std::string left = makeCopyFolder(there);
+    makeTree(fs::path(left) / "copy");
+    fs::create_directory(there / ".rookbay-notours");
+    // A note that doesn't name such a folder removes nothing.
+    makeTree(here / "mine");
+    fs::create_symlink(here / "mine", home / "rook-bay" / "copies" / "mine");
+    fs::create_symlink(here / "mine", home / "rook-bay" / "copies" / ".rookbay-mine");
+    operations = std::make_unique<LinuxFileOperations>(loop);
+    EXPECT_TRUE(until([&] { return !fs::exists(left); }));
+    operations.reset();
+    EXPECT_TRUE(fs::exists(there / ".rookbay-notours"));
+    EXPECT_EQ(read(here / "mine" / "a").size(), 200'000U);
+    EXPECT_FALSE(fs::is_symlink(home / "rook-bay" / "copies" / fs::path(left).filename()));
+    if (dataHome) {
+        setenv("XDG_DATA_HOME", dataHome->c_str(), 1);
+    } else {
+        unsetenv("XDG_DATA_HOME");
+    }
 }
 
 } // namespace

@@ -37,6 +37,7 @@ TEST(GtkSettings, AFontIsItsFamilyWithoutStyleAndSize) {
         const QString file = QStringLiteral("[Settings]\ngtk-font-name=") + QString::fromUtf8(name);
         EXPECT_EQ(GtkSettings::parse(file).fontFamily.toStdString(), family) << name;
     }
+    EXPECT_EQ(GtkSettings::parse(QStringLiteral("[Settings]\ngtk-icon-theme-name = Papirus\n")).iconTheme, "Papirus");
 }
 
 } // namespace

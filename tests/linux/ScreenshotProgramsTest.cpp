@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <random>
 #include <sys/wait.h>
@@ -39,6 +40,36 @@ TEST(IniTextTest, EscapesAsQtReadsIt) {
     EXPECT_EQ(qtIniEscaped("/home/a b"), "/home/a b");
     EXPECT_EQ(qtIniEscaped("/截a"), "/\\x622a\\x61") << "the letter would be read as a digit";
     EXPECT_EQ(qtIniEscaped("/a,b=\"c\\"), "\"/a,b=\\\"c\\\\\"");
+}
+
+TEST(IniTextTest, UnderstandsWhatQtWrites) {
+    for (const char* path : {"/home/a b", "/\xe6\x88\xaa/a", "/a,b=\"c\\",
+                             "/\xe6\x88\xaa\xe5\x9b\xbe"
+                             "1;2",
+                             ""}) {
+        EXPECT_EQ(qtIniUnescaped(qtIniEscaped(path)), path);
+        EXPECT_EQ(qtIniUnescaped(path), std::string(path) == "/a,b=\"c\\" ? "/a,b=c\\" : path) << "plain UTF-8 too";
+    }
+}
+
+// What the programs themselves make of the settings when they store them anew.
+TEST(KnownProgramsTest, AreUndoneInOtherWordsToo) {
+    const std::string folder = "/home/\xe6\x88\x91/Screenshots";
+    const std::map<std::string, std::pair<std::string, std::string>> rewritten = {
+        {"flameshot", {"[General]\nsavePath=" + folder + "\nsavePathFixed=true\n", "[General]\n"}},
+        {"xfce4-screenshooter", {"screenshot_dir=file:" + folder + "\naction=1\n", "action=1\n"}},
+        {"spectacle", {"[Save]\ndefaultSaveLocation=file://" + folder + "/\n", "[Save]\n"}}};
+    int checked = 0;
+    for (const auto& program : knownScreenshotPrograms()) {
+        const auto found = rewritten.find(program->name());
+        if (found != rewritten.end()) {
+            const auto& [there, theirs] = found->second;
+            EXPECT_EQ(program->undone(there, "", program->redirected("", folder)), theirs) << program->name();
+            EXPECT_EQ(program->undone(theirs, "", program->redirected("", folder)), theirs);
+            ++checked;
+        }
+    }
+    EXPECT_EQ(checked, 3);
 }
 
 std::string url(const std::string& folder) {

@@ -124,6 +124,16 @@ void onCall(const std::string& name, std::function<void(Call&)> hook);
 // What a look-up by name (dlsym) finds from now on; it finds nothing else.
 void provideFunction(const std::string& name, void* function);
 
+// Puts an entry into I/O Kit's registry, below another one or (0) below its root; gives its number and its path.
+// A reference to an entry or iterator that the code under test doesn't release fails the test.
+unsigned addRegistryEntry(const std::string& className, const std::string& name, NSDictionary* properties,
+                          unsigned parent = 0);
+std::string registryPath(unsigned entry);
+// A device came ("IOServiceFirstMatch") or went ("IOServiceTerminate"): those who were promised news and have read
+// their iterator to the end are told in the next turn.
+void changeDevice(const std::string& kind, unsigned entry);
+long liveRegistryReferences();
+
 // Sends the control's or menu item's action to its target, as a click would.
 void press(id control);
 
@@ -132,6 +142,9 @@ double now();
 // Runs what was posted to queues, then everything that falls due in the given seconds, in order.
 void advance(double seconds);
 void runMainQueue();
+
+// What is open there has changed: the handlers of vnode sources run in the next turn, unless they are cancelled first.
+void changeVnode(int descriptor);
 
 // How many instances of a class (exactly this one) are alive.
 long live(const std::string& className);

@@ -86,6 +86,22 @@ TEST_F(LaunchTest, fillsTheStatusItem) {
     });
 }
 
+TEST_F(LaunchTest, bringsInTheItemsOfTheMenuBarHider) {
+    launch([] {
+        std::vector<std::string> names;
+        for (const auto& call : fake::calls("-[NSStatusItem setAutosaveName:]")) {
+            names.push_back(call.string(0));
+        }
+        EXPECT_EQ(names, (std::vector<std::string>{"RookBayHiderControl", "RookBayHiderSeparator"}));
+        std::vector<double> lengths;
+        for (const auto& call : fake::calls("-[NSStatusItem setLength:]")) {
+            lengths.push_back(call.real(0));
+        }
+        EXPECT_EQ(lengths, (std::vector<double>{22, 14, 14}));
+        EXPECT_TRUE(fake::called("-[NSStatusItem setVisible:] YES"));
+    });
+}
+
 TEST_F(LaunchTest, quitsThroughTheApplicationAndUnregisters) {
     launch([this] {
         fake::press(menuItem("退出 Rook Bay"));

@@ -206,6 +206,128 @@ TEST_F(LineTest, staysAwayFromFullScreenPrograms) {
     });
 }
 
+// Hands on the one card of a line.
+class CardHandsTest : public LineTest {
+protected:
+    void withCard(std::function<void()> script) {
+        fake::onCall("-[NSView convertPoint:fromView:]", [](fake::Call& call) { call.answer(call.point(0)); });
+        fake::answer("+[NSEvent doubleClickInterval]", 0.4);
+        fake::answer("-[NSPasteboard writeObjects:]", true);
+        fake::answer("-[NSFileManager trashItemAtURL:resultingItemURL:error:]", true);
+        launchLine([this, script] {
+            hang(@[ @"/Users/test/a.pdf" ]);
+            pass(2);
+            point(720, 665 + 120);
+            pass(0.3);
+            ASSERT_FALSE(panel_.ignoresMouseEvents);
+            fake::forgetCalls();
+            script();
+        });
+    }
+    NSView* view() { return panel_.contentView; }
+    static NSEvent* event(double x, NSInteger clicks) {
+        NSEvent* made = [[NSEvent alloc] init];
+        fake::answer(made, "locationInWindow", CGPointMake(x, 120));
+        fake::answer(made, "clickCount", clicks);
+        return made;
+    }
+    void press(NSInteger clicks = 1) { [view() mouseDown:event(720, clicks)]; }
+    void release(NSInteger clicks = 1) { [view() mouseUp:event(720, clicks)]; }
+    NSUInteger hanging() { return [NSUserDefaults.standardUserDefaults arrayForKey:@"ClotheslinePaths"].count; }
+};
+
+TEST_F(CardHandsTest, aClickCopiesAndADoubleClickOpensInstead) {
+    withCard([this] {
+        press();
+        release();
+        pass(0.3);
+        EXPECT_FALSE(fake::called("-[NSPasteboard writeObjects:]")) << "it may become a double click";
+        pass(0.2);
+        EXPECT_TRUE(fake::calledTimes(1, "-[NSPasteboard writeObjects:]"));
+        fake::forgetCalls();
+        press();
+        release();
+        press(2);
+        release(2);
+        pass(1);
+        EXPECT_TRUE(fake::calledTimes(1, "-[NSWorkspace openURL:configuration:completionHandler:]"));
+        EXPECT_FALSE(fake::called("-[NSPasteboard writeObjects:]"));
+    });
+}
+
+TEST_F(CardHandsTest, aLongPressShowsThePreviewPanel) {
+    withCard([this] {
+        press();
+        pass(0.4);
+        EXPECT_FALSE(fake::called("-[QLPreviewPanel makeKeyAndOrderFront:]"));
+        pass(0.1);
+        EXPECT_TRUE(fake::calledInOrder({"-[NSApplication activateIgnoringOtherApps:] YES",
+                                         "-[QLPreviewPanel updateController]", "-[QLPreviewPanel reloadData]",
+                                         "-[QLPreviewPanel setCurrentPreviewItemIndex:] 0",
+                                         "-[QLPreviewPanel makeKeyAndOrderFront:]"}));
+        release();
+        pass(1);
+        EXPECT_FALSE(fake::called("-[NSPasteboard writeObjects:]"));
+    });
+}
+
+TEST_F(CardHandsTest, theContextMenuMovesTheFileToTheTrash) {
+    withCard([this] {
+        std::vector<std::string> titles;
+        fake::onCall("+[NSMenu popUpContextMenu:withEvent:forView:]", [&](fake::Call& call) {
+            NSMenu* menu = call.object(0);
+            for (NSMenuItem* item in menu.itemArray) {
+                titles.push_back(item.separatorItem ? "-" : item.title.UTF8String);
+                if (titles.back() == "移到废纸篓") {
+                    fake::press(item);
+                }
+            }
+        });
+        [view() rightMouseDown:event(720, 1)];
+        EXPECT_EQ(titles, (std::vector<std::string>{"复制", "打开", "快速查看", "在 Finder 中显示", "拷贝路径", "-",
+                                                    "取下（文件保留）", "移到废纸篓", "取下左边全部", "取下右边全部"}));
+        EXPECT_TRUE(fake::calledInOrder({"-[NSFileManager trashItemAtURL:resultingItemURL:error:]",
+                                         "-[NSSound initWithContentsOfFile:byReference:]"}));
+        pass(1);
+        EXPECT_EQ(hanging(), 0u);
+    });
+}
+
+TEST_F(CardHandsTest, aDragToTheTrashTrashesAndAnotherLeavesTheCard) {
+    withCard([this] {
+        const auto dragOut = [this](NSDragOperation done) {
+            press();
+            [view() mouseDragged:event(724, 1)];
+            EXPECT_FALSE(fake::called("-[NSView beginDraggingSessionWithItems:event:source:]"))
+                << "four points are a click";
+            [view() mouseDragged:event(725, 1)];
+            id<NSDraggingSource> source =
+                fake::lastCall("-[NSView beginDraggingSessionWithItems:event:source:]").object(2);
+            NSDraggingSession* session = [[NSDraggingSession alloc] init];
+            EXPECT_EQ([source draggingSession:session
+                          sourceOperationMaskForDraggingContext:NSDraggingContextWithinApplication],
+                      NSDragOperationMove);
+            EXPECT_EQ([source draggingSession:session
+                          sourceOperationMaskForDraggingContext:NSDraggingContextOutsideApplication],
+                      NSDragOperationCopy | NSDragOperationMove | NSDragOperationDelete);
+            [source draggingSession:session endedAtPoint:NSZeroPoint operation:done];
+            pass(1);
+            fake::forgetCalls();
+        };
+        dragOut(NSDragOperationNone);
+        dragOut(NSDragOperationCopy);
+        EXPECT_EQ(hanging(), 1u);
+        int trashed = 0;
+        fake::onCall("-[NSFileManager trashItemAtURL:resultingItemURL:error:]", [&](fake::Call& call) {
+            ++trashed;
+            call.answer(true);
+        });
+        dragOut(NSDragOperationDelete);
+        EXPECT_EQ(trashed, 1);
+        EXPECT_EQ(hanging(), 0u);
+    });
+}
+
 } // namespace
 
 } // namespace rb

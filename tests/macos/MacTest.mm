@@ -78,6 +78,8 @@ void MacTest::TearDown() {
     objc_autoreleasePoolPop(pool_);
     // The system's own objects still live here: what they hold of the code under test counts.
     const auto product = added(liveProductObjects(), before_);
+    if (liveRegistryReferences() != 0)
+        ADD_FAILURE() << liveRegistryReferences() << " references to I/O Kit objects were not released";
     reset();
     const auto left = added(liveObjects(), before_);
     if (!product.empty())

@@ -1,4 +1,5 @@
 #include "desktops/macos/CaptureFacts.h"
+#include "desktops/macos/FolderWatches.h"
 #include "desktops/macos/Log.h"
 #include "desktops/macos/ScreenshotPreferences.h"
 
@@ -6,6 +7,9 @@
 #include "tests/macos/runtime/Attributes.h"
 
 #import <CoreFoundation/CoreFoundation.h>
+
+#include <fcntl.h>
+#include <utility>
 
 namespace rb {
 
@@ -29,7 +33,77 @@ TEST_F(ScreenshotTest, settingsAreThoseOfTheSystemsOwnDomain) {
     preferences_.setValue("location", std::nullopt);
     EXPECT_EQ(fake::lastCall("CFPreferencesSetAppValue").object(1), nil) << "removes the key";
     preferences_.synchronize();
-    EXPECT_TRUE([fake::lastCall("CFPreferencesAppSynchronize").object(0) isEqual:@"com.apple.screencapture"]);
+    // The user's own settings are in the user defaults, which go to the disk before the system's change.
+    const auto stored = fake::calls("CFPreferencesAppSynchronize");
+    ASSERT_EQ(stored.size(), 2u);
+    EXPECT_TRUE([stored[0].object(0) isEqual:@"kCFPreferencesCurrentApplication"]);
+    EXPECT_TRUE([stored[1].object(0) isEqual:@"com.apple.screencapture"]);
+}
+
+TEST_F(ScreenshotTest, theOwnFolderIsPrivate) {
+    (void)preferences_.makeOwnFolder();
+    NSDictionary* attributes =
+        fake::lastCall("-[NSFileManager createDirectoryAtURL:withIntermediateDirectories:attributes:error:]").object(2);
+    EXPECT_EQ([attributes[NSFilePosixPermissions] integerValue], 0700);
+}
+
+class FolderWatchTest : public fake::MacTest {
+protected:
+    void SetUp() override {
+        folder_ = watches_.open("/tmp");
+        ASSERT_TRUE(folder_);
+    }
+    void TearDown() override {
+        folder_.reset();
+        MacTest::TearDown();
+    }
+    // Watches with the only reference to the folder; gives its descriptor.
+    int watch(std::function<void()> changed) {
+        handle_ = watches_.watch(std::exchange(folder_, nullptr), std::move(changed));
+        const auto created = fake::lastCall("dispatch_source_create");
+        EXPECT_EQ(created.integer(2),
+                  DISPATCH_VNODE_DELETE | DISPATCH_VNODE_WRITE | DISPATCH_VNODE_EXTEND | DISPATCH_VNODE_RENAME);
+        return static_cast<int>(created.integer(1));
+    }
+    static bool isOpen(int fd) { return fcntl(fd, F_GETFD) >= 0; }
+
+    MacFolderWatches watches_;
+    std::shared_ptr<OpenFolder> folder_;
+    Handle handle_;
+};
+
+TEST_F(FolderWatchTest, theDescriptorStaysOpenUntilTheCancellationWentThrough) {
+    int told = 0;
+    const int fd = watch([&] { ++told; });
+    for (int change = 0; change < 2; ++change) {
+        fake::changeVnode(fd);
+        fake::runMainQueue();
+    }
+    EXPECT_EQ(told, 2);
+    fake::changeVnode(fd); // on its way when the watch ends
+    handle_.reset();
+    EXPECT_TRUE(isOpen(fd)) << "its number must not be given to another file yet";
+    fake::runMainQueue();
+    EXPECT_FALSE(isOpen(fd));
+    EXPECT_EQ(told, 2);
+}
+
+TEST_F(FolderWatchTest, aWatchMayEndItselfWhileItIsTold) {
+    auto kept = std::make_shared<int>(0);
+    std::weak_ptr<int> weak = kept;
+    const int fd = watch([this, kept] {
+        handle_.reset();
+        ++*kept;
+    });
+    kept.reset();
+    fake::changeVnode(fd);
+    fake::runMainQueue();
+    EXPECT_TRUE(weak.expired());
+    EXPECT_FALSE(isOpen(fd));
+}
+
+TEST_F(FolderWatchTest, whatCannotBeOpenedIsTold) {
+    EXPECT_EQ(watches_.open("/nonexistent/folder"), nullptr);
 }
 
 TEST_F(ScreenshotTest, theMarkCountsByItsPresenceAlone) {

@@ -29,10 +29,12 @@ protected:
 TEST_F(StatusItemTest, carriesItsPropertiesOver) {
     item().setLength(22);
     item().setAutosaveName("RookBayHiderControl");
+    item().setToolTip("点击展开或收起菜单栏图标，右键查看选项");
     item().setVisible(false);
     item().setLayerBacked(true);
     EXPECT_TRUE(fake::called("-[NSStatusItem setLength:] 22"));
     EXPECT_TRUE(fake::called("-[NSStatusItem setAutosaveName:] @\"RookBayHiderControl\""));
+    EXPECT_TRUE(fake::called("-[NSStatusBarButton setToolTip:] @\"点击展开或收起菜单栏图标，右键查看选项\""));
     EXPECT_TRUE(fake::called("-[NSStatusItem setVisible:] NO"));
     EXPECT_TRUE(fake::called("-[NSStatusBarButton setWantsLayer:] YES"));
     EXPECT_FALSE(item().isVisible());

@@ -104,13 +104,18 @@ TEST_F(HiderIntroTest, WithoutAWindowThereIsNothingToPointAt) {
     EXPECT_TRUE(desktop.userDefaults().boolForKey("MenuBarHiderIntroShown"));
 }
 
-TEST_F(HiderIntroTest, SwitchedOffInTimeItStaysAway) {
+TEST_F(HiderIntroTest, ComesASecondAfterTheInstallationWhateverIsSwitchedMeanwhile) {
     start();
     desktop.advance(0.5);
     hider.toggleEnabled();
-    desktop.advance(5);
-    EXPECT_FALSE(isShown());
-    EXPECT_FALSE(hider.enabled()) << "what the user switched off stays off";
+    EXPECT_FALSE(item(control).isVisible());
+    desktop.advance(0.6);
+    EXPECT_TRUE(isShown());
+    EXPECT_TRUE(hider.enabled()) << "to be introduced it must be there";
+    EXPECT_TRUE(item(control).isVisible());
+    intro().clickButton("知道了");
+    desktop.advance(3);
+    EXPECT_FALSE(isShown()) << "once";
 }
 
 TEST_F(HiderIntroTest, StoppingClosesIt) {
@@ -119,6 +124,13 @@ TEST_F(HiderIntroTest, StoppingClosesIt) {
     hider.stop();
     desktop.advance(1);
     EXPECT_FALSE(isShown());
+
+    desktop.userDefaults().removeObject("MenuBarHiderIntroShown");
+    hider.start();
+    desktop.advance(0.5);
+    hider.stop();
+    desktop.advance(1);
+    EXPECT_FALSE(isShown()) << "nor does one come that was under way";
 }
 
 } // namespace

@@ -77,6 +77,23 @@ TEST_F(InboxTest, ALocationChangedMeanwhileStaysAndTheSavedOnesWait) {
     EXPECT_TRUE(saved());
 }
 
+TEST_F(InboxTest, TheSavedOnesWaitUntilTheSettingsTakeThem) {
+    const PropertyDictionary before = settings();
+    inbox.apply();
+    desktop.screenshotPreferences().refuseStoring(true);
+    inbox.restore();
+    EXPECT_EQ(settings(), taken());
+    EXPECT_TRUE(saved());
+    desktop.screenshotPreferences().refuseStoring(false);
+    inbox.restore();
+    EXPECT_EQ(settings(), before);
+    EXPECT_FALSE(saved());
+    // And nobody sends captures where nobody looks for them.
+    desktop.screenshotPreferences().refuseStoring(true);
+    inbox.apply();
+    EXPECT_FALSE(desktop.screenshotPreferences().programsFolder());
+}
+
 TEST_F(InboxTest, OneOfTheTwoLocationsIsEnoughToCountAsApplied) {
     inbox.apply();
     desktop.screenshotPreferences().store("location", "/elsewhere");

@@ -146,6 +146,70 @@ TEST_F(WatcherTest, AFolderThatCannotBeOpenedIsToldAndTriedAgainOnTheNextStart) 
     EXPECT_EQ(watched().count(picturesFolder), 1u);
 }
 
+TEST_F(WatcherTest, AListingThatCrossesAStopIsMadeUpFor) {
+    watcher->start();
+    settle();
+    folders().put(picturesFolder + "/a.png");
+    // Right behind the scan, while its listing is on the way.
+    DelayedCalls later(desktop.runLoop());
+    desktop.runLoop().post([&] {
+        later.after(0.25, [&] {
+            watcher->stop();
+            watcher->start();
+        });
+    });
+    settle();
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png"));
+}
+
+TEST_F(WatcherTest, AFolderInThePlaceOfTheWatchedOneIsWatchedInstead) {
+    watcher->start();
+    settle();
+    folders().put(picturesFolder + "/a.png");
+    settle();
+    folders().replace(picturesFolder);
+    folders().put(picturesFolder + "/b.png");
+    settle();
+    EXPECT_EQ(reported.size(), 1u) << "nobody tells of it";
+    watcher->checkFolder();
+    settle();
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png", picturesFolder + "/b.png")) << "each once";
+    EXPECT_EQ(folders().openFolders(), 1u);
+    folders().put(picturesFolder + "/c.png");
+    settle();
+    EXPECT_EQ(reported.size(), 3u);
+    // It goes while it is being listed: the new one is watched at once, and nothing is forgotten.
+    folders().touch(picturesFolder);
+    desktop.advance(0.2);
+    folders().replace(picturesFolder);
+    settle();
+    folders().put(picturesFolder + "/d.png");
+    settle();
+    EXPECT_EQ(reported.size(), 4u);
+    watcher->stop();
+    watcher->checkFolder();
+    settle();
+    EXPECT_THAT(watched(), IsEmpty()) << "what was stopped stays so";
+}
+
+TEST_F(WatcherTest, AnUnreadableFolderIsTriedAgainQuietly) {
+    watcher->start();
+    settle();
+    folders().deny(picturesFolder);
+    for (int i = 0; i < 3; ++i) {
+        watcher->checkFolder();
+        settle();
+    }
+    EXPECT_EQ(denials, 1);
+    EXPECT_THAT(watched(), IsEmpty());
+    folders().put(picturesFolder + "/meanwhile.png");
+    folders().allow(picturesFolder);
+    watcher->checkFolder();
+    settle();
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/meanwhile.png"));
+    EXPECT_EQ(denials, 1);
+}
+
 TEST_F(WatcherTest, TheWatcherMayEndInItsOwnReport) {
     watcher->onNew = [this](const std::string& path) {
         reported.push_back(path);
@@ -212,6 +276,64 @@ TEST_F(LineWatchTest, AnUnreadableScreenshotFolderIsToldOnceAnUnreadableDesktopN
     start();
     desktop.advance(0.5);
     EXPECT_EQ(desktop.panels().visible().size(), 1u) << "the toast";
+}
+
+TEST_F(LineWatchTest, WhoHasNoDesktopHearsNothingOfIt) {
+    desktop.screenshotPreferences().remove("location");
+    desktop.folderWatches().deny(desktopFolder);
+    start();
+    desktop.advance(5);
+    EXPECT_THAT(desktop.panels().visible(), IsEmpty());
+    EXPECT_EQ(desktop.log().lines(), std::vector<std::string>{"Rook Bay: cannot watch " + desktopFolder});
+    // One that is made later counts from then on.
+    desktop.files().addFolder(desktopFolder);
+    desktop.folderWatches().allow(desktopFolder);
+    desktop.captureFacts().mark(desktopFolder + "/a.png");
+    desktop.advance(3);
+    capture(desktopFolder + "/a.png");
+    desktop.advance(1);
+    EXPECT_THAT(paths(), ElementsAre(desktopFolder + "/a.png"));
+}
+
+TEST_F(LineWatchTest, BothFoldersArePickedUpAgain) {
+    desktop.files().addFolder(desktopFolder);
+    start();
+    desktop.captureFacts().mark(desktopFolder + "/b.png");
+    for (const auto& [folder, name] : {std::pair(picturesFolder, "/a.png"), std::pair(desktopFolder, "/b.png")}) {
+        desktop.folderWatches().replace(folder);
+        capture(folder + name);
+    }
+    desktop.advance(3);
+    EXPECT_EQ(paths().size(), 2u);
+}
+
+TEST_F(LineWatchTest, OurOwnFolderIsMadeAnewWhileCapturesGoThere) {
+    start();
+    line->setInbox(true);
+    desktop.advance(1);
+    desktop.files().remove(inboxFolder());
+    desktop.advance(2.1);
+    EXPECT_TRUE(desktop.files().facts(inboxFolder()).isDirectory);
+    line->setInbox(false);
+    desktop.files().remove(inboxFolder());
+    desktop.advance(5);
+    EXPECT_FALSE(desktop.files().facts(inboxFolder()).exists);
+}
+
+TEST_F(LineWatchTest, AStopEndsTheWatchingAndAStartBeginsAnew) {
+    desktop.userDefaults().removeObject("ClotheslineInboxOffered");
+    start();
+    line->setInbox(true);
+    desktop.userDefaults().setObject("ClotheslineInboxOffered", false);
+    line->stop();
+    line->stop();
+    desktop.advance(5);
+    EXPECT_THAT(watched(), IsEmpty());
+    EXPECT_EQ(desktop.screenshotPreferences().stored().at("location"), PropertyValue(picturesFolder));
+    EXPECT_THAT(desktop.alerts().shown(), IsEmpty());
+    EXPECT_TRUE(desktop.userDefaults().boolForKey("ClotheslineInbox"));
+    start();
+    EXPECT_EQ(watched(), (std::multiset<std::string>{inboxFolder(), desktopFolder}));
 }
 
 TEST_F(LineWatchTest, WithTheSettingOffNothingIsWatchedAndNothingIsOffered) {

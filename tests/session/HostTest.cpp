@@ -1,10 +1,9 @@
-#include "tests/session/SessionTest.h"
+#include "tests/session/HostFixture.h"
 
 #include <QJsonArray>
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <xkbcommon/xkbcommon-keysyms.h>
 
 // Other people's icons in our own menu bar, and the hider among them: real programs of both kinds.
 namespace rb {
@@ -12,124 +11,6 @@ namespace rb {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int endMargin = 8;
-constexpr int clockBreadth = 132;
-constexpr int statusItem = 36;
-constexpr int chevron = 22;
-constexpr int dot = 14;
-constexpr int hostedIcon = 30;
-
-class HostTest : public SessionTest {
-protected:
-    HostTest() {
-        // Nothing collapses by itself unless a test wants it to.
-        settings(R"("MenuBarHiderDelay": 0, "MenuBarHiderCollapseOnLeave": false)");
-    }
-
-    void settings(const std::string& json) { session().writeDefaults("{" + json + "}"); }
-
-    WindowFacts bar() {
-        const auto found = x().viewableOfClass(menuBarClass);
-        return found.empty() ? WindowFacts{} : found.front();
-    }
-    // The right edge of what stands left of our own three items, `icons` further to the left.
-    int edge(int icons) {
-        return bar().x + bar().width - endMargin - clockBreadth - statusItem - chevron - dot - icons * hostedIcon;
-    }
-    int middleOfChevron() { return bar().x + bar().width - endMargin - clockBreadth - statusItem - chevron / 2; }
-    void clickChevron() { x().click(middleOfChevron(), bar().y + 14); }
-
-    // The window of a docked icon, at the place where it shows; nothing while it isn't in the bar's window.
-    std::optional<WindowFacts> docked(const std::string& className) {
-        const WindowFacts strip = bar();
-        for (const WindowFacts& found : x().viewableOfClass(className)) {
-            if (found.width == 22 && found.y >= strip.y && found.y < strip.y + strip.height) {
-                return found;
-            }
-        }
-        return std::nullopt;
-    }
-    bool isShown(const std::string& className) {
-        const auto icon = docked(className);
-        return icon && icon->x >= bar().x;
-    }
-    // Whether something is drawn in the place of that number, 0 beside the dot.
-    bool somethingAt(int place) {
-        const int right = edge(place);
-        const std::uint32_t ground = x().pixel(right - hostedIcon, 2);
-        for (int column = right - hostedIcon + 5; column < right - 5; column += 2) {
-            for (int row = 5; row < 23; row += 3) {
-                if (x().pixel(column, row) != ground) {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-    // Starts three tray icons and two notifier items, one after the other.
-    void startIcons() {
-        session().start({"parcellite"});
-        ASSERT_TRUE(waitUntil([this] { return isShown("Parcellite"); })) << "parcellite";
-        session().start({"yad", "--notification", "--image=dialog-warning", "--command=touch " + touched()});
-        ASSERT_TRUE(waitUntil([this] { return isShown("Yad"); })) << "yad";
-        session().start({"cbatticon"});
-        ASSERT_TRUE(waitUntil([this] { return isShown("Cbatticon"); })) << "cbatticon";
-        qlipper_ = &session().start({"qlipper"});
-        ASSERT_TRUE(waitUntil([this] { return somethingAt(3); })) << "qlipper";
-        session().start({"diodon"});
-        ASSERT_TRUE(waitUntil([this] { return somethingAt(4); })) << "diodon";
-    }
-    std::string touched() { return session().folder() + "/touched"; }
-    bool allShown() {
-        // Where there is no theme of icons, two of them draw nothing.
-        return isShown("Parcellite") && isShown("Yad") && isShown("Cbatticon") && drawn() >= 3;
-    }
-    int drawn() {
-        int places = 0;
-        for (int place = 0; place < 5; ++place) {
-            places += somethingAt(place) ? 1 : 0;
-        }
-        return places;
-    }
-    bool noneShown() { return drawn() == 0 && !isShown("Parcellite") && !isShown("Yad") && !isShown("Cbatticon"); }
-    void dragWithSuper(int from, int to) {
-        const int y = bar().y + 14;
-        x().movePointer(from, y);
-        x().pressKey(XKB_KEY_Super_L);
-        x().pressButton();
-        for (int step = 1; step <= 10; ++step) {
-            x().movePointer(from + (to - from) * step / 10, y);
-        }
-        x().releaseButton();
-        x().releaseKey(XKB_KEY_Super_L);
-        x().sync();
-    }
-
-    // A bare client of the tray, under the test's own control.
-    xcb_window_t makeIcon(const char* name) {
-        const xcb_window_t made = xcb_generate_id(x().connection());
-        xcb_create_window(x().connection(), XCB_COPY_FROM_PARENT, made, x().root(), 0, 0, 300, 200, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        const std::string text = std::string(name) + '\0' + name + '\0';
-        xcb_change_property(x().connection(), XCB_PROP_MODE_REPLACE, made, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-                            static_cast<std::uint32_t>(text.size()), text.data());
-        return made;
-    }
-    void request(xcb_window_t icon) {
-        const xcb_window_t tray = x().selectionOwner("_NET_SYSTEM_TRAY_S0");
-        xcb_client_message_event_t message{};
-        message.response_type = XCB_CLIENT_MESSAGE;
-        message.format = 32;
-        message.window = tray;
-        message.type = x().atom("_NET_SYSTEM_TRAY_OPCODE");
-        message.data.data32[2] = icon;
-        xcb_send_event(x().connection(), 0, tray, 0, reinterpret_cast<const char*>(&message));
-        x().sync();
-    }
-
-    Program* qlipper_ = nullptr;
-};
 
 TEST_F(HostTest, IconsOfBothKindsArriveFromRightToLeftAndTheDotHidesThem) {
     startRookBay();
@@ -338,6 +219,52 @@ TEST_F(HostTest, IconsThatMisbehaveHarmNobody) {
     xcb_destroy_window(client, shy);
     clickChevron();
     EXPECT_TRUE(waitUntil([this] { return !isShown("Parcellite"); })) << "the bar works";
+
+    // A crowd with names that are none.
+    for (int i = 0; i < 80; ++i) {
+        const xcb_window_t icon = makeIcon(i % 2 == 0 ? "\xFF\xFE\x01" : "");
+        request(icon);
+    }
+    clickChevron();
+    EXPECT_TRUE(waitUntil([this] { return isShown("Parcellite"); }));
+    EXPECT_LE(defaults()["LinuxMenuBarOrder"].toArray().size(), 128);
+}
+
+// Other programs' icons were drawn for other panels.
+TEST_F(HostTest, IconsAsDarkAsTheBarAreMadeVisible) {
+    settings(R"("LinuxAppearance": "dark", "MenuBarHiderDelay": 0, "MenuBarHiderCollapseOnLeave": false)");
+    startRookBay();
+    session().start({NOTIFIER_PROGRAM, "dark"});
+    const auto middleOf = [this](int place) { return x().pixel(edge(place) - hostedIcon / 2, bar().y + 13); };
+    const auto red = [](std::uint32_t color) { return color >> 16U & 0xFFU; };
+    EXPECT_TRUE(waitUntil([&] { return red(middleOf(0)) > 0xC0; })) << "in the bar's own foreground";
+    session().start({NOTIFIER_PROGRAM, "colourful"});
+    EXPECT_TRUE(waitUntil([&] { return middleOf(1) == 0x103090; })) << "as it is";
+
+    // A window of somebody else's can't be recoloured: what lies behind it can.
+    const auto iconWith = [this](const char* name, std::uint32_t color) {
+        xcb_connection_t* client = x().connection();
+        const xcb_window_t icon = makeIcon(name);
+        const std::uint32_t parentRelative = XCB_BACK_PIXMAP_PARENT_RELATIVE;
+        xcb_change_window_attributes(client, icon, XCB_CW_BACK_PIXMAP, &parentRelative);
+        const xcb_window_t sign = xcb_generate_id(client);
+        xcb_create_window(client, XCB_COPY_FROM_PARENT, sign, icon, 6, 6, 10, 10, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &color);
+        xcb_map_window(client, sign);
+        request(icon);
+    };
+    iconWith("Dark", 0x151518);
+    iconWith("Bright", 0xF0D040);
+    ASSERT_TRUE(waitUntil([this] { return isShown("Dark") && isShown("Bright"); }));
+    const auto behind = [this](const char* name) {
+        const auto icon = docked(name);
+        return icon ? x().pixel(icon->x + 2, icon->y + 11) : 0;
+    };
+    EXPECT_TRUE(waitUntil([&] { return red(behind("Dark")) > 0xA0; }, 5)) << "a plate";
+    EXPECT_LT(red(behind("Bright")), 0x40U);
+    fs::create_directories(SESSION_PICTURES);
+    EXPECT_TRUE(saveScreenshot(x(), SESSION_PICTURES "/dark-icons.png"));
+    EXPECT_TRUE(staysTrue([&] { return red(behind("Dark")) > 0xA0; }, 2.5)) << "and no flicker";
 }
 
 TEST_F(HostTest, ItemsThatVanishOrHangHarmNobody) {

@@ -1,6 +1,9 @@
 #include "desktops/virtual/Contract.h"
 #include "desktops/virtual/Desktop.h"
+#include "desktops/virtual/Menus.h"
 #include "tests/contract/AllContracts.h"
+
+#include <algorithm>
 
 namespace rb {
 
@@ -36,8 +39,56 @@ public:
     bool chooseMenuItem(const std::string& title) override {
         return succeeds([&] { desktop_.chooseMenuItem(title); });
     }
+    void clickStatusItem(const StatusItem& item, const StatusItemClick& click) override {
+        desktop_.runLoop().post([this, &item, click] { own(item).click(click); });
+        desktop_.advance(0);
+    }
+    bool chooseInPoppedUpMenu(const StatusItem& item, const std::string& title) override {
+        const auto menu = own(item).poppedUp();
+        return menu && succeeds([&] { menus::choose(*menu, title); });
+    }
+    void pressElsewhere(Popover& popover) override { dynamic_cast<VirtualPopover&>(popover).pressElsewhere(); }
+    void changeMode() override {
+        const ConnectedDisplay display = desktop_.displays().all().front();
+        const bool first = display.currentMode == display.modes.front();
+        desktop_.displays().setCurrentMode(display.identity.id, display.modes.at(first ? 1 : 0));
+        desktop_.displays().notify();
+    }
+
+    std::string echoProgram() override {
+        desktop_.childProcesses().install("echo", [](VirtualChild& child) {
+            std::string line;
+            for (const std::string& word : child.arguments()) {
+                line += (line.empty() ? "" : " ") + word;
+            }
+            child.say(line + "\n");
+            child.exit();
+        });
+        return *desktop_.childProcesses().resourcePath("echo");
+    }
+    std::string catProgram() override {
+        desktop_.childProcesses().install("cat", [this](VirtualChild& child) { copy(child, 0); });
+        return *desktop_.childProcesses().resourcePath("cat");
+    }
 
 private:
+    VirtualStatusItem& own(const StatusItem& item) {
+        const auto& items = desktop_.statusBar().items();
+        return **std::find(items.begin(), items.end(), &item);
+    }
+    // Says what is new in its input, again and again until that ends.
+    void copy(VirtualChild& child, std::size_t copied) {
+        if (child.input().size() > copied) {
+            child.say(child.input().substr(copied));
+        }
+        if (child.inputClosed()) {
+            child.exit();
+        }
+        if (child.isRunning()) {
+            copying_ =
+                desktop_.runLoop().after(0.001, [this, &child, said = child.input().size()] { copy(child, said); });
+        }
+    }
     static bool succeeds(const std::function<void()>& act) {
         try {
             act();
@@ -48,6 +99,7 @@ private:
     }
 
     VirtualDesktop desktop_;
+    Handle copying_;
 };
 
 const DesktopCase virtualDesktop{"Virtual", [] { return std::make_unique<VirtualDesktopUnderTest>(); }};
@@ -55,5 +107,6 @@ const DesktopCase virtualDesktop{"Virtual", [] { return std::make_unique<Virtual
 } // namespace
 
 ROOKBAY_INSTANTIATE_CONTRACTS(Desktop, virtualDesktop);
+ROOKBAY_INSTANTIATE_CONTRACT(Desktop, DisplaysContract, virtualDesktop);
 
 } // namespace rb

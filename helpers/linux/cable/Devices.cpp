@@ -1,5 +1,7 @@
 #include "helpers/linux/cable/Devices.h"
 
+#include "helpers/shared/ConnectionJson.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -13,13 +15,7 @@ using Json = nlohmann::json;
 constexpr int deepestHub = 7; // by the standard
 constexpr std::size_t mostDevices = 128;
 constexpr long long superSpeed = 5000; // Mbps
-
-std::string usbSpeed(long long megabits) {
-    if (megabits >= 1000 && megabits % 1000 == 0) {
-        return std::to_string(megabits / 1000) + " Gbps";
-    }
-    return std::to_string(megabits) + " Mbps";
-}
+constexpr double mega = 1e6;
 
 // "1-2" or "1-2.4", not an interface "1-2:1.0".
 bool isDeviceName(const std::string& name) {
@@ -32,16 +28,8 @@ void readUsb(const fs::path& device, int depth, AttachedDevices& devices) {
     if (speed) {
         (*speed >= superSpeed ? devices.usb3 : devices.usb2) = true;
     }
-    Json json = Json::object();
-    const auto maker = Sysfs::text(device / "manufacturer");
-    if (const auto product = Sysfs::text(device / "product")) {
-        json["name"] = maker && !product->starts_with(*maker) ? *maker + " " + *product : *product;
-    } else if (maker) {
-        json["name"] = *maker;
-    }
-    if (speed) {
-        json["speed"] = usbSpeed(*speed);
-    }
+    const auto speedWords = speed ? std::optional(speedText(static_cast<double>(*speed) * mega)) : std::nullopt;
+    Json json = deviceJson(Sysfs::text(device / "manufacturer"), Sysfs::text(device / "product"), speedWords);
     if (devices.list.size() < mostDevices) {
         devices.list.push_back(std::move(json));
     }
@@ -89,15 +77,8 @@ void readThunderbolt(const Sysfs& sysfs, const fs::path& port, AttachedDevices& 
                 continue;
             }
             devices.thunderbolt = true;
-            Json json = Json::object();
-            const auto vendor = Sysfs::text(device / "vendor_name");
-            if (const auto name = Sysfs::text(device / "device_name")) {
-                json["name"] = vendor ? *vendor + " " + *name : *name;
-            }
-            if (const auto speed = thunderboltSpeed(device)) {
-                json["speed"] = *speed;
-            }
-            devices.list.push_back(std::move(json));
+            devices.list.push_back(deviceJson(Sysfs::text(device / "vendor_name"), Sysfs::text(device / "device_name"),
+                                              thunderboltSpeed(device)));
         }
     }
 }

@@ -1,9 +1,9 @@
 #include "helpers/linux/cable/Port.h"
 
-#include "helpers/linux/cable/CableIdentity.h"
 #include "helpers/linux/cable/Devices.h"
 #include "helpers/linux/cable/Power.h"
 #include "helpers/linux/cable/UsbIds.h"
+#include "helpers/shared/ConnectionJson.h"
 
 #include <algorithm>
 
@@ -55,29 +55,14 @@ std::vector<std::string> readModes(PortFacts& port, const fs::path& partner) {
 
 Json readCable(const Sysfs& sysfs, const fs::path& cable) {
     const auto header = Sysfs::number(cable / "identity/id_header");
-    if (!header || *header == 0) {
-        return nullptr; // the cable is there, its marker wasn't read
-    }
     const auto object = Sysfs::number(cable / "identity/product_type_vdo1");
-    const CableIdentity identity =
-        readCableIdentity(static_cast<std::uint32_t>(*header), static_cast<std::uint32_t>(object.value_or(0)));
-    Json json{{"vendorID", identity.vendorID}};
-    if (const auto vendor = vendorName(sysfs, identity.vendorID)) {
-        json["vendorName"] = *vendor;
+    Json json =
+        cableJson(static_cast<std::uint32_t>(header.value_or(0)), static_cast<std::uint32_t>(object.value_or(0)));
+    if (json.is_null()) {
+        return json; // the cable is there, its marker wasn't read
     }
-    if (object && *object != 0) {
-        if (identity.speed) {
-            json["speed"] = *identity.speed;
-        }
-        if (identity.maxVolts) {
-            json["maxVolts"] = *identity.maxVolts;
-        }
-        if (identity.maxAmps) {
-            json["currentRating"] = std::to_string(*identity.maxAmps) + " A";
-        }
-        if (identity.maxWatts) {
-            json["maxWatts"] = *identity.maxWatts;
-        }
+    if (const auto vendor = vendorName(sysfs, json.at("vendorID").get<std::uint16_t>())) {
+        json["vendorName"] = *vendor;
     }
     return json;
 }
@@ -125,7 +110,9 @@ std::vector<PortFacts> readPorts(const Sysfs& sysfs) {
     std::vector<std::string> names;
     for (const std::string& name : Sysfs::names(sysfs.at("/sys/class/typec"))) {
         const std::string number = name.starts_with("port") ? name.substr(4) : "";
-        if (!number.empty() && number.find_first_not_of("0123456789") == std::string::npos) {
+        constexpr std::size_t mostDigits = 5;
+        if (!number.empty() && number.size() <= mostDigits &&
+            number.find_first_not_of("0123456789") == std::string::npos) {
             names.push_back(name);
         }
     }

@@ -1,7 +1,8 @@
 #include "helpers/linux/cable/Snapshot.h"
 
 #include "helpers/linux/cable/Port.h"
-#include "helpers/linux/shared/Edid.h"
+#include "helpers/shared/ConnectionJson.h"
+#include "helpers/shared/Edid.h"
 
 #include <algorithm>
 #include <fstream>
@@ -104,7 +105,7 @@ std::string connectionSnapshot(const Sysfs& sysfs) {
                             {"displays", Json::array({{{"monitorName", connector.monitor}}})}});
         }
     }
-    return Json{{"ports", list}}.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return snapshotLine(std::move(list));
 }
 
 } // namespace rb

@@ -1,6 +1,6 @@
 #include "helpers/linux/cable/Snapshot.h"
-#include "helpers/linux/shared/Answer.h"
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/shared/Answer.h"
+#include "helpers/shared/Usage.h"
 
 #include <string>
 #include <vector>
@@ -19,6 +19,7 @@ constexpr const char* help = R"(用法：CableHelper [--root 文件夹]
 } // namespace
 
 int main(int count, char** words) {
+    rb::guardStandardDescriptors();
     const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
     if (const auto code = rb::answerUsage("CableHelper", arguments, help)) {
         return *code;

@@ -59,23 +59,28 @@ bool sameBlock(const std::vector<std::uint8_t>& a, const std::vector<std::uint8_
 
 std::vector<Channel> readChannels(const fs::path& root) {
     std::vector<Channel> channels;
+    std::vector<int> ownPanels;
     std::error_code error;
     for (fs::directory_iterator entry(root / "sys/class/drm", error), end; !error && entry != end;
          entry.increment(error)) {
         const std::string name = entry->path().filename().string();
         const std::size_t dash = name.find('-');
         const std::string socket = dash == std::string::npos ? "" : name.substr(dash + 1);
-        const bool builtin = socket.starts_with("eDP") || socket.starts_with("LVDS") || socket.starts_with("DSI");
-        if (socket.empty() || builtin) {
+        const auto bus = socket.empty() ? std::nullopt : busOf(entry->path());
+        if (!bus) {
             continue;
         }
-        const std::vector<std::uint8_t> bytes = bytesOf(entry->path() / "edid");
-        const auto edid = parseEdid(bytes);
-        const auto bus = busOf(entry->path());
-        if (edid && bus) {
-            channels.push_back({.bus = *bus, .edid = bytes, .uuid = uuidOf(*bus, *edid)});
+        if (socket.starts_with("eDP") || socket.starts_with("LVDS") || socket.starts_with("DSI")) {
+            ownPanels.push_back(*bus);
+            continue;
         }
+        std::vector<std::uint8_t> bytes = bytesOf(entry->path() / "edid");
+        const auto edid = parseEdid(bytes);
+        channels.push_back({.bus = *bus, .edid = std::move(bytes), .uuid = edid ? uuidOf(*bus, *edid) : std::string()});
     }
+    std::erase_if(channels, [&ownPanels](const Channel& channel) {
+        return std::find(ownPanels.begin(), ownPanels.end(), channel.bus) != ownPanels.end();
+    });
     return channels;
 }
 
@@ -84,12 +89,17 @@ std::optional<Channel> channelNamed(const std::string& uuid, const std::vector<C
     if (!bus || uuid.find(':') == std::string::npos) {
         return std::nullopt;
     }
-    const auto onBus =
-        std::find_if(channels.begin(), channels.end(), [&](const Channel& channel) { return channel.bus == *bus; });
-    if (onBus == channels.end()) {
-        return Channel{.bus = *bus, .uuid = uuid};
+    // Two sockets may share a bus.
+    bool external = false;
+    bool taken = false;
+    for (const Channel& channel : channels) {
+        if (channel.bus == *bus && channel.uuid == uuid) {
+            return channel;
+        }
+        external = external || channel.bus == *bus;
+        taken = taken || (channel.bus == *bus && !channel.uuid.empty());
     }
-    return onBus->uuid == uuid ? std::optional(*onBus) : std::nullopt;
+    return external && !taken ? std::optional(Channel{.bus = *bus, .uuid = uuid}) : std::nullopt;
 }
 
 std::vector<ListEntry> matchOutputs(const RandrState& state, const std::vector<Channel>& channels) {

@@ -1,7 +1,7 @@
-#include "helpers/linux/display/Commands.h"
-#include "helpers/linux/display/DdcutilBus.h"
-#include "helpers/linux/shared/Answer.h"
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/linux/display/Channels.h"
+#include "helpers/linux/display/I2cDevice.h"
+#include "helpers/shared/Answer.h"
+#include "helpers/shared/Usage.h"
 
 #include <string>
 #include <vector>
@@ -40,7 +40,7 @@ int list() {
 } // namespace
 
 int main(int count, char** words) {
-    rb::keepLibraryOffStandardOutput();
+    rb::guardStandardDescriptors();
     const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
     if (const auto code = rb::answerUsage("DisplayHelper", arguments, help)) {
         return *code;
@@ -55,9 +55,10 @@ int main(int count, char** words) {
     if (!channel) {
         return rb::sayLine(rb::Outcome(false).message("找不到这个控制通道；显示器可能已更换。").text()) ? 0 : 1;
     }
-    rb::DdcutilBus bus;
-    const std::string answer = arguments[0] == "probe"   ? rb::probe(*channel, bus)
-                               : arguments[0] == "sleep" ? rb::sleepDisplay(*channel, bus)
-                                                         : rb::wakeDisplay(*channel, bus);
+    rb::I2cDevice line(channel->bus);
+    rb::DdcPower display(line);
+    const std::string answer = arguments[0] == "probe"   ? rb::probe(display)
+                               : arguments[0] == "sleep" ? rb::sleepDisplay(display)
+                                                         : rb::wakeDisplay(display);
     return rb::sayLine(answer) ? 0 : 1;
 }

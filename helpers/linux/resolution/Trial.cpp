@@ -1,15 +1,15 @@
 #include "helpers/linux/resolution/Trial.h"
 
 #include "helpers/linux/resolution/Guardian.h"
-#include "helpers/linux/resolution/ModeChange.h"
-#include "helpers/linux/shared/Answer.h"
+#include "helpers/linux/resolution/Record.h"
+#include "helpers/linux/resolution/Server.h"
+#include "helpers/shared/Answer.h"
 
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <sys/syscall.h>
@@ -23,33 +23,7 @@ constexpr std::chrono::seconds trialTime{20};
 constexpr int success = 0;
 constexpr int failure = 1;
 constexpr std::size_t longestInput = 4096;
-
-// The X server, for the time of the trial.
-class Server {
-public:
-    Server() {
-        int number = 0;
-        connection_ = xcb_connect(nullptr, &number);
-        if (isThere()) {
-            auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection_));
-            for (; number > 0 && screens.rem > 1; --number) {
-                xcb_screen_next(&screens);
-            }
-            root_ = screens.data->root;
-        }
-    }
-    ~Server() { xcb_disconnect(connection_); }
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
-
-    bool isThere() const { return xcb_connection_has_error(connection_) == 0; }
-    std::optional<RandrState> state() const { return readRandr(connection_, root_); }
-    bool apply(const Arrangement& arrangement) const { return applyArrangement(connection_, root_, arrangement); }
-
-private:
-    xcb_connection_t* connection_;
-    xcb_window_t root_ = 0;
-};
+constexpr const char* notRestored = "未能完全恢复原显示模式；记录已保留，可运行 ResolutionHelper restore 再试。";
 
 int fail(const std::string& message) {
     sayLine(Outcome(false).flag("trial", false).message(message).text());
@@ -128,8 +102,13 @@ int runTrial(const std::string& identity, const std::string& modeID) {
         return fail("模式编号无效。");
     }
     Waiting waiting;
+    const auto folder = recordFolder();
+    if (!folder) {
+        return fail("没有可安全存放记录的文件夹，因此未更改显示模式。请检查 XDG_RUNTIME_DIR 和主文件夹。");
+    }
+    const std::string path = newRecordPath(*folder);
     // Before anything is connected, so that nothing is shared with it.
-    const Guardian guardian(recordFolder() + "/" + recordPrefix + std::to_string(::getpid()) + ".json");
+    const Guardian guardian(path);
     const Server server;
     if (!server.isThere()) {
         return fail("无法连接到图形显示，请检查环境变量 DISPLAY。");
@@ -151,20 +130,23 @@ int runTrial(const std::string& identity, const std::string& modeID) {
     if (!change) {
         return fail("显示器没有这个模式。");
     }
-    if (!guardian.started() || !guardian.writeRecord(writeArrangement(change->before))) {
-        guardian.removeRecord();
+    const auto record = guardian.started() ? Record::create(path, recordText(writeArrangement(change->before)))
+                                           : std::optional<Record>();
+    if (!record) {
         return fail("无法记录原显示模式，因此未更改。");
     }
     const auto deadline = std::chrono::steady_clock::now() + trialTime;
+    // What couldn't be taken back stays on record, for another attempt.
     const auto restore = [&] {
         const bool restored = server.apply(change->before);
-        guardian.removeRecord();
+        if (restored) {
+            record->remove();
+        }
         return restored;
     };
     if (!server.apply(change->after)) {
-        const bool restored = restore();
-        return fail(restored ? "X 服务器拒绝了这个模式，已恢复原模式。"
-                             : "X 服务器拒绝了这个模式，且未能完全恢复原模式，请检查显示设置。");
+        return fail(restore() ? std::string("X 服务器拒绝了这个模式，已恢复原模式。")
+                              : std::string("X 服务器拒绝了这个模式；") + notRestored);
     }
     // Without anybody who could confirm it there is no trial.
     const bool heard = sayLine(Outcome(true).flag("trial", true).text());
@@ -172,33 +154,26 @@ int runTrial(const std::string& identity, const std::string& modeID) {
         const auto now = server.state();
         const RandrCrtc* crtc = now ? now->crtc(change->crtc) : nullptr;
         if (crtc && crtc->mode == *mode) {
-            guardian.removeRecord();
+            record->remove();
+            forgetOldRecords(*folder);
             sayLine(Outcome(true).flag("kept", true).message("已保留新的显示模式。").text());
             return success;
         }
     }
     const bool restored = restore();
-    sayLine(Outcome(restored)
-                .flag("kept", false)
-                .message(restored ? "已恢复原显示模式。" : "未能完全恢复原显示模式，请检查显示设置。")
-                .text());
+    sayLine(Outcome(restored).flag("kept", false).message(restored ? "已恢复原显示模式。" : notRestored).text());
     return restored ? success : failure;
 }
 
 int restoreFromRecords() {
-    bool good = true;
-    int found = 0;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(recordFolder(), error)) {
-        if (entry.path().filename().string().starts_with(recordPrefix)) {
-            ++found;
-            good = restoreRecord(entry.path()) && good;
-        }
-    }
+    const auto folder = recordFolder();
+    const RestoringAll all = folder ? restoreRecords(*folder) : RestoringAll{};
+    const bool good = all.failed == 0 && (all.running == 0 || all.done > 0);
     sayLine(Outcome(good)
-                .message(found == 0 ? "没有需要恢复的显示模式。"
-                         : good     ? "已恢复原显示模式。"
-                                    : "未能恢复原显示模式。")
+                .message(all.failed > 0    ? notRestored
+                         : all.done > 0    ? "已恢复原显示模式。"
+                         : all.running > 0 ? "显示模式正在试用中，未作更改；不确认就会自动恢复。"
+                                           : "没有需要恢复的显示模式。")
                 .text());
     return good ? success : failure;
 }

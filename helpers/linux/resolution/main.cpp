@@ -1,5 +1,6 @@
 #include "helpers/linux/resolution/Trial.h"
-#include "helpers/linux/shared/Usage.h"
+#include "helpers/shared/Answer.h"
+#include "helpers/shared/Usage.h"
 
 #include <string>
 #include <vector>
@@ -21,6 +22,7 @@ constexpr const char* help = R"(用法：ResolutionHelper trial 显示器标识 
 } // namespace
 
 int main(int count, char** words) {
+    rb::guardStandardDescriptors();
     const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
     if (const auto code = rb::answerUsage("ResolutionHelper", arguments, help)) {
         return *code;

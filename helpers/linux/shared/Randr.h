@@ -1,6 +1,6 @@
 #pragma once
 
-#include "helpers/linux/shared/Edid.h"
+#include "helpers/shared/Edid.h"
 
 #include <cstdint>
 #include <optional>

@@ -113,6 +113,10 @@ using rb::fake::cancel;
 using rb::fake::keep;
 using rb::fake::schedule;
 
+@interface RBFakeDispatchObject (Told)
+- (void)tell;
+@end
+
 @implementation RBFakeDispatchObject {
 @public
     dispatch_block_t handler_;
@@ -137,6 +141,12 @@ using rb::fake::schedule;
             fired->handler_();
     });
 }
+- (void)tell {
+    if (!resumed_ || cancelled_ || !handler_)
+        return;
+    dispatch_block_t handler = handler_; // it may cancel the source
+    handler();
+}
 - (void)dealloc {
     cancel(task_);
 }
@@ -153,10 +163,31 @@ RBFakeDispatchObject* namedQueue(const char* name) {
     return queue;
 }
 
+// By descriptor; sources that are gone leave a nil.
+std::multimap<uintptr_t, __weak RBFakeDispatchObject*>& vnodeSources() {
+    static auto* sources = [] {
+        auto* made = new std::multimap<uintptr_t, __weak RBFakeDispatchObject*>;
+        rb::fake::onReset([made] { made->clear(); });
+        return made;
+    }();
+    return *sources;
+}
+
 double seconds(dispatch_time_t when) {
     return static_cast<double>(when) / 1e9;
 }
 } // namespace
+
+void rb::fake::changeVnode(int descriptor) {
+    const auto [first, last] = vnodeSources().equal_range(static_cast<uintptr_t>(descriptor));
+    for (auto source = first; source != last; ++source) {
+        __weak RBFakeDispatchObject* weak = source->second;
+        schedule(0, 0, [weak] {
+            RBFakeDispatchObject* told = weak;
+            [told tell];
+        });
+    }
+}
 
 extern "C" {
 
@@ -204,6 +235,8 @@ dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t 
     RBFakeDispatchObject* source = [[RBFakeDispatchObject alloc] init];
     source->type_ = type;
     source->handle_ = handle;
+    if (type == DISPATCH_SOURCE_TYPE_VNODE)
+        vnodeSources().emplace(handle, source);
     return source;
 }
 void dispatch_source_set_timer(dispatch_source_t source, dispatch_time_t start, uint64_t interval, uint64_t) {

@@ -1,101 +1,21 @@
-#include "clipboard/ClipItem.h"
-#include "desktops/linux/KeyedArchive.h"
-#include "tests/session/SessionTest.h"
+#include "tests/session/clipboard/ClipboardSession.h"
 #include "tests/session/clipboard/CopyingProgram.h"
-
-#include <QImage>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <sys/mount.h>
+#include <utility>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-// The history among real programs, and among badly behaved ones.
+// The history among terminal tools, and among badly behaved programs.
 namespace rb {
 
 namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-
-class ClipboardSessionTest : public SessionTest {
-protected:
-    std::string archive() { return session().environment.at("XDG_DATA_HOME") + "/rook-bay/Clipboard.archive"; }
-    std::vector<RBClipItem> items() {
-        std::vector<RBClipItem> found;
-        const auto file = readFile(archive());
-        if (!file) {
-            return found;
-        }
-        const DecodedArchive decoded = decodeArchive(RBClipItem::archiveClass(), *file);
-        EXPECT_TRUE(decoded.objects) << decoded.fault;
-        for (const ArchiveObject& object : decoded.objects.value_or(std::vector<ArchiveObject>())) {
-            found.push_back(RBClipItem::decode(object, 0));
-        }
-        return found;
-    }
-    std::vector<std::string> texts() {
-        std::vector<std::string> found;
-        for (const RBClipItem& item : items()) {
-            found.push_back(item.text().value_or("kind " + std::to_string(item.kind())));
-        }
-        return found;
-    }
-    [[nodiscard]] bool waitForNewest(const std::string& text, double limit = 10) {
-        return waitUntil(
-            [&] {
-                const auto found = texts();
-                return !found.empty() && found.front() == text;
-            },
-            limit);
-    }
-    std::string file(const std::string& name, const std::string& contents) {
-        const std::string path = session().folder() + "/" + name;
-        writeFile(path, contents);
-        return path;
-    }
-    // As xclip copies; it goes into the background by itself.
-    void xclip(const std::string& contents, const std::string& target = "UTF8_STRING",
-               const std::string& selection = "clipboard") {
-        Program& program =
-            session().start({"xclip", "-selection", selection, "-t", target, "-i", file("copied", contents)});
-        ASSERT_EQ(program.waitForExit(), 0) << program.output();
-    }
-    std::string paste(const std::string& target = "UTF8_STRING") {
-        Program& program = session().start({"xclip", "-selection", "clipboard", "-t", target, "-o"});
-        EXPECT_TRUE(program.waitForExit(10));
-        return program.output();
-    }
-    // Opens the history and chooses by its key.
-    void chooseEntry(std::uint32_t key) {
-        ASSERT_NE(openMenu(), 0U);
-        x().tapKey(XKB_KEY_Down);
-        x().tapKey(XKB_KEY_Down);
-        x().tapKey(XKB_KEY_Right);
-        ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).size() == 2; }));
-        x().tapKey(key);
-        ASSERT_TRUE(waitUntil([&] { return x().viewableOfClass(menuClass).empty(); }));
-    }
-    static std::string largePicture() {
-        QImage image(900, 500, QImage::Format_RGB32);
-        std::uint32_t state = 1;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int column = 0; column < image.width(); ++column) {
-                state = state * 1664525U + 1013904223U;
-                image.setPixel(column, y, state >> 8U);
-            }
-        }
-        const std::string path = (fs::temp_directory_path() / "rookbay-clip-XXXXXX.png").string();
-        std::string name = path;
-        const int made = mkstemps(name.data(), 4);
-        EXPECT_GE(made, 0);
-        ::close(made);
-        EXPECT_TRUE(image.save(QString::fromStdString(name)));
-        std::string bytes = readFile(name).value_or("");
-        fs::remove(name);
-        return bytes;
-    }
-};
 
 TEST_F(ClipboardSessionTest, CopiesOfRealProgramsLandOnceEach) {
     xclip("before the start");
@@ -226,6 +146,58 @@ TEST_F(ClipboardSessionTest, SlowPiecesAreStillPutTogether) {
     EXPECT_TRUE(waitForNewest(text));
 }
 
+// A small file system of its own, as long as this lives.
+class SmallDisk {
+public:
+    explicit SmallDisk(std::string folder)
+        : folder_(std::move(folder)) {
+        fs::create_directories(folder_);
+        mounted_ = mount("none", folder_.c_str(), "tmpfs", 0, size) == 0;
+    }
+    ~SmallDisk() {
+        if (mounted_) {
+            umount2(folder_.c_str(), MNT_DETACH);
+        }
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    bool isMounted() const { return mounted_; }
+    bool setReadOnly(bool readOnly) const {
+        return mount("none", folder_.c_str(), "tmpfs", readOnly ? MS_REMOUNT | MS_RDONLY : MS_REMOUNT, size) == 0;
+    }
+
+private:
+    static constexpr const char* size = "size=600k";
+    std::string folder_;
+    bool mounted_ = false;
+};
+
+TEST_F(ClipboardSessionTest, AFullOrClosedDiskCostsNothingButTheWriting) {
+    const SmallDisk disk(session().folder() + "/small");
+    if (!disk.isMounted()) {
+        GTEST_SKIP() << "mounting isn't allowed here";
+    }
+    session().environment["XDG_DATA_HOME"] = session().folder() + "/small";
+    Program& rookBay = startRookBay();
+    xclip("fits");
+    ASSERT_TRUE(waitForNewest("fits"));
+    const std::string picture = largePicture();
+    xclip(picture, "image/png");
+    ASSERT_TRUE(waitUntil([&] { return rookBay.output().find("cannot write") != std::string::npos; }));
+    EXPECT_THAT(texts(), ElementsAre("fits")) << "the old archive stays whole";
+    EXPECT_FALSE(fs::exists(archive() + ".new"));
+    chooseEntry(XKB_KEY_1);
+    EXPECT_EQ(paste("image/png"), picture) << "kept in memory";
+    chooseEntry(XKB_KEY_1, {XKB_KEY_Alt_L}); // deletes it, and there is room again
+    ASSERT_TRUE(disk.setReadOnly(true));
+    xclip("while it is closed");
+    EXPECT_TRUE(staysTrue([&] { return rookBay.isRunning() && texts().front() == "fits"; }, 2.5));
+    ASSERT_TRUE(disk.setReadOnly(false));
+    xclip("open again");
+    ASSERT_TRUE(waitForNewest("open again"));
+    EXPECT_THAT(texts(), ElementsAre("open again", "while it is closed", "fits"));
+}
+
 TEST_F(ClipboardSessionTest, AKillAtAnyMomentLeavesAWholeArchive) {
     int rounds = 12;
     if (const char* wanted = std::getenv("ROOKBAY_KILL_ROUNDS")) { // NOLINT(concurrency-mt-unsafe): one thread
@@ -240,6 +212,10 @@ TEST_F(ClipboardSessionTest, AKillAtAnyMomentLeavesAWholeArchive) {
         (void)staysTrue([] { return true; }, 1.42 + 0.02 * (round % 12));
         rookBay.signal(SIGKILL);
         ASSERT_TRUE(rookBay.waitForExit());
+        if (fs::exists(archive())) {
+            Program& reader = session().start({"python3", READ_ARCHIVE, archive()});
+            ASSERT_EQ(reader.waitForExit(), 0) << "round " << round << ": " << reader.output();
+        }
         const auto found = texts();
         ASSERT_GE(found.size(), std::min<std::size_t>(before, 30)) << "round " << round;
         if (!found.empty() && found.front() != newest) {

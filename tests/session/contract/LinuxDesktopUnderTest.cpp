@@ -6,6 +6,7 @@
 #include "desktops/linux/MenuAction.h"
 #include "desktops/linux/MenuWidget.h"
 #include "desktops/linux/Window.h"
+#include "platform/Displays.h"
 #include "platform/HotKeys.h"
 
 #include <QAbstractButton>
@@ -16,6 +17,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <utility>
@@ -66,7 +68,8 @@ std::vector<MenuWidget*> openMenus() {
 
 } // namespace
 
-LinuxDesktopUnderTest::LinuxDesktopUnderTest() {
+LinuxDesktopUnderTest::LinuxDesktopUnderTest(const SessionOptions& options)
+    : session_(options) {
     for (const auto& [name, value] : session_.environment) {
         ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): before there are threads
     }
@@ -181,15 +184,58 @@ bool LinuxDesktopUnderTest::chooseMenuItem(const std::string& title) {
         session_.x().click(bar.x + bar.width - statusItemFromRight, bar.y + bar.height / 2);
         open = until(menuIsOpen, whileItOpens);
     }
-    if (!open) {
-        return false;
-    }
+    return open && chooseInOpenMenu(title);
+}
+
+bool LinuxDesktopUnderTest::chooseInOpenMenu(const std::string& title) {
     const bool chosen = chooseIn(*openMenus().front(), title);
-    for (int i = 0; menuIsOpen() && i < 5; ++i) {
+    for (int i = 0; !openMenus().empty() && i < 5; ++i) {
         session_.x().tapKey(XKB_KEY_Escape);
         live(0.05);
     }
     return chosen;
+}
+
+void LinuxDesktopUnderTest::clickStatusItem(const StatusItem& item, const StatusItemClick& click) {
+    // The server may know the bar later than the bar its items.
+    until([this] { return !session_.x().viewableOfClass("rookbay-menubar").empty(); });
+    live(0.1);
+    const Rect frame = item.frame().value();
+    const double top = desktop_->services().screens.all().front().frame.maxY();
+    const bool control = (click.modifierFlags & ControlModifier) != 0;
+    XClient& x = session_.x();
+    if (control) {
+        x.pressKey(XKB_KEY_Control_L);
+    }
+    x.click(static_cast<int>(frame.midX()), static_cast<int>(top - frame.midY()), click.rightButton ? 3 : 1);
+    live(0.05);
+    if (control) {
+        x.releaseKey(XKB_KEY_Control_L);
+    }
+}
+
+bool LinuxDesktopUnderTest::chooseInPoppedUpMenu(const StatusItem& /*item*/, const std::string& title) {
+    return until([] { return !openMenus().empty(); }) && chooseInOpenMenu(title);
+}
+
+void LinuxDesktopUnderTest::pressElsewhere(Popover& /*popover*/) {
+    until([this] { return !session_.x().viewableOfClass("rookbay-popover").empty(); });
+    session_.x().click(300, 600);
+    live(0.05);
+}
+
+void LinuxDesktopUnderTest::changeMode() {
+    const auto display = desktop_->services().displays.all().front();
+    for (const DisplayMode& mode : display.modes) {
+        if (mode != *display.currentMode) {
+            char number[16] = {};
+            std::snprintf(number, sizeof number, "0x%x", static_cast<unsigned>(mode.modeID));
+            Program& xrandr = session_.start({"xrandr", "--output", display.name, "--mode", number});
+            xrandr.waitForExit();
+            return;
+        }
+    }
+    throw std::logic_error("the display has only one mode");
 }
 
 // Looks into submenus as a person does, by pointing at them.

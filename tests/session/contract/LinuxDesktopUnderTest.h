@@ -17,7 +17,7 @@ class MenuWidget;
 // The Linux desktop in this process, in a private session; the user's acts are real keys and clicks in the X server.
 class LinuxDesktopUnderTest final : public DesktopUnderTest {
 public:
-    LinuxDesktopUnderTest();
+    explicit LinuxDesktopUnderTest(const SessionOptions& options = {});
 
     const Desktop& services() override { return desktop_->services(); }
     void live(double seconds) override;
@@ -33,9 +33,16 @@ public:
     void clickBox(Window& window, const std::string& identifier) override;
     void closeWindow(Window& window) override;
     bool chooseMenuItem(const std::string& title) override;
+    void clickStatusItem(const StatusItem& item, const StatusItemClick& click) override;
+    bool chooseInPoppedUpMenu(const StatusItem& item, const std::string& title) override;
+    void pressElsewhere(Popover& popover) override;
+    void changeMode() override;
+    std::string echoProgram() override { return "/bin/echo"; }
+    std::string catProgram() override { return "/bin/cat"; }
 
 private:
     bool chooseIn(const MenuWidget& menu, const std::string& title);
+    bool chooseInOpenMenu(const std::string& title);
     // Waits until the widget's window is where it says it is.
     void settle(const QWidget& widget);
     // Clicks into the middle of the widget.

@@ -6,8 +6,14 @@
 namespace rb {
 
 bool saveScreenshot(const XClient& x, const std::string& file) {
-    const std::uint16_t width = x.screen().width_in_pixels;
-    const std::uint16_t height = x.screen().height_in_pixels;
+    // Its size now, for outputs change it.
+    const auto geometry =
+        ownReply(xcb_get_geometry_reply(x.connection(), xcb_get_geometry(x.connection(), x.root()), nullptr));
+    if (!geometry) {
+        return false;
+    }
+    const std::uint16_t width = geometry->width;
+    const std::uint16_t height = geometry->height;
     const auto cookie = xcb_get_image(x.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, x.root(), 0, 0, width, height, ~0U);
     const auto reply = ownReply(xcb_get_image_reply(x.connection(), cookie, nullptr));
     // Only true-colour screens, which have four bytes a pixel.

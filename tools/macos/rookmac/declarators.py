@@ -30,6 +30,11 @@ def parameter(ctype):
     return re.sub(r" (\[[^\]]*\])", " *", ctype) if "[" in ctype else ctype
 
 
+def decayed(ctype):
+    """I/O Kit's names are arrays of characters; the facts have such a parameter as a pointer to the whole array."""
+    return re.sub(r"\b(io_name_t|io_string_t|io_struct_inband_t) \*", "char *", ctype)
+
+
 def restore_const(ctype, function):
     """The facts lose const on pointers that are never nil; what isn't a getter only reads such an argument."""
     reads = re.fullmatch(r"(void|char|unichar|UniChar|uint8_t|CGFloat|CGPoint|CGSize|CGRect|CGAffineTransform) \*", ctype)

@@ -5,7 +5,7 @@ A declaration whose types the facts don't know is left out and listed in skipped
 
 import re
 
-from .declarators import CPP_KEYWORDS, availability, declare, field_name, literal, parameter, plain, restore_const
+from .declarators import CPP_KEYWORDS, availability, decayed, declare, field_name, literal, parameter, plain, restore_const
 from .facts import SUPPLEMENT, UMBRELLA_INCLUDES, identifiers
 
 BUILTIN = set(
@@ -19,6 +19,8 @@ ALIASES = {
     "IOKit.framework/Headers/IOKitLib.h": "IOKit/IOKit.h",
     "IOKit.framework/Headers/pwr_mgt/IOPMLib.h": "IOKit/IOKit.h",
     "IOKit.framework/Headers/IOMessage.h": "IOKit/IOKit.h",
+    "IOKit.framework/Headers/ps/IOPowerSources.h": "IOKit/IOKit.h",
+    "IOKit.framework/Headers/ps/IOPSKeys.h": "IOKit/IOKit.h",
     "Quartz.framework/Headers/Quartz.h": "QuickLookUI/QuickLookUI.h",
     "Cocoa.framework/Headers/Cocoa.h": "AppKit/AppKit.h",
     "QuartzCore.framework/Headers/CoreAnimation.h": "QuartzCore/QuartzCore.h",
@@ -379,7 +381,7 @@ class Umbrella:
             if name in self.facts.system_names or name.startswith("_"):
                 continue
             result = plain(entry["ret"])
-            arguments = [restore_const(plain(ctype), name) for ctype in entry["args"]]
+            arguments = [restore_const(decayed(plain(ctype)), name) for ctype in entry["args"]]
             if not self.accept([ctype for ctype in [result, *arguments] if ctype != "..."], f"function {name}"):
                 continue
             call = f"{name}({', '.join(parameter(ctype) for ctype in arguments) or 'void'})"

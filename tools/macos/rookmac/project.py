@@ -11,6 +11,9 @@ PRODUCT = "app clothesline screenshots clipboard menubar displays motion platfor
 DESKTOP = ROOT / "desktops/macos"
 PACKAGING = ROOT / "packaging/macos"
 
+# The I2C lines of displays are reached on Apple silicon alone; on Intel the program never asks for this helper.
+ONLY_FOR = {"DisplayHelper": ["arm64"]}
+
 FRAMEWORKS = """AppKit Foundation CoreFoundation CoreGraphics CoreText ColorSync QuartzCore Carbon CoreServices IOKit ImageIO Quartz
     QuickLookThumbnailing UniformTypeIdentifiers ServiceManagement""".split()
 
@@ -41,13 +44,17 @@ def sources():
 
 
 def helpers():
-    """Name -> sources of the separate programs in Contents/Resources: one folder helpers/macos/<Name> each."""
+    """Name -> own sources of the separate programs in Contents/Resources: one folder helpers/macos/<Name> each."""
     found = {}
-    for folder in sorted((ROOT / "helpers/macos").glob("*/")):
-        files = [path for pattern in ("*.cpp", "*.mm", "*.c") for path in sorted(folder.glob(pattern))]
-        if files:
-            found[folder.name] = files
+    for main in sorted((ROOT / "helpers/macos").glob("*/main.mm")):
+        folder = main.parent
+        found[folder.name] = sorted(folder.glob("*.cpp")) + sorted(folder.glob("*.mm"))
     return found
+
+
+def helpers_shared():
+    """What goes into every helper; the linker leaves out what one doesn't need."""
+    return sorted((ROOT / "helpers/shared").glob("*.cpp"))
 
 
 def libraries():
@@ -143,7 +150,7 @@ class NinjaFile:
 
     def executable(self, name, files):
         slices = []
-        for architecture in ARCHITECTURES:
+        for architecture in ONLY_FOR.get(name, ARCHITECTURES):
             output = self.out / "linked" / architecture / name
             runtime = self.sdk / "usr/lib/libobjc.tbd"
             libraries = [self.toolchain.libsystem, *self.toolchain.libcxx(architecture), runtime]
@@ -166,7 +173,7 @@ class NinjaFile:
     def write(self, path):
         self.rules()
         program = self.executable("RookBay", sources())
-        programs = [self.executable(name, files) for name, files in helpers().items()]
+        programs = [self.executable(name, files + helpers_shared()) for name, files in helpers().items()]
         icon = self.out / "RookBay.icns"
         self.build([icon], "icon", [ROOT / "resources/icons/rookbay.svg"], implicit=[PACKAGING / "make_icns.py"])
         app = self.out / "Rook Bay.app"

@@ -1,7 +1,7 @@
 """The ninja file of the suite that runs desktops/macos on Linux against recording fakes."""
 
 from .facts import TOOLS
-from .project import DESKTOP, LANGUAGE, OBJECTIVE_C, PRODUCT, ROOT, WARNINGS, NinjaFile, quote, version
+from .project import DESKTOP, LANGUAGE, OBJECTIVE_C, PRODUCT, ROOT, WARNINGS, NinjaFile, helpers, helpers_shared, quote, version
 
 TESTS = ROOT / "tests/macos"
 RUNTIME = TESTS / "runtime"
@@ -18,8 +18,9 @@ FAKE_FLAGS = """-DRB_FAKE_IMPLEMENTATION -Wall -Wextra -Werror -Wno-incomplete-i
 
 def code_under_test():
     files = [path for folder in PRODUCT for path in sorted((ROOT / folder).glob("*.cpp"))]
-    files += [path for path in sorted(DESKTOP.glob("*.mm")) + sorted(DESKTOP.glob("*.cpp")) if path.stem != "main"]
-    return files
+    files += sorted(DESKTOP.glob("*.mm")) + sorted(DESKTOP.glob("*.cpp")) + helpers_shared()
+    files += [path for own in helpers().values() for path in own]
+    return [path for path in files if path.stem != "main"]
 
 
 # Two programs: the tests of the frame itself need nothing of the desktop, so they tell its faults apart.
