@@ -69,6 +69,25 @@ PixelPicture pictureOf(const std::string& path, const PixelPicture& screen) {
     return picture;
 }
 
+// In points from the top left of the primary screen, by the scale of the screen that the middle is on.
+PropertyArray inPoints(const PixelRect& place) {
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    const QScreen* own = primary;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        // A screen's corner is the same in pixels and in points.
+        const QRect pixels(screen->geometry().topLeft(),
+                           (QSizeF(screen->size()) * screen->devicePixelRatio()).toSize());
+        if (pixels.contains(place.x + place.width / 2, place.y + place.height / 2)) {
+            own = screen;
+        }
+    }
+    const QPoint corner = own->geometry().topLeft();
+    const QPoint origin = primary->geometry().topLeft();
+    const double ratio = own->devicePixelRatio();
+    return {corner.x() - origin.x() + (place.x - corner.x()) / ratio,
+            corner.y() - origin.y() + (place.y - corner.y()) / ratio, place.width / ratio, place.height / ratio};
+}
+
 } // namespace
 
 bool LinuxCaptureFacts::isMarkedAsCapture(const std::string& path) const {
@@ -93,8 +112,7 @@ std::optional<PropertyValue> LinuxCaptureFacts::captureRectangle(const std::stri
     if (!place) {
         return std::nullopt;
     }
-    const double ratio = qGuiApp->devicePixelRatio();
-    return PropertyArray{place->x / ratio, place->y / ratio, place->width / ratio, place->height / ratio};
+    return inPoints(*place);
 }
 
 } // namespace rb
