@@ -11,6 +11,7 @@
 #include <QImage>
 #include <QString>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -106,22 +107,23 @@ FlightCosts measureFlights(const Plan& plan, const QRect& rect, bool marked) {
         if (marked) {
             mark(part, rect);
         }
-        const auto flights = [&](SessionEventKind kind, double since) {
-            return log.waitFor(
-                [&](const SessionEvent& event) {
-                    return event.kind == kind && event.time > since && event.window.height > lineHeight &&
-                           event.window.instance == "rookbay-panel";
-                },
-                20);
-        };
         const double cpu = costsOf(at.program->pid()).cpuSeconds;
         const double begin = monotonicNow();
         fs::rename(part, at.folder + "/" + std::to_string(run) + ".png");
-        const auto took = flights(SessionEventKind::Mapped, begin);
-        const auto landed = took ? flights(SessionEventKind::Unmapped, took->time) : std::nullopt;
-        if (!landed) {
+        const auto took = log.waitFor(
+            [&](const SessionEvent& event) {
+                return event.kind == SessionEventKind::Mapped && event.time > begin &&
+                       event.window.height > lineHeight && event.window.instance == "rookbay-panel";
+            },
+            20);
+        if (!took) {
             throw std::runtime_error("no flight\n" + at.session.logs());
         }
+        waitFor("the flight's end", at.session, [&at] {
+            const auto panels = at.session.x().viewableOfClass("rookbay-panel");
+            return std::none_of(panels.begin(), panels.end(),
+                                [](const WindowFacts& panel) { return panel.height > lineHeight; });
+        });
         if (run > 0) {
             costs.delay.push_back((took->time - begin - quietTime) * inMilliseconds);
             costs.cpu.push_back((costsOf(at.program->pid()).cpuSeconds - cpu) * inMilliseconds);
