@@ -65,15 +65,16 @@ std::vector<ConnectedDisplay> manyDisplays() {
 std::string snapshotText() {
     std::string ports;
     for (std::size_t id = 1; id <= displayCount; ++id) {
-        ports +=
-            std::string(id > 1 ? "," : "") + R"({"name":"USB-C )" + std::to_string(id) +
-            R"(","connectionActive":true,"transports":{"active":["CC","USB2","DisplayPort"]},"displays":[{"monitorName":"DELL U2723QE )" +
-            std::to_string(id) + R"(","lanes":4,"rate":"8.1 Gbps"}],"cable":{"speed":"USB4 Gen 3 (40 Gbps)",
-            "maxWatts" : 100, "vendorID" : 8334
-    },)"
-                 R"("powerSources":[{"name":"USB-PD","maxPowerW":96}],"devices":[{"name":"Hub","speed":"480 Mbps"}]})";
-}
-return R"({"ports":[)" + ports + "]}";
+        const std::string number = std::to_string(id);
+        ports += (id > 1 ? R"json(,{"name":"USB-C )json" : R"json({"name":"USB-C )json") + number;
+        ports += R"json(","connectionActive":true,"transports":{"active":["CC","USB2","DisplayPort"]},)json";
+        ports += R"json("displays":[{"monitorName":"DELL U2723QE )json" + number;
+        ports += R"json(","lanes":4,"rate":"8.1 Gbps"}],)json";
+        ports += R"json("cable":{"speed":"USB4 Gen 3 (40 Gbps)","maxWatts":100,"vendorID":8334},)json";
+        ports += R"json("powerSources":[{"name":"USB-PD","maxPowerW":96}],)json";
+        ports += R"json("devices":[{"name":"Hub","speed":"480 Mbps"}]})json";
+    }
+    return R"json({"ports":[)json" + ports + "]}";
 }
 
 // The product's own work in a pass whose helpers answer at once: rows, modes, answers, status, and the page as values.
@@ -175,7 +176,7 @@ void measureAll(const Plan& plan) {
         for (const auto& [name, value] : session.environment) {
             ::setenv(name.c_str(), value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): before there are threads
         }
-        const LinuxLog log;
+        LinuxLog log;
         SingleInstance instance(log);
         LinuxDesktop desktop({}, XConnection::open(), instance, log);
         table.addRow({"rendering and painting the page of displays, processor (ms)",
