@@ -1,6 +1,7 @@
 #include "desktops/linux/ImportedMenu.h"
 
 #include <QDataStream>
+#include <QIODevice>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
