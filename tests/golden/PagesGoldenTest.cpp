@@ -33,6 +33,10 @@ public:
         root_->layOut();
         showBoxes(*root_);
     }
+    // The content's surfaces know the ticker.
+    ~WindowCanvas() override { qDeleteAll(QObjectList(children())); }
+    WindowCanvas(const WindowCanvas&) = delete;
+    WindowCanvas& operator=(const WindowCanvas&) = delete;
 
     LayerTicker& ticker() const override { return ticker_; }
     const Pictures& pictures() const override { return pictures_; }
