@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Screens.h"
 #include "platform/StatusBar.h"
 #include "tests/contract/DesktopUnderTest.h"
 
