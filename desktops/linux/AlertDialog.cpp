@@ -128,8 +128,24 @@ void AlertDialog::presentOn(QWidget& window) {
     const QRect area = window.frameGeometry();
     const QSize size = sizeHint();
     move(area.left() + (area.width() - size.width()) / 2, area.top() + (area.height() - size.height()) / 3);
+    stayOnScreen();
+    // A question about a mode comes with the screen still changing.
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        connect(screen, &QScreen::geometryChanged, this, &AlertDialog::stayOnScreen);
+    }
     show();
     raise();
+}
+
+void AlertDialog::stayOnScreen() {
+    const QRect dialog(pos(), sizeHint());
+    const QScreen* under = QGuiApplication::screenAt(dialog.center());
+    const QRect area = (under ? under : QGuiApplication::primaryScreen())->availableGeometry();
+    const auto within = [](int place, int size, int from, int extent) {
+        return std::max(std::min(place, from + extent - size), from);
+    };
+    move(within(dialog.x(), dialog.width(), area.x(), area.width()),
+         within(dialog.y(), dialog.height(), area.y(), area.height()));
 }
 
 void AlertDialog::closeEvent(QCloseEvent* event) {

@@ -30,6 +30,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    // Where all of it can be reached, also when its window can't be.
+    void stayOnScreen();
     void choose(std::size_t button);
 
     std::function<void(std::size_t)> answer_;

@@ -4,6 +4,7 @@
 #include "desktops/macos/Panels.h"
 #include "desktops/macos/Pasteboards.h"
 #include "desktops/macos/PreviewPanel.h"
+#include "desktops/macos/RunLoop.h"
 #include "desktops/macos/Sounds.h"
 #include "desktops/macos/Workspace.h"
 
@@ -331,41 +332,67 @@ TEST_F(PreviewPanelTest, IsLeftWithoutDanglingReferences) {
 
 // Files
 
-class FileHandsTest : public fake::MacTest {};
+class FileHandsTest : public fake::MacTest {
+protected:
+    FileOperations::Done remember() {
+        return [this](const std::optional<FileFailure>& failure) { told_.push_back(failure); };
+    }
+    static void failWith(const std::string& selector, NSInteger code) {
+        fake::onCall(selector, [code](fake::Call& call) {
+            *call.pointer<NSError * __autoreleasing*>(2) =
+                [NSError errorWithDomain:NSCocoaErrorDomain code:code userInfo:@{NSLocalizedDescriptionKey : @"Why"}];
+            call.answer(false);
+        });
+    }
 
-TEST_F(FileHandsTest, ANamesakeIsToldFromOtherFailures) {
-    MacFileOperations files;
-    for (const auto& [selector, isCopy] :
-         std::map<std::string, bool>{{"-[NSFileManager moveItemAtURL:toURL:error:]", false},
-                                     {"-[NSFileManager copyItemAtURL:toURL:error:]", true}}) {
-        const auto run = [&, copies = isCopy] {
-            return copies ? files.copyItem("/a", "/b") : files.moveItem("/a", "/b");
-        };
-        fake::answer(selector, true);
-        EXPECT_FALSE(run());
-        for (const NSInteger code : {NSFileWriteFileExistsError, NSFileWriteOutOfSpaceError}) {
-            fake::onCall(selector, [code](fake::Call& call) {
-                NSError* error = [NSError errorWithDomain:NSCocoaErrorDomain
-                                                     code:code
-                                                 userInfo:@{NSLocalizedDescriptionKey : @"Why"}];
-                *call.pointer<NSError * __autoreleasing*>(2) = error;
-                call.answer(false);
-            });
-            const auto failure = run();
-            ASSERT_TRUE(failure);
-            EXPECT_EQ(failure->targetExists, code == NSFileWriteFileExistsError);
-        }
+    MacRunLoop loop_;
+    MacFileOperations files_{loop_};
+    std::vector<std::optional<FileFailure>> told_;
+};
+
+TEST_F(FileHandsTest, AMoveOnOneVolumeIsARenameThatTellsANamesakeFromOtherFailures) {
+    const std::string rename = "-[NSFileManager moveItemAtURL:toURL:error:]";
+    fake::answer(rename, true);
+    files_.moveItem("/a", "/b", remember());
+    ASSERT_EQ(told_.size(), 1U) << "at once";
+    EXPECT_FALSE(told_[0]);
+    for (const NSInteger code : {NSFileWriteFileExistsError, NSFileWriteOutOfSpaceError}) {
+        failWith(rename, code);
+        files_.moveItem("/a", "/b", remember());
+        ASSERT_TRUE(told_.back());
+        EXPECT_EQ(told_.back()->targetExists, code == NSFileWriteFileExistsError);
     }
 }
 
+TEST_F(FileHandsTest, ACopyIsMadeAsideInTheBackgroundAndToldInALaterTurn) {
+    fake::answer("-[NSFileManager URLForDirectory:inDomain:appropriateForURL:create:error:]",
+                 [NSURL fileURLWithPath:@"/aside"]);
+    fake::answer("-[NSFileManager copyItemAtURL:toURL:error:]", true);
+    fake::answer("-[NSFileManager contentsEqualAtPath:andPath:]", true);
+    failWith("-[NSFileManager moveItemAtURL:toURL:error:]", NSFileWriteFileExistsError);
+    files_.copyItem("/a", "/b", remember());
+    EXPECT_TRUE(told_.empty());
+    fake::advance(0);
+    ASSERT_EQ(told_.size(), 1U);
+    ASSERT_TRUE(told_[0]);
+    EXPECT_TRUE(told_[0]->targetExists);
+    EXPECT_TRUE(fake::calledInOrder(
+        {"-[NSFileManager copyItemAtURL:toURL:error:]", "-[NSFileManager contentsEqualAtPath:andPath:]",
+         "-[NSFileManager moveItemAtURL:toURL:error:]", "-[NSFileManager removeItemAtURL:error:]"}));
+    NSURL* removed = fake::lastCall("-[NSFileManager removeItemAtURL:error:]").object(0);
+    EXPECT_STREQ(removed.path.UTF8String, "/aside") << "and nothing of the user's";
+}
+
 TEST_F(FileHandsTest, TheTrashIsTheSystemsAndNeverADeletion) {
-    MacFileOperations files;
     fake::answer("-[NSFileManager trashItemAtURL:resultingItemURL:error:]", false);
-    EXPECT_TRUE(files.trashItem("/a b"));
+    files_.trashItem("/a b", remember());
+    ASSERT_EQ(told_.size(), 1U);
+    EXPECT_TRUE(told_[0]);
     NSURL* url = fake::lastCall("-[NSFileManager trashItemAtURL:resultingItemURL:error:]").object(0);
     EXPECT_STREQ(url.path.UTF8String, "/a b");
     fake::answer("-[NSFileManager trashItemAtURL:resultingItemURL:error:]", true);
-    EXPECT_FALSE(files.trashItem("/a b"));
+    files_.trashItem("/a b", remember());
+    EXPECT_FALSE(told_.back());
     EXPECT_FALSE(fake::called("-[NSFileManager removeItemAtURL:error:]"));
     EXPECT_FALSE(fake::called("-[NSFileManager removeItemAtPath:error:]"));
 }
