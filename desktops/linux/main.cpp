@@ -36,7 +36,7 @@ bool restoreScreenshotSettings(rb::Log& log) {
 // Copied pictures are large and short-lived on their way into the archive. The allocator would keep such blocks after
 // it has seen a few; with a fixed limit those above it go back to the system, and buffers of a frame still stay.
 void giveLargeBlocksBack() {
-    constexpr int limit = 1'572'864; // bytes
+    constexpr int limit = 1'572'864;  // bytes
     mallopt(M_MMAP_THRESHOLD, limit); // NOLINT(concurrency-mt-unsafe): before there are threads
 }
 
