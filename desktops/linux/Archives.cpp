@@ -3,6 +3,7 @@
 #include "desktops/linux/Folders.h"
 #include "desktops/linux/KeyedArchive.h"
 #include "desktops/linux/UniqueFd.h"
+#include "helpers/shared/WriteAll.h"
 #include "platform/Log.h"
 
 #include <array>
@@ -53,21 +54,6 @@ std::string setAside(int folder, const std::string& name) {
         }
     }
     return {};
-}
-
-bool writeAll(int fd, const char* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t count = ::write(fd, bytes, size);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return false;
-        }
-        bytes += count;
-        size -= static_cast<std::size_t>(count);
-    }
-    return true;
 }
 
 bool readAll(int fd, std::string& bytes) {
@@ -183,7 +169,7 @@ bool LinuxArchives::write(const std::string& path, const ArchiveClass& objectCla
             openat(folder.get(), fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privateFile));
         // Whatever the umask took away or left.
         written = encoded.bytes && file && fchmod(file.get(), privateFile) == 0 &&
-                  writeAll(file.get(), encoded.bytes.get(), encoded.size) && fsync(file.get()) == 0 &&
+                  writeAll(file.get(), {encoded.bytes.get(), encoded.size}) && fsync(file.get()) == 0 &&
                   renameat(folder.get(), fresh.c_str(), folder.get(), name.c_str()) == 0;
         if (!written) {
             complain("cannot write " + path + ": " + lastErrorText());

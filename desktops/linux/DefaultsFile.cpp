@@ -3,6 +3,7 @@
 #include "desktops/linux/DefaultsFormat.h"
 #include "desktops/linux/Folders.h"
 #include "desktops/linux/UniqueFd.h"
+#include "helpers/shared/WriteAll.h"
 #include "platform/Log.h"
 
 #include <array>
@@ -34,20 +35,6 @@ std::string utcNow() {
 
 bool isMine(const struct stat& status) {
     return status.st_uid == geteuid();
-}
-
-bool writeAll(int fd, const std::string& text) {
-    for (std::size_t written = 0; written < text.size();) {
-        const ssize_t count = ::write(fd, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return false;
-        }
-        written += static_cast<std::size_t>(count);
-    }
-    return true;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "desktops/linux/Folders.h"
 #include "desktops/linux/UniqueFd.h"
+#include "helpers/shared/WriteAll.h"
 #include "platform/Files.h"
 
 #include <cerrno>
@@ -16,20 +17,6 @@ namespace rb {
 namespace {
 
 constexpr off_t longestFile = off_t{1} << 20; // bytes
-
-bool writeAll(int file, const std::string& text) {
-    for (std::size_t written = 0; written < text.size();) {
-        const ssize_t count = ::write(file, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return false;
-        }
-        written += static_cast<std::size_t>(count);
-    }
-    return fsync(file) == 0;
-}
 
 // A complete copy beside the path, to be renamed; empty on failure, with errno set.
 std::string writeBeside(const std::string& path, const std::string& text, unsigned mode) {

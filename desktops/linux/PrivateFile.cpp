@@ -2,6 +2,7 @@
 
 #include "desktops/linux/Folders.h"
 #include "desktops/linux/UniqueFd.h"
+#include "helpers/shared/WriteAll.h"
 
 #include <array>
 #include <cerrno>
@@ -30,20 +31,6 @@ std::string freshName(const std::string& path) {
 
 std::string folderOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
-}
-
-bool writeAll(int fd, const std::string& text) {
-    for (std::size_t written = 0; written < text.size();) {
-        const ssize_t count = ::write(fd, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return false;
-        }
-        written += static_cast<std::size_t>(count);
-    }
-    return true;
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "desktops/linux/XConnection.h"
 #include "helpers/capture/Arguments.h"
 #include "helpers/capture/OwnProcess.h"
+#include "helpers/shared/WriteAll.h"
 
 #include <QCoreApplication>
 
@@ -31,20 +32,6 @@ constexpr double lastPieces = 0.5; // seconds
 // Whether the X server is still there.
 constexpr double lookInterval = 10; // seconds
 constexpr double lookTolerance = 5;
-
-bool writeAll(int fd, const std::string& bytes) {
-    for (std::size_t written = 0; written < bytes.size();) {
-        const ssize_t count = write(fd, bytes.data() + written, bytes.size() - written);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return false;
-        }
-        written += static_cast<std::size_t>(count);
-    }
-    return true;
-}
 
 SharedBytes readAll(int fd) {
     auto bytes = std::make_shared<Bytes>();

@@ -4,6 +4,7 @@
 #include "desktops/linux/Folders.h"
 #include "desktops/linux/UniqueFd.h"
 #include "helpers/capture/FileName.h"
+#include "helpers/shared/WriteAll.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -37,20 +38,6 @@ std::string reasonInWords(int error) {
     default:
         return lastErrorText();
     }
-}
-
-bool writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(fd, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 // The file before it has its final name.

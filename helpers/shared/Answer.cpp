@@ -1,5 +1,7 @@
 #include "helpers/shared/Answer.h"
 
+#include "helpers/shared/WriteAll.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <nlohmann/json.hpp>
@@ -17,19 +19,7 @@ void guardStandardDescriptors() {
 }
 
 bool sayLine(const std::string& json) {
-    const std::string line = json + "\n";
-    std::size_t written = 0;
-    while (written < line.size()) {
-        const ssize_t length = ::write(STDOUT_FILENO, line.data() + written, line.size() - written);
-        if (length < 0 && errno == EINTR) {
-            continue;
-        }
-        if (length <= 0) {
-            return false;
-        }
-        written += static_cast<std::size_t>(length);
-    }
-    return true;
+    return writeAll(STDOUT_FILENO, json + "\n");
 }
 
 std::string quoted(const std::string& text) {

@@ -2,6 +2,7 @@
 
 #include "helpers/linux/resolution/ModeChange.h"
 #include "helpers/linux/resolution/Server.h"
+#include "helpers/shared/WriteAll.h"
 
 #include <array>
 #include <cerrno>
@@ -25,21 +26,6 @@ using Json = nlohmann::json;
 
 constexpr std::size_t longestRecord = 65536;
 constexpr const char* prefix = "resolution-";
-
-bool writeAll(int file, const std::string& text) {
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t length = ::write(file, text.data() + written, text.size() - written);
-        if (length < 0 && errno == EINTR) {
-            continue;
-        }
-        if (length <= 0) {
-            return false;
-        }
-        written += static_cast<std::size_t>(length);
-    }
-    return true;
-}
 
 std::string absolute(const char* variable) {
     const char* value = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): single-threaded
