@@ -3,6 +3,7 @@
 // usage: rookbay-capture-costs [--quick]    fewer runs
 
 #include "benchmarks/ProcessCosts.h"
+#include "benchmarks/RunBenchmark.h"
 #include "benchmarks/Table.h"
 #include "tests/session/frame/EventLog.h"
 #include "tests/session/frame/Session.h"
@@ -208,18 +209,6 @@ void measureAll(const Plan& plan) {
 } // namespace rb
 
 int main(int argc, char** argv) {
-    rb::Plan plan;
-    if (argc == 2 && std::string(argv[1]) == "--quick") {
-        plan = {.flights = 3, .newFiles = 3, .files = 50'000, .settle = 3, .idle = 6};
-    } else if (argc != 1) {
-        std::fprintf(stderr, "usage: rookbay-capture-costs [--quick]\n");
-        return 2;
-    }
-    try {
-        rb::measureAll(plan);
-        return 0;
-    } catch (const std::exception& problem) {
-        std::fprintf(stderr, "%s\n", problem.what());
-        return 1;
-    }
+    const rb::Plan quick{.flights = 3, .newFiles = 3, .files = 50'000, .settle = 3, .idle = 6};
+    return rb::runBenchmark<rb::Plan>(argc, argv, "rookbay-capture-costs", {}, quick, rb::measureAll);
 }

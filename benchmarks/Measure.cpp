@@ -3,6 +3,7 @@
 // usage: rookbay-measure [--quick]    fewer and shorter runs
 
 #include "benchmarks/ProcessCosts.h"
+#include "benchmarks/RunBenchmark.h"
 #include "benchmarks/Table.h"
 #include "tests/session/frame/EventLog.h"
 #include "tests/session/frame/Session.h"
@@ -213,18 +214,6 @@ void measureAll(const Plan& plan) {
 } // namespace rb
 
 int main(int argc, char** argv) {
-    rb::Plan plan;
-    if (argc == 2 && std::string(argv[1]) == "--quick") {
-        plan = {.starts = 5, .idleRuns = 1, .settle = 3, .idle = 5, .presses = 5};
-    } else if (argc != 1) {
-        std::fprintf(stderr, "usage: rookbay-measure [--quick]\n");
-        return 2;
-    }
-    try {
-        rb::measureAll(plan);
-        return 0;
-    } catch (const std::exception& problem) {
-        std::fprintf(stderr, "%s\n", problem.what());
-        return 1;
-    }
+    const rb::Plan quick{.starts = 5, .idleRuns = 1, .settle = 3, .idle = 5, .presses = 5};
+    return rb::runBenchmark<rb::Plan>(argc, argv, "rookbay-measure", {}, quick, rb::measureAll);
 }

@@ -3,6 +3,7 @@
 // usage: rookbay-menu-bar [--quick]    fewer and shorter runs
 
 #include "benchmarks/ProcessCosts.h"
+#include "benchmarks/RunBenchmark.h"
 #include "benchmarks/Table.h"
 #include "tests/session/frame/Session.h"
 #include "tests/session/frame/Wait.h"
@@ -230,15 +231,6 @@ void measureAll(const Plan& plan) {
 } // namespace rb
 
 int main(int argc, char** argv) {
-    rb::Plan plan;
-    if (argc > 1 && std::strcmp(argv[1], "--quick") == 0) {
-        plan = {.starts = 4, .flips = 6, .idleRuns = 1, .idle = 10};
-    }
-    try {
-        rb::measureAll(plan);
-        return 0;
-    } catch (const std::exception& failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
-        return 1;
-    }
+    const rb::Plan quick{.starts = 4, .flips = 6, .idleRuns = 1, .idle = 10};
+    return rb::runBenchmark<rb::Plan>(argc, argv, "rookbay-menu-bar", {}, quick, rb::measureAll);
 }

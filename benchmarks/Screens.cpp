@@ -3,6 +3,7 @@
 // usage: rookbay-screens [--quick]
 
 #include "benchmarks/ProcessCosts.h"
+#include "benchmarks/RunBenchmark.h"
 #include "benchmarks/Table.h"
 #include "desktops/linux/Desktop.h"
 #include "desktops/linux/Log.h"
@@ -213,18 +214,6 @@ void measureAll(const Plan& plan) {
 } // namespace rb
 
 int main(int argc, char** argv) {
-    rb::Plan plan;
-    if (argc == 2 && std::string(argv[1]) == "--quick") {
-        plan = {.runs = 10, .settle = 3, .idle = 5};
-    } else if (argc != 1) {
-        std::fprintf(stderr, "usage: rookbay-screens [--quick]\n");
-        return 2;
-    }
-    try {
-        rb::measureAll(plan);
-        return 0;
-    } catch (const std::exception& problem) {
-        std::fprintf(stderr, "%s\n", problem.what());
-        return 1;
-    }
+    const rb::Plan quick{.runs = 10, .settle = 3, .idle = 5};
+    return rb::runBenchmark<rb::Plan>(argc, argv, "rookbay-screens", {}, quick, rb::measureAll);
 }
