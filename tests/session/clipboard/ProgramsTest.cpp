@@ -138,8 +138,13 @@ TEST_F(ClipboardProgramsTest, AFileManagersFilesLandOnceAndPasteInAnother) {
     EXPECT_EQ(items().size(), 2U);
 }
 
-TEST_F(ClipboardProgramsTest, AtQuitAClipboardManagerKeepsWhatWasChosen) {
-    session().start({"xfsettingsd"});
+// Runs for each of the clipboard managers that answer.
+class ClipboardManagerTest : public ClipboardProgramsTest, public testing::WithParamInterface<const char*> {};
+INSTANTIATE_TEST_SUITE_P(, ClipboardManagerTest, testing::Values("xfsettingsd", "mate-settings-daemon"),
+                         [](const auto& named) { return named.index == 0 ? "Xfce" : "Mate"; });
+
+TEST_P(ClipboardManagerTest, AtQuitItKeepsWhatWasChosen) {
+    session().start({GetParam()});
     ASSERT_TRUE(waitUntil([&] { return x().selectionOwner("CLIPBOARD_MANAGER") != XCB_WINDOW_NONE; }, 30));
     const std::string picture = largePicture();
     const std::string path = file("a file.txt", "");
