@@ -76,7 +76,7 @@ QImage cachedThumbnail(const QString& path, int pixels) {
             continue;
         }
         // The reader's own texts end at the first colon, and the key has two.
-        const QImage cached(thumbnailFolder(QString::fromLatin1(folder.name)).filePath(thumbnailName(path)), "png");
+        QImage cached(thumbnailFolder(QString::fromLatin1(folder.name)).filePath(thumbnailName(path)), "png");
         if (cached.text(QStringLiteral("Thumb::MTime")) == modificationTime(path)) {
             return cached;
         }
