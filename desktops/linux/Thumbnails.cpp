@@ -235,18 +235,50 @@ Image LinuxThumbnails::iconForFile(const std::string& path, double side) {
                                          Size{side, side});
 }
 
+bool LinuxThumbnails::canDecode(const std::string& path) {
+    QImageReader reader(QString::fromStdString(path));
+    reader.setDecideFormatFromContent(true);
+    if (!reader.canRead()) {
+        return false;
+    }
+    // Of other kinds so large a picture has no thumbnail either, and some don't tell their size without being decoded.
+    const QSize size = reader.format() == "jpeg" ? reader.size() : QSize();
+    return qint64{size.width()} * size.height() <= mostPixels;
+}
+
+namespace {
+
 // As Qt counts: the compression that takes a fifth of the usual one's time, for a file a little larger.
 constexpr int quickPng = 88;
 
-SharedBytes LinuxThumbnails::pngData(const std::string& path) {
-    QImageReader reader(QString::fromStdString(path));
+// Takes nothing more once nobody wants it, which ends the encoding.
+class UnlessGivenUp final : public QBuffer {
+public:
+    UnlessGivenUp(QByteArray& bytes, const std::atomic<bool>& givenUp)
+        : QBuffer(&bytes)
+        , givenUp_(givenUp) {}
+
+protected:
+    qint64 writeData(const char* data, qint64 size) override { return givenUp_ ? -1 : QBuffer::writeData(data, size); }
+
+private:
+    const std::atomic<bool>& givenUp_;
+};
+
+} // namespace
+
+SharedBytes LinuxThumbnails::pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) {
+    QByteArray bytes =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()));
+    QBuffer source(&bytes);
+    QImageReader reader(&source);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    const QImage picture = qint64{size.width()} * size.height() > mostPixels ? QImage() : reader.read();
+    const QImage picture = givenUp || qint64{size.width()} * size.height() > mostPixels ? QImage() : reader.read();
     QByteArray png;
-    QBuffer buffer(&png);
-    if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG", quickPng)) {
+    UnlessGivenUp target(png, givenUp);
+    if (givenUp || picture.isNull() || !target.open(QIODevice::WriteOnly) || !picture.save(&target, "PNG", quickPng)) {
         return nullptr;
     }
     return std::make_shared<const Bytes>(png.begin(), png.end());
