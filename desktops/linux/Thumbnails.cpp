@@ -209,30 +209,38 @@ std::shared_ptr<const Bitmap> LinuxThumbnails::imageThumb(const std::string& pat
     return std::make_shared<LinuxBitmap>(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
 }
 
-namespace {
-
-QImage iconImage(const std::string& path, int pixels) {
+// One picture for all files of a kind: what was made of it once (shadows, halvings) serves all of them.
+Image LinuxThumbnails::iconOf(const std::string& path, int pixels, Size points) {
+    constexpr std::size_t mostIcons = 64;
     const QFileInfo info(QString::fromStdString(path));
     const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
-    const QIcon icon = iconFromTheme(type.iconName(), type.genericIconName());
-    QImage image = icon.pixmap(QSize(pixels, pixels), 1.0).toImage();
-    if (!image.isNull()) {
-        return image;
+    const QStringList kind{QIcon::themeName(),      type.iconName(),
+                           type.genericIconName(),  info.isDir() ? QStringLiteral("/") : info.suffix(),
+                           QString::number(pixels), QString::number(points.width)};
+    if (const auto known = icons_.find(kind); known != icons_.end()) {
+        return known->second;
     }
-    return info.isDir() ? plainFolder() : plainDocument(info.suffix());
+    QImage image = iconFromTheme(type.iconName(), type.genericIconName()).pixmap(QSize(pixels, pixels), 1.0).toImage();
+    if (image.isNull()) {
+        image = info.isDir() ? plainFolder() : plainDocument(info.suffix());
+    }
+    if (points.width > 0) {
+        image = image.scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
+    auto icon = points.width > 0 ? std::make_shared<LinuxBitmap>(image, points) : std::make_shared<LinuxBitmap>(image);
+    if (icons_.size() >= mostIcons) {
+        icons_.clear();
+    }
+    icons_.emplace(kind, icon);
+    return icon;
 }
 
-} // namespace
-
 Image LinuxThumbnails::iconForFile(const std::string& path) {
-    return std::make_shared<LinuxBitmap>(iconImage(path, iconPixels));
+    return iconOf(path, iconPixels, {});
 }
 
 Image LinuxThumbnails::iconForFile(const std::string& path, double side) {
-    const int pixels = static_cast<int>(side * menuScale);
-    const QImage image = iconImage(path, pixels);
-    return std::make_shared<LinuxBitmap>(image.scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation),
-                                         Size{side, side});
+    return iconOf(path, static_cast<int>(side * menuScale), {side, side});
 }
 
 bool LinuxThumbnails::canDecode(const std::string& path) {

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <map>
 #include <memory>
@@ -36,10 +37,12 @@ private:
     using Answer = std::function<void(std::shared_ptr<const Bitmap>)>;
     struct Request;
 
+    Image iconOf(const std::string& path, int pixels, Size points);
     void answerFrom(unsigned long number, const QString& picture);
     void thumbnailerEnded(unsigned long number, bool succeeded);
     void runThumbnailer(unsigned long number, const QString& path, int pixels);
 
+    std::map<QStringList, Image> icons_; // by theme, kind of file and size
     std::map<unsigned long, std::unique_ptr<Request>> requests_;
     unsigned long next_ = 0;
     QObject receiver_; // its connections end with it
