@@ -3,6 +3,7 @@
 #include "platform/Handle.h"
 #include "platform/Thumbnails.h"
 
+#include <QImage>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -38,7 +39,7 @@ private:
     struct Request;
 
     Image iconOf(const std::string& path, int pixels, Size points);
-    void answerFrom(unsigned long number, const QString& picture);
+    void answerWith(unsigned long number, QImage picture);
     void thumbnailerEnded(unsigned long number, bool succeeded);
     void runThumbnailer(unsigned long number, const QString& path, int pixels);
 

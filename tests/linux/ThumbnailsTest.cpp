@@ -1,81 +1,67 @@
 #include "desktops/linux/Thumbnails.h"
-
 #include "tests/linux/LinuxFixture.h"
+#include "tests/linux/Variable.h"
 
-#include <QBuffer>
 #include <QImage>
 
-#include <atomic>
+#include <filesystem>
 
 namespace rb {
 
 namespace {
 
-// Pictures of files, as far as they need no screen.
-class PictureTest : public testing::Test {
+namespace fs = std::filesystem;
+
+// A cache of its own and a thumbnailer that notes what it is asked for.
+class ThumbnailsTest : public EventLoopFixture {
 protected:
-    static QImage photo() {
-        QImage image(300, 200, QImage::Format_RGB32);
-        for (int y = 0; y < image.height(); ++y) {
-            for (int column = 0; column < image.width(); ++column) {
-                image.setPixel(column, y, qRgb(column % 256, y, (column * y) % 256));
-            }
-        }
-        return image;
+    ThumbnailsTest() {
+        fs::create_directories(folder_ / "data/thumbnailers");
+        QImage picture(1024, 512, QImage::Format_RGB32);
+        picture.fill(Qt::blue);
+        EXPECT_TRUE(picture.save(QString::fromStdString(folder_ / "page.png")));
+        writeProgram(folder_ / "render", "printf '%s %s\\n' \"$1\" \"$2\" >>" + (folder_ / "calls") + "; cp " +
+                                             (folder_ / "page.png") + " \"$3\"");
+        writeText(folder_ / "data/thumbnailers/own.thumbnailer",
+                  "[Thumbnailer Entry]\nExec=" + (folder_ / "render") + " %s %i %o\nMimeType=text/plain;\n");
+        writeText(file_, "text");
     }
-    static SharedBytes encoded(const QImage& image, const char* format) {
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        EXPECT_TRUE(buffer.open(QIODevice::WriteOnly) && image.save(&buffer, format));
-        return std::make_shared<const Bytes>(bytes.begin(), bytes.end());
+    // The longest side of what comes; 0 for nothing.
+    double sideOf(double points) {
+        double side = 0;
+        const Handle request = thumbnails_.requestDocumentThumbnail(
+            file_, {points, points}, 2, [&](const std::shared_ptr<const Bitmap>& picture) {
+                side = std::max(picture->pixelSize().width, picture->pixelSize().height);
+            });
+        EXPECT_TRUE(until([&] { return side > 0; })) << points;
+        return side;
     }
-    std::string file(const std::string& name, const SharedBytes& bytes, std::size_t most = SIZE_MAX) {
-        std::ofstream(folder_ / name, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes->data()),
-                   static_cast<std::streamsize>(std::min(most, bytes->size())));
-        return folder_ / name;
+    std::string calls() { return readText(folder_ / "calls"); }
+    std::size_t kept(const std::string& size) {
+        const fs::path cached = folder_ / "cache/thumbnails/" + size;
+        return fs::exists(cached) ? static_cast<std::size_t>(std::distance(fs::directory_iterator(cached), {})) : 0;
     }
 
     TemporaryFolder folder_;
+    Variable cache_{"XDG_CACHE_HOME", folder_ / "cache"};
+    Variable data_{"XDG_DATA_HOME", folder_ / "data"};
+    std::string file_ = folder_ / "50%o of %s, %u and %%i.txt";
     LinuxThumbnails thumbnails_;
-    const std::atomic<bool> wanted_ = false;
 };
 
-TEST_F(PictureTest, AFilesPictureComesWholeAsPng) {
-    for (const char* format : {"JPG", "BMP", "PNG"}) {
-        const SharedBytes bytes = encoded(photo(), format);
-        const SharedBytes png = thumbnails_.pngData(bytes, wanted_);
-        ASSERT_TRUE(png) << format;
-        const QImage made = QImage::fromData(png->data(), static_cast<int>(png->size()), "PNG");
-        EXPECT_EQ(made,
-                  QImage::fromData(bytes->data(), static_cast<int>(bytes->size())).convertToFormat(made.format()));
-    }
-    const SharedBytes text = std::make_shared<const Bytes>(Bytes{'t', 'e', 'x', 't'});
-    EXPECT_EQ(thumbnails_.pngData(text, wanted_), nullptr);
-    EXPECT_EQ(thumbnails_.pngData(std::make_shared<const Bytes>(), wanted_), nullptr);
-}
-
-TEST_F(PictureTest, WhatNobodyWantsIsNotFinished) {
-    const std::atomic<bool> givenUp = true;
-    EXPECT_EQ(thumbnails_.pngData(encoded(photo(), "JPG"), givenUp), nullptr);
-}
-
-TEST_F(PictureTest, TheBeginningTellsWhetherAFileIsAPicture) {
-    const SharedBytes jpeg = encoded(photo(), "JPG");
-    EXPECT_TRUE(thumbnails_.canDecode(file("a.jpg", jpeg)));
-    EXPECT_TRUE(thumbnails_.canDecode(file("wrong ending.txt", encoded(photo(), "BMP"))));
-    EXPECT_TRUE(thumbnails_.canDecode(file("cut.jpg", jpeg, jpeg->size() / 2))) << "only decoding would tell";
-    EXPECT_FALSE(thumbnails_.canDecode(file("text.jpg", std::make_shared<const Bytes>(Bytes{'n', 'o'}))));
-    EXPECT_FALSE(thumbnails_.canDecode(file("empty.png", std::make_shared<const Bytes>())));
-    EXPECT_FALSE(thumbnails_.canDecode(folder_ / "missing.png"));
-    // Its header says 60,000 by 60,000 pixels.
-    Bytes huge = *jpeg;
-    const Bytes frame{0xFF, 0xC0, 0x00, 0x11, 0x08};
-    const auto header = std::search(huge.begin(), huge.end(), frame.begin(), frame.end());
-    ASSERT_NE(header, huge.end());
-    std::fill_n(header + static_cast<std::ptrdiff_t>(frame.size()), 4, std::uint8_t{0xEA});
-    EXPECT_FALSE(thumbnails_.canDecode(file("huge.jpg", std::make_shared<const Bytes>(huge))));
-    EXPECT_EQ(thumbnails_.pngData(std::make_shared<const Bytes>(huge), wanted_), nullptr);
+TEST_F(ThumbnailsTest, ACardsSmallPictureIsNotTakenForALargeOne) {
+    EXPECT_EQ(sideOf(100), 200);
+    EXPECT_EQ(calls(), "256 " + file_ + "\n") << "the name is the file's, whatever signs are in it";
+    EXPECT_EQ(kept("normal"), 0U);
+    EXPECT_EQ(kept("large"), 1U);
+    EXPECT_EQ(sideOf(100), 200);
+    EXPECT_EQ(calls(), "256 " + file_ + "\n") << "kept";
+    EXPECT_EQ(sideOf(450), 900);
+    EXPECT_EQ(calls(), "256 " + file_ + "\n1024 " + file_ + "\n");
+    EXPECT_EQ(kept("xx-large"), 1U);
+    EXPECT_EQ(sideOf(200), 400) << "a larger one serves";
+    EXPECT_EQ(calls(), "256 " + file_ + "\n1024 " + file_ + "\n");
+    EXPECT_EQ(fs::status(folder_ / "cache/thumbnails").permissions() & fs::perms::all, fs::perms::owner_all);
 }
 
 } // namespace
