@@ -37,8 +37,11 @@ RBClipItem RBClipItem::ofText(std::string text, double date) {
     return {Content{.kind = Text, .text = std::move(text)}, date};
 }
 
-RBClipItem RBClipItem::ofImage(SharedBytes imageData, std::string imageType, double date) {
-    return {Content{.kind = Picture, .imageData = std::move(imageData), .imageType = std::move(imageType)}, date};
+RBClipItem RBClipItem::ofImage(const SharedBytes& imageData, std::string imageType, double date) {
+    return {Content{.kind = Picture,
+                    .imageData = std::make_shared<const Blob>(imageData),
+                    .imageType = std::move(imageType)},
+            date};
 }
 
 RBClipItem RBClipItem::ofFiles(std::vector<std::string> paths, double date) {
@@ -67,7 +70,7 @@ ArchiveObject RBClipItem::encode() const {
 
 RBClipItem RBClipItem::decode(const ArchiveObject& archived, double now) {
     const auto* when = valueOf<ArchiveDate>(archived, "date");
-    const auto* image = valueOf<SharedBytes>(archived, "imageData");
+    const auto* image = valueOf<SharedBlob>(archived, "imageData");
     return {Content{.kind = optionalOf<std::int64_t>(archived, "kind").value_or(Text),
                     .text = optionalOf<std::string>(archived, "text"),
                     .imageData = image ? *image : nullptr,
@@ -81,7 +84,7 @@ bool RBClipItem::isValid() const {
     case Text:
         return content_->text && !content_->text->empty();
     case Picture:
-        return content_->imageData && !content_->imageData->empty() && content_->imageType &&
+        return content_->imageData && content_->imageData->size() > 0 && content_->imageType &&
                !content_->imageType->empty();
     case Files:
         return content_->paths && !content_->paths->empty();
@@ -99,7 +102,8 @@ bool RBClipItem::sameContentAs(const RBClipItem& other) const {
         return content_->text == other.content_->text;
     case Picture:
         return content_->imageData == other.content_->imageData ||
-               (content_->imageData && other.content_->imageData && *content_->imageData == *other.content_->imageData);
+               (content_->imageData && other.content_->imageData &&
+                content_->imageData->sameAs(*other.content_->imageData));
     case Files:
         return content_->paths == other.content_->paths;
     default:

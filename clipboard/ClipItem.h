@@ -3,7 +3,7 @@
 #include "motion/Geometry.h"
 #include "motion/Image.h"
 #include "platform/Archives.h"
-#include "platform/Bytes.h"
+#include "platform/Blob.h"
 
 #include <cstdint>
 #include <memory>
@@ -21,7 +21,7 @@ public:
 
     static RBClipItem ofText(std::string text, double date);
     // `imageType` is the pasteboard type that the bytes came from.
-    static RBClipItem ofImage(SharedBytes imageData, std::string imageType, double date);
+    static RBClipItem ofImage(const SharedBytes& imageData, std::string imageType, double date);
     static RBClipItem ofFiles(std::vector<std::string> paths, double date);
 
     // How entries are archived.
@@ -33,7 +33,8 @@ public:
 
     std::int64_t kind() const { return content_->kind; }
     const std::optional<std::string>& text() const { return content_->text; }
-    const SharedBytes& imageData() const { return content_->imageData; } // null for none
+    // Null for none. In memory until an archive has it.
+    const SharedBlob& imageData() const { return content_->imageData; }
     const std::optional<std::string>& imageType() const { return content_->imageType; }
     const std::optional<std::vector<std::string>>& paths() const { return content_->paths; }
 
@@ -54,7 +55,7 @@ private:
     struct Content {
         std::int64_t kind = Text;
         std::optional<std::string> text = {};
-        SharedBytes imageData = {};
+        SharedBlob imageData = {};
         std::optional<std::string> imageType = {};
         std::optional<std::vector<std::string>> paths = {};
         std::size_t textLength = 0;

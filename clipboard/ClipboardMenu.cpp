@@ -83,6 +83,12 @@ std::string toolTipFor(const RBClipItem& item) {
     return {};
 }
 
+// Nothing for what can't be read or decoded. Any thread.
+DecodedPicture decodedThumb(Thumbnails& thumbnails, const SharedBlob& data) {
+    const SharedBytes bytes = data ? data->bytes() : nullptr;
+    return bytes ? thumbnails.squareThumb(bytes, imageSide, imageCornerRadius) : DecodedPicture();
+}
+
 } // namespace
 
 // Not when it is copied: most pictures are pasted elsewhere long before anyone looks for them here.
@@ -92,20 +98,20 @@ void RBClipboardHistory::prepareMenu() {
             !std::holds_alternative<std::monostate>(item->thumbnail)) {
             continue;
         }
-        desktop_.runLoop.background(
-            QualityOfService::UserInitiated, [&thumbnails = desktop_.thumbnails, &loop = desktop_.runLoop,
-                                              data = item->imageData(), weak = std::weak_ptr(item)] {
-                if (weak.expired()) {
-                    return;
-                }
-                loop.post([weak, decoded = thumbnails.squareThumb(data, imageSide, imageCornerRadius)] {
-                    const auto entry = weak.lock();
-                    if (entry && std::holds_alternative<std::monostate>(entry->thumbnail)) {
-                        entry->pixelSize = decoded.pixelSize;
-                        entry->thumbnail = decoded.thumbnail;
-                    }
-                });
-            });
+        desktop_.runLoop.background(QualityOfService::UserInitiated,
+                                    [&thumbnails = desktop_.thumbnails, &loop = desktop_.runLoop,
+                                     data = item->imageData(), weak = std::weak_ptr(item)] {
+                                        if (weak.expired()) {
+                                            return;
+                                        }
+                                        loop.post([weak, decoded = decodedThumb(thumbnails, data)] {
+                                            const auto entry = weak.lock();
+                                            if (entry && std::holds_alternative<std::monostate>(entry->thumbnail)) {
+                                                entry->pixelSize = decoded.pixelSize;
+                                                entry->thumbnail = decoded.thumbnail;
+                                            }
+                                        });
+                                    });
     }
 }
 
@@ -149,7 +155,7 @@ const Image& RBClipboardHistory::thumbnailFor(RBClipItem& item) const {
         return item.thumbnail;
     }
     if (item.kind() == RBClipItem::Picture) {
-        DecodedPicture decoded = desktop_.thumbnails.squareThumb(item.imageData(), imageSide, imageCornerRadius);
+        DecodedPicture decoded = decodedThumb(desktop_.thumbnails, item.imageData());
         item.pixelSize = decoded.pixelSize;
         item.thumbnail = std::move(decoded.thumbnail);
     } else if (item.kind() == RBClipItem::Files && item.paths() && !item.paths()->empty()) {
@@ -207,8 +213,10 @@ bool RBClipboardHistory::writeToPasteboard(const RBClipItem& item) {
         std::erase_if(present.paths, [this](const auto& path) { return !desktop_.files.facts(path).exists; });
         return !present.paths.empty() && pasteboard_.write(std::move(present));
     }
-    case RBClipItem::Picture:
-        return pasteboard_.write(PasteboardData{item.imageType().value_or(""), item.imageData()});
+    case RBClipItem::Picture: {
+        SharedBytes data = item.imageData() ? item.imageData()->bytes() : nullptr;
+        return data && pasteboard_.write(PasteboardData{item.imageType().value_or(""), std::move(data)});
+    }
     default:
         return pasteboard_.write(item.text().value_or(""));
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "platform/Blob.h"
 
 #include <cstdint>
 #include <map>
@@ -18,7 +18,7 @@ struct ArchiveDate {
 };
 // No value, an integer, a text (UTF-8), data, texts, or a date.
 using ArchiveValue =
-    std::variant<std::monostate, std::int64_t, std::string, SharedBytes, std::vector<std::string>, ArchiveDate>;
+    std::variant<std::monostate, std::int64_t, std::string, SharedBlob, std::vector<std::string>, ArchiveDate>;
 using ArchiveObject = std::map<std::string, ArchiveValue>;
 
 enum class ArchiveKind { Integer, String, Data, Strings, Date };
@@ -42,8 +42,8 @@ public:
     // the file isn't there or isn't such an archive. Main thread only.
     virtual std::optional<std::vector<ArchiveObject>> read(const std::string& path,
                                                            const ArchiveClass& objectClass) = 0;
-    // Replaces the file as a whole, readable for the user alone. False leaves the old one. Any thread, one write of a
-    // path at a time.
+    // Replaces the file as a whole, readable for the user alone. False leaves the old one. Data may rest in the file
+    // from then on. Any thread, one write of a path at a time.
     virtual bool write(const std::string& path, const ArchiveClass& objectClass,
                        const std::vector<ArchiveObject>& objects) = 0;
 };

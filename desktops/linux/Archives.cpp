@@ -1,17 +1,20 @@
 #include "desktops/linux/Archives.h"
 
+#include "desktops/linux/ArchiveFile.h"
 #include "desktops/linux/Folders.h"
 #include "desktops/linux/KeyedArchive.h"
 #include "desktops/linux/UniqueFd.h"
 #include "helpers/shared/WriteAll.h"
 #include "platform/Log.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
-#include <malloc.h>
+#include <iterator>
+#include <memory>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -56,20 +59,52 @@ std::string setAside(int folder, const std::string& name) {
     return {};
 }
 
-bool readAll(int fd, std::string& bytes) {
-    std::size_t filled = 0;
-    while (filled < bytes.size()) {
-        const ssize_t count = ::read(fd, bytes.data() + filled, bytes.size() - filled);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            bytes.resize(filled);
-            return count == 0;
-        }
-        filled += static_cast<std::size_t>(count);
+// Those whose data, if they have some, can still be read.
+std::vector<ArchiveObject> readableOf(const std::vector<ArchiveObject>& objects) {
+    std::vector<ArchiveObject> readable;
+    readable.reserve(objects.size());
+    std::copy_if(objects.begin(), objects.end(), std::back_inserter(readable), [](const ArchiveObject& object) {
+        return std::all_of(object.begin(), object.end(), [](const auto& entry) {
+            const auto* data = std::get_if<SharedBlob>(&entry.second);
+            const auto place = data != nullptr && *data ? (*data)->place() : std::nullopt;
+            const auto* file = place ? dynamic_cast<const ArchiveFile*>(place->store.get()) : nullptr;
+            return file == nullptr || file->isUnchanged();
+        });
+    });
+    return readable;
+}
+
+bool writeBlob(int target, const Blob& data) {
+    const auto place = data.place();
+    if (const auto* file = place ? dynamic_cast<const ArchiveFile*>(place->store.get()) : nullptr) {
+        return file->copyTo(target, place->offset, data.size());
     }
-    return true;
+    const SharedBytes bytes = data.bytes();
+    if (!bytes) {
+        errno = EIO;
+        return false;
+    }
+    return writeAll(target, {reinterpret_cast<const char*>(bytes->data()), bytes->size()});
+}
+
+bool writePieces(int target, const EncodedArchive& archive) {
+    for (std::size_t index = 0; index < archive.texts.size(); ++index) {
+        if (!writeAll(target, archive.texts[index]) ||
+            (index < archive.data.size() && !writeBlob(target, *archive.data[index]))) {
+            return false;
+        }
+    }
+    return !archive.texts.empty();
+}
+
+// From now on the data are in this file, of which the archive is the whole.
+void moveData(const EncodedArchive& archive, const std::shared_ptr<const ArchiveFile>& file) {
+    std::uint64_t offset = 0;
+    for (std::size_t index = 0; index < archive.data.size(); ++index) {
+        offset += archive.texts[index].size();
+        archive.data[index]->moveTo({file, offset});
+        offset += archive.data[index]->size();
+    }
 }
 
 } // namespace
@@ -112,7 +147,7 @@ std::optional<std::vector<ArchiveObject>> LinuxArchives::read(const std::string&
     }
     const std::string name = nameIn(path);
     // Neither a link nor a pipe that waits for a writer.
-    const UniqueFd file(openat(folder.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    UniqueFd file(openat(folder.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!file || fstat(file.get(), &status) != 0) {
         if (errno != ENOENT) {
             giveUp("cannot read " + path + ": " + lastErrorText());
@@ -125,14 +160,8 @@ std::optional<std::vector<ArchiveObject>> LinuxArchives::read(const std::string&
     }
     DecodedArchive decoded{.objects = std::nullopt, .fault = "too large"};
     if (status.st_size <= largestArchive) {
-        std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
-        if (!readAll(file.get(), bytes)) {
-            giveUp("cannot read " + path + ": " + lastErrorText());
-            return std::nullopt;
-        }
-        decoded = decodeArchive(objectClass, bytes);
+        decoded = decodeArchive(objectClass, std::make_shared<const ArchiveFile>(std::move(file)));
     }
-    malloc_trim(0); // the library's copy of everything
     if (!decoded.objects) {
         const std::string other = setAside(folder.get(), name);
         if (other.empty()) {
@@ -159,28 +188,30 @@ bool LinuxArchives::write(const std::string& path, const ArchiveClass& objectCla
         complain(path + " is not a file of our own and isn't replaced");
         return false;
     }
-    bool written = false;
-    {
-        const EncodedArchive encoded = encodeArchive(objectClass, objects);
-        // One name only, so that nothing piles up when the machine stops in the middle again and again.
-        const std::string fresh = name + ".new";
-        unlinkat(folder.get(), fresh.c_str(), 0);
-        const UniqueFd file(
-            openat(folder.get(), fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privateFile));
-        // Whatever the umask took away or left.
-        written = encoded.bytes && file && fchmod(file.get(), privateFile) == 0 &&
-                  writeAll(file.get(), {encoded.bytes.get(), encoded.size}) && fsync(file.get()) == 0 &&
-                  renameat(folder.get(), fresh.c_str(), folder.get(), name.c_str()) == 0;
-        if (!written) {
-            complain("cannot write " + path + ": " + lastErrorText());
-            if (file) {
-                unlinkat(folder.get(), fresh.c_str(), 0);
-            }
-        }
+    const std::vector<ArchiveObject> readable = readableOf(objects);
+    if (readable.size() < objects.size()) {
+        complain("somebody has written into " + path + "; " + std::to_string(objects.size() - readable.size()) +
+                 " records that were there are lost");
     }
+    const EncodedArchive encoded = encodeArchive(objectClass, readable);
+    // One name only, so that nothing piles up when the machine stops in the middle again and again.
+    const std::string fresh = name + ".new";
+    unlinkat(folder.get(), fresh.c_str(), 0);
+    UniqueFd file(openat(folder.get(), fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privateFile));
+    // Whatever the umask took away or left.
+    const bool written = file && fchmod(file.get(), privateFile) == 0 && writePieces(file.get(), encoded) &&
+                         fsync(file.get()) == 0 &&
+                         renameat(folder.get(), fresh.c_str(), folder.get(), name.c_str()) == 0;
+    if (!written) {
+        complain("cannot write " + path + ": " + lastErrorText());
+        if (file) {
+            unlinkat(folder.get(), fresh.c_str(), 0);
+        }
+        return false;
+    }
+    moveData(encoded, std::make_shared<const ArchiveFile>(std::move(file)));
     fsync(folder.get());
-    malloc_trim(0);
-    return written;
+    return true;
 }
 
 } // namespace rb

@@ -12,7 +12,8 @@ class Log;
 
 // Archives in the program's data folder. A file is replaced as a whole, so that at any instant the old or the new one
 // is there; one that can't be understood is set aside under another name; one that isn't ours to read or to replace (a
-// link, a pipe, someone else's) is left alone, and what would go into it stays in memory.
+// link, a pipe, someone else's) is left alone, and what would go into it stays in memory. Data rest in the file and are
+// read from there when they are wanted.
 class LinuxArchives final : public Archives {
 public:
     // The log outlives it.

@@ -1,5 +1,6 @@
 #include "desktops/linux/KeyedArchive.h"
 
+#include "desktops/linux/PlistData.h"
 #include "desktops/linux/PlistGuard.h"
 #include "desktops/linux/Utf8.h"
 
@@ -37,7 +38,7 @@ bool isStorable(const ArchiveObject& object) {
     });
 }
 
-// Builds the list of objects. The first one stands for no object.
+// Builds the list of objects, with marks in place of data. The first one stands for no object.
 class Writer {
 public:
     explicit Writer(const ArchiveClass& objectClass)
@@ -63,6 +64,9 @@ public:
         plist_dict_set_item(whole, "$objects", objects_);
         return whole;
     }
+
+    // By the numbers of their marks.
+    std::vector<SharedBlob> takeData() { return std::move(data_); }
 
 private:
     std::uint64_t add(plist_t object) {
@@ -106,8 +110,10 @@ private:
         if (const auto* text = std::get_if<std::string>(&value)) {
             return addText(*text);
         }
-        if (const auto* data = std::get_if<SharedBytes>(&value); data && *data) {
-            return add(plist_new_data(reinterpret_cast<const char*>((*data)->data()), (*data)->size()));
+        if (const auto* data = std::get_if<SharedBlob>(&value); data && *data) {
+            const std::string mark = plistMark(data_.size());
+            data_.push_back(*data);
+            return add(plist_new_data(mark.data(), mark.size()));
         }
         if (const auto* texts = std::get_if<std::vector<std::string>>(&value)) {
             const std::uint64_t number = addArray();
@@ -146,6 +152,7 @@ private:
     std::map<std::string, std::uint64_t> classes_;
     std::map<std::string, std::uint64_t> texts_;
     std::map<std::uint64_t, plist_t> arrays_; // still to be filled
+    std::vector<SharedBlob> data_;
 };
 
 bool is(plist_t node, plist_type type) {
@@ -164,9 +171,10 @@ std::optional<std::string> textOf(plist_t node) {
 
 class Reader {
 public:
-    Reader(const ArchiveClass& objectClass, plist_t archive)
+    Reader(const ArchiveClass& objectClass, plist_t archive, const std::vector<SharedBlob>& data)
         : objectClass_(objectClass)
-        , archive_(archive) {}
+        , archive_(archive)
+        , data_(data) {}
 
     DecodedArchive decode() {
         plist_t objects = is(archive_, PLIST_DICT) ? plist_dict_get_item(archive_, "$objects") : nullptr;
@@ -247,19 +255,16 @@ private:
         textBytes_ += text ? text->size() : 0;
         return textBytes_ <= mostTextBytes ? text : std::nullopt;
     }
-    std::optional<SharedBytes> data(plist_t object) {
+    // Kept once, however many objects share it.
+    std::optional<SharedBlob> data(plist_t object) const {
         plist_t node = unwrapped(object, "NSData", "NS.data");
         if (!is(node, PLIST_DATA)) {
             return std::nullopt;
         }
-        // Kept once, however many objects share it.
-        SharedBytes& bytes = data_[node];
-        if (!bytes) {
-            std::uint64_t length = 0;
-            const char* start = plist_get_data_ptr(node, &length);
-            bytes = std::make_shared<const Bytes>(start, start + length);
-        }
-        return bytes;
+        std::uint64_t length = 0;
+        const char* start = plist_get_data_ptr(node, &length);
+        const std::uint64_t number = numberOfMark({start, length});
+        return number < data_.size() ? std::optional(data_[number]) : std::nullopt;
     }
     std::optional<std::vector<std::string>> strings(plist_t object) {
         const auto elements = arrayElements(object);
@@ -352,31 +357,52 @@ private:
     const ArchiveClass& objectClass_;
     plist_t archive_;
     std::vector<plist_t> objects_;
-    std::map<plist_t, SharedBytes> data_;
+    const std::vector<SharedBlob>& data_; // by the numbers of their marks
     std::size_t textBytes_ = 0;
 };
 
 } // namespace
 
 EncodedArchive encodeArchive(const ArchiveClass& objectClass, const std::vector<ArchiveObject>& objects) {
-    const Plist archive(Writer(objectClass).archive(objects));
+    Writer writer(objectClass);
+    const Plist archive(writer.archive(objects));
+    const std::vector<SharedBlob> data = writer.takeData();
     char* bytes = nullptr;
     std::uint32_t size = 0;
     plist_to_bin(archive.get(), &bytes, &size);
-    return {{bytes, [](char* memory) { plist_to_bin_free(memory); }}, size};
+    const std::unique_ptr<char, void (*)(char*)> list(bytes, [](char* memory) { plist_to_bin_free(memory); });
+    std::vector<std::uint64_t> sizes;
+    sizes.reserve(data.size());
+    for (const SharedBlob& each : data) {
+        sizes.push_back(each->size());
+    }
+    DividedPlist divided = withRoomForData({list.get(), size}, sizes);
+    EncodedArchive encoded{.texts = std::move(divided.texts), .data = {}};
+    encoded.data.reserve(divided.numbers.size());
+    for (const std::size_t number : divided.numbers) {
+        encoded.data.push_back(data[number]);
+    }
+    return encoded;
 }
 
-DecodedArchive decodeArchive(const ArchiveClass& objectClass, std::string_view file) {
-    if (std::string fault = plistFault(file); !fault.empty()) {
+DecodedArchive decodeArchive(const ArchiveClass& objectClass, const std::shared_ptr<const ByteStore>& file) {
+    MarkedPlist marked = withMarks(*file);
+    std::string fault = marked.fault.empty() ? plistFault(marked.list) : std::move(marked.fault);
+    if (!fault.empty()) {
         return {.objects = std::nullopt, .fault = std::move(fault)};
     }
+    std::vector<SharedBlob> data;
+    data.reserve(marked.data.size());
+    for (const MarkedPlist::Range& range : marked.data) {
+        data.push_back(std::make_shared<const Blob>(Blob::Place{file, range.offset}, range.size));
+    }
     plist_t root = nullptr;
-    plist_from_bin(file.data(), static_cast<std::uint32_t>(file.size()), &root);
+    plist_from_bin(marked.list.data(), static_cast<std::uint32_t>(marked.list.size()), &root);
     const Plist archive(root);
     if (!archive) {
         return {.objects = std::nullopt, .fault = "no property list"};
     }
-    return Reader(objectClass, archive.get()).decode();
+    return Reader(objectClass, archive.get(), data).decode();
 }
 
 } // namespace rb

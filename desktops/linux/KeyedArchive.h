@@ -6,15 +6,14 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace rb {
 
-// A finished archive, in the library's own memory.
+// A finished archive, with its data where they are: texts[0], data[0], texts[1], … up to a last text.
 struct EncodedArchive {
-    std::unique_ptr<char, void (*)(char*)> bytes;
-    std::size_t size = 0;
+    std::vector<std::string> texts; // none when memory ran out
+    std::vector<SharedBlob> data;
 };
 
 // Archives as macOS's keyed archiver lays them out: a binary property list with all objects in one list, which refer to
@@ -29,6 +28,7 @@ struct DecodedArchive {
     // Elements that were left out: of another class, or with a value of another kind under one of the keys.
     std::size_t damaged = 0;
 };
-DecodedArchive decodeArchive(const ArchiveClass& objectClass, std::string_view file);
+// The data stay in the file until somebody wants them.
+DecodedArchive decodeArchive(const ArchiveClass& objectClass, const std::shared_ptr<const ByteStore>& file);
 
 } // namespace rb

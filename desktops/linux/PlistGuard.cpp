@@ -1,5 +1,7 @@
 #include "desktops/linux/PlistGuard.h"
 
+#include "desktops/linux/PlistFormat.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <optional>
@@ -9,28 +11,13 @@ namespace rb {
 
 namespace {
 
-constexpr std::string_view magic = "bplist00";
-constexpr std::size_t trailerSize = 32;
-constexpr std::uint64_t mostObjects = 1'000'000;
+using namespace PlistFormat;
+
 constexpr std::uint64_t mostNodes = 4'000'000;
 constexpr unsigned mostDepth = 64;
 // Times the file's size; archives share almost nothing but short texts.
 constexpr std::uint64_t mostGrowth = 4;
 constexpr std::uint64_t smallFile = 1U << 24U;
-
-enum Marker : unsigned {
-    Fixed = 0,
-    Integer = 1,
-    Real = 2,
-    Date = 3,
-    Data = 4,
-    Ascii = 5,
-    Wide = 6,
-    Uid = 8,
-    Array = 10,
-    Set = 12,
-    Dictionary = 13
-};
 
 class Plist {
 public:
@@ -41,18 +28,13 @@ public:
         if (file_.size() < magic.size() + trailerSize || !file_.starts_with(magic)) {
             return "no binary property list";
         }
-        const std::size_t trailer = file_.size() - trailerSize;
-        offsetSize_ = byte(trailer + 6);
-        refSize_ = byte(trailer + 7);
-        objects_ = number(trailer + 8, 8);
-        const std::uint64_t top = number(trailer + 16, 8);
-        table_ = number(trailer + 24, 8);
-        if (offsetSize_ < 1 || offsetSize_ > 8 || refSize_ < 1 || refSize_ > 8 || objects_ == 0 ||
-            objects_ > mostObjects || top >= objects_ || table_ < magic.size() || table_ > trailer ||
-            objects_ * offsetSize_ > trailer - table_) {
+        const auto trailer = PlistFormat::trailer(file_.substr(file_.size() - trailerSize), file_.size());
+        if (!trailer) {
             return "a wrong trailer";
         }
-        visited_.resize(objects_);
+        trailer_ = *trailer;
+        const std::uint64_t top = trailer_.top;
+        visited_.resize(trailer_.objects);
         if (!visit(top)) {
             return fault_;
         }
@@ -68,79 +50,21 @@ private:
         std::uint64_t bytes = 0;
     };
     struct Layout {
-        std::uint64_t bytes = 0;    // of its own contents
-        std::uint64_t children = 0; // references
-        std::uint64_t first = 0;    // where they begin
+        Object object = {};
+        std::uint64_t first = 0; // where its references begin
     };
 
-    unsigned byte(std::uint64_t at) const { return static_cast<unsigned char>(file_[at]); }
-    std::uint64_t number(std::uint64_t at, unsigned size) const {
-        std::uint64_t value = 0;
-        for (unsigned index = 0; index < size; ++index) {
-            value = value << 8U | byte(at + index);
-        }
-        return value;
-    }
+    std::uint64_t numberAt(std::uint64_t at, unsigned size) const { return number(file_.substr(at, size)); }
 
-    std::optional<Layout> layout(std::uint64_t object) const {
-        const std::uint64_t at = number(table_ + object * offsetSize_, offsetSize_);
-        if (at < magic.size() || at >= table_) {
+    std::optional<Layout> layout(std::uint64_t index) const {
+        const std::uint64_t at = numberAt(trailer_.table + index * trailer_.offsetSize, trailer_.offsetSize);
+        if (at < magic.size() || at >= trailer_.table) {
             return std::nullopt;
         }
-        const unsigned marker = byte(at) >> 4U;
-        const unsigned low = byte(at) & 0xFU;
-        std::uint64_t start = at + 1;
-        std::uint64_t count = low;
-        constexpr unsigned countFollows = 0xF;
-        if (low == countFollows && marker >= Data && marker != Uid) {
-            if (start >= table_ || byte(start) >> 4U != Integer || (byte(start) & 0xFU) > 3) {
-                return std::nullopt;
-            }
-            const unsigned size = 1U << (byte(start) & 0xFU);
-            if (size > table_ - start - 1) {
-                return std::nullopt;
-            }
-            count = number(start + 1, size);
-            start += 1 + size;
-        }
-        if (count > file_.size()) {
-            return std::nullopt;
-        }
-        Layout result;
-        switch (marker) {
-        case Fixed:
-            break;
-        case Integer:
-            result.bytes = low > 4 ? file_.size() : std::uint64_t{1} << low;
-            break;
-        case Real:
-            result.bytes = low == 2 || low == 3 ? std::uint64_t{1} << low : file_.size();
-            break;
-        case Date:
-            result.bytes = sizeof(double);
-            break;
-        case Data:
-        case Ascii:
-            result.bytes = count;
-            break;
-        case Wide:
-            result.bytes = 2 * count;
-            break;
-        case Uid:
-            result.bytes = low + 1;
-            break;
-        case Array:
-        case Set:
-            result.children = count;
-            break;
-        case Dictionary:
-            result.children = 2 * count;
-            break;
-        default:
-            return std::nullopt;
-        }
-        result.first = start;
-        return result.bytes + result.children * refSize_ <= table_ - start ? std::optional(result) : std::nullopt;
+        const std::uint64_t room = trailer_.table - at;
+        const auto found = object(file_.substr(at, std::min<std::uint64_t>(room, longestHead)));
+        return found && found->size(trailer_.refSize) <= room ? std::optional(Layout{*found, at + found->head})
+                                                              : std::nullopt;
     }
 
     bool fail(const char* reason) {
@@ -161,7 +85,7 @@ private:
             if (!found) {
                 return fail("an object outside of the file, or of an unknown kind");
             }
-            visited_[object] = {.state = Visited::State::Open, .bytes = found->bytes};
+            visited_[object] = {.state = Visited::State::Open, .bytes = found->object.bytes};
             path.push_back({object, *found, 0});
             return path.size() <= mostDepth || fail("objects nested too deeply");
         };
@@ -171,13 +95,13 @@ private:
         while (!path.empty()) {
             Step& step = path.back();
             Visited& self = visited_[step.object];
-            if (step.next == step.layout.children) {
+            if (step.next == step.layout.object.children) {
                 self.state = Visited::State::Done;
                 path.pop_back();
                 continue;
             }
-            const std::uint64_t child = number(step.layout.first + step.next * refSize_, refSize_);
-            if (child >= objects_) {
+            const std::uint64_t child = numberAt(step.layout.first + step.next * trailer_.refSize, trailer_.refSize);
+            if (child >= trailer_.objects) {
                 return fail("a reference to nowhere");
             }
             Visited& other = visited_[child];
@@ -203,10 +127,7 @@ private:
     }
 
     std::string_view file_;
-    unsigned offsetSize_ = 0;
-    unsigned refSize_ = 0;
-    std::uint64_t objects_ = 0;
-    std::uint64_t table_ = 0;
+    Trailer trailer_;
     std::vector<Visited> visited_;
     std::string fault_;
 };

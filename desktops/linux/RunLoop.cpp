@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <sys/resource.h>
 #include <utility>
 
 namespace rb {
@@ -32,6 +33,15 @@ std::int64_t nanoseconds(double seconds) {
     constexpr double most = static_cast<double>(std::numeric_limits<std::int64_t>::max()) / 2;
     const double value = seconds * 1e9;
     return value > 0 ? static_cast<std::int64_t>(std::min(value, most)) : 0;
+}
+
+// Lowers the calling thread's priority, for good.
+void giveWay() {
+    constexpr int utilityNiceness = 10;
+    thread_local bool done = false;
+    if (!std::exchange(done, true)) {
+        setpriority(PRIO_PROCESS, 0, utilityNiceness); // of this thread only, on Linux
+    }
 }
 
 } // namespace
@@ -216,16 +226,27 @@ void LinuxRunLoop::runWhatIsDue() {
 }
 
 void LinuxRunLoop::background(QualityOfService quality, std::function<void()> work) {
-    if (!threads_) {
-        threads_ = std::make_unique<QThreadPool>();
-        threads_->setMaxThreadCount(backgroundThreads);
+    const bool isUtility = quality == QualityOfService::Utility;
+    std::unique_ptr<QThreadPool>& threads = isUtility ? utilityThreads_ : threads_;
+    if (!threads) {
+        threads = std::make_unique<QThreadPool>();
+        threads->setMaxThreadCount(backgroundThreads);
     }
-    threads_->start(std::move(work), quality == QualityOfService::UserInitiated ? 1 : 0);
+    if (!isUtility) {
+        threads->start(std::move(work));
+        return;
+    }
+    threads->start([work = std::move(work)] {
+        giveWay();
+        work();
+    });
 }
 
 void LinuxRunLoop::finishBackgroundWork() {
-    if (threads_) {
-        threads_->waitForDone();
+    for (const auto* threads : {&threads_, &utilityThreads_}) {
+        if (*threads) {
+            (*threads)->waitForDone();
+        }
     }
 }
 

@@ -58,6 +58,7 @@ private:
     std::unique_ptr<Waker> waker_;
     std::unique_ptr<QTimer> timer_;
     std::unique_ptr<QThreadPool> threads_;
+    std::unique_ptr<QThreadPool> utilityThreads_; // which give way to everything else
 };
 
 } // namespace rb

@@ -30,8 +30,10 @@ id archivedObject(const ArchiveValue& value) {
     if (const auto* text = std::get_if<std::string>(&value)) {
         return textFrom(*text);
     }
-    if (const auto* data = std::get_if<SharedBytes>(&value); data != nullptr && *data) {
-        return [NSData dataWithBytes:(*data)->data() length:(*data)->size()];
+    if (const auto* data = std::get_if<SharedBlob>(&value); data != nullptr && *data) {
+        // Always in memory here.
+        const SharedBytes bytes = (*data)->bytes();
+        return [NSData dataWithBytes:bytes->data() length:bytes->size()];
     }
     if (const auto* texts = std::get_if<std::vector<std::string>>(&value)) {
         NSMutableArray<NSString*>* array = [NSMutableArray array];
@@ -57,7 +59,9 @@ ArchiveValue decodedValue(NSCoder* coder, NSString* key, ArchiveKind kind) {
     case ArchiveKind::Data: {
         NSData* data = [coder decodeObjectOfClass:NSData.class forKey:key];
         const auto* bytes = static_cast<const std::uint8_t*>(data.bytes);
-        return data != nil ? ArchiveValue(std::make_shared<const Bytes>(bytes, bytes + data.length)) : ArchiveValue();
+        return data != nil ? ArchiveValue(std::make_shared<const Blob>(
+                                 std::make_shared<const Bytes>(bytes, bytes + data.length)))
+                           : ArchiveValue();
     }
     case ArchiveKind::Strings: {
         NSArray<NSString*>* array = [coder decodeArrayOfObjectsOfClass:NSString.class forKey:key];

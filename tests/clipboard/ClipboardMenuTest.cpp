@@ -207,6 +207,23 @@ TEST_F(ClipboardMenuTest, FilesAreCopiedAsFarAsTheyStillExist) {
     EXPECT_EQ(notice(), expected("复制失败", "exclamationmark.triangle.fill", SystemColor::Orange));
 }
 
+// The archive's file was damaged while the program ran.
+TEST_F(ClipboardMenuTest, APictureThatCanNotBeReadAnyMoreIsNotCopied) {
+    struct Lost : ByteStore {
+        std::uint64_t size() const override { return 100; }
+        bool read(std::uint64_t /*offset*/, std::span<std::uint8_t> /*into*/) const override { return false; }
+    };
+    copy({.data = {{PasteboardType::Png, bytes("4x3")}}});
+    history_->items()[0]->imageData()->moveTo({std::make_shared<const Lost>(), 0});
+    copyText("on the pasteboard");
+    EXPECT_THAT(titles(), ElementsAre("on the pasteboard", "图片"));
+    menus::chooseByKey(menu(), "2", NoModifiers);
+    EXPECT_EQ(notice(), expected("复制失败", "exclamationmark.triangle.fill", SystemColor::Orange));
+    EXPECT_EQ(desktop_.pasteboard().contents().text, "on the pasteboard");
+    copy({.data = {{PasteboardType::Png, bytes("4x3")}}});
+    EXPECT_EQ(history_->items().size(), 3U) << "not known to be the same";
+}
+
 TEST_F(ClipboardMenuTest, AnEntryThatWentMeanwhileCanStillBeCopied) {
     copyText("A");
     const auto item = menu().items()[0];

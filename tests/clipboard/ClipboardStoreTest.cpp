@@ -116,7 +116,7 @@ TEST_F(ClipboardStoreTest, TheFirstKindThatAppliesWins) {
     EXPECT_EQ(newestText(), "  as it stands\n");
     copy({.text = " \n\t\u3000\u2028", .data = {{PasteboardType::Tiff, bytes("1x1")}, {PasteboardType::Png, png}}});
     EXPECT_EQ(history_->items()[0]->imageType(), PasteboardType::Png);
-    EXPECT_EQ(*history_->items()[0]->imageData(), png);
+    EXPECT_EQ(*history_->items()[0]->imageData()->bytes(), png);
     copy({.data = {{PasteboardType::Tiff, bytes("3x3")}, {PasteboardType::Png, {}}}});
     EXPECT_EQ(history_->items()[0]->imageType(), PasteboardType::Tiff) << "an empty picture is none";
     const std::size_t before = history_->items().size();
@@ -186,7 +186,7 @@ TEST_F(ClipboardStoreTest, TheHistoryComesBackInItsOrder) {
     ASSERT_EQ(history_->items().size(), 3U);
     EXPECT_THAT(*history_->items()[0]->paths(), ElementsAre("/x/a", "/x/b"));
     EXPECT_EQ(history_->items()[0]->date, date);
-    EXPECT_EQ(*history_->items()[1]->imageData(), bytes("4x3"));
+    EXPECT_EQ(*history_->items()[1]->imageData()->bytes(), bytes("4x3"));
     EXPECT_EQ(history_->items()[1]->imageType(), PasteboardType::Png);
     EXPECT_EQ(history_->items()[2]->text(), "text");
     desktop_.advance(10);
@@ -194,7 +194,7 @@ TEST_F(ClipboardStoreTest, TheHistoryComesBackInItsOrder) {
 }
 
 TEST_F(ClipboardStoreTest, RecordsThatHoldNothingAreLeftOutOnLoading) {
-    const auto image = std::make_shared<const Bytes>(bytes("1x1"));
+    const auto image = std::make_shared<const Blob>(std::make_shared<const Bytes>(bytes("1x1")));
     stored() = {
         {{"kind", std::int64_t{1}}, {"imageData", image}},                                // no type
         {{"kind", std::int64_t{1}}, {"imageType", std::string(PasteboardType::Png)}},     // no data

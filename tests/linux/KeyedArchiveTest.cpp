@@ -2,8 +2,11 @@
 
 #include "clipboard/ClipItem.h"
 #include "desktops/linux/Archives.h"
+#include "desktops/linux/PlistData.h"
+#include "desktops/linux/PlistFormat.h"
 #include "desktops/linux/PlistGuard.h"
 #include "tests/linux/LinuxFixture.h"
+#include "tests/linux/MemoryStore.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -36,11 +39,17 @@ std::vector<ArchiveObject> sample() {
 
 std::string encoded(const std::vector<ArchiveObject>& objects) {
     const EncodedArchive archive = encodeArchive(RBClipItem::archiveClass(), objects);
-    return {archive.bytes.get(), archive.size};
+    std::string file = archive.texts.at(0);
+    for (std::size_t index = 0; index < archive.data.size(); ++index) {
+        const SharedBytes data = archive.data[index]->bytes();
+        file.append(data->begin(), data->end());
+        file += archive.texts.at(index + 1);
+    }
+    return file;
 }
 
 DecodedArchive decoded(const std::string& file) {
-    return decodeArchive(RBClipItem::archiveClass(), file);
+    return decodeArchive(RBClipItem::archiveClass(), std::make_shared<const MemoryStore>(file));
 }
 
 std::vector<RBClipItem> itemsOf(const std::string& file) {
@@ -126,7 +135,7 @@ TEST(KeyedArchiveTest, WhatIsWrittenIsReadBack) {
     ASSERT_EQ(items.size(), 3U);
     EXPECT_EQ(items[0].text(), "文字 😀 \u202Eabc\n\ttabs");
     EXPECT_EQ(items[0].date, 1'790'000'000.25);
-    EXPECT_EQ(*items[1].imageData(), *bytes(std::string("\x89PNG\0\xff", 6)));
+    EXPECT_EQ(*items[1].imageData()->bytes(), *bytes(std::string("\x89PNG\0\xff", 6)));
     EXPECT_EQ(items[1].imageType(), "public.png");
     EXPECT_THAT(*items[2].paths(), ElementsAre("/tmp/a b", "/tmp/中"));
     EXPECT_EQ(items[2].date, -3);
@@ -145,7 +154,7 @@ TEST(KeyedArchiveTest, WrappedAndMutableObjectsAreReadToo) {
                         "<string>NSMutableString</string><string>NSString</string></array></dict>");
     const auto items = itemsOf(file);
     ASSERT_EQ(items.size(), 1U);
-    EXPECT_EQ(*items[0].imageData(), (Bytes{1, 2, 3}));
+    EXPECT_EQ(*items[0].imageData()->bytes(), (Bytes{1, 2, 3}));
     EXPECT_EQ(items[0].imageType(), "public.tiff");
     EXPECT_FALSE(items[0].text());
 }
@@ -244,6 +253,45 @@ TEST(PlistGuardTest, RefusesWhatWouldExhaustItsReader) {
     EXPECT_THAT(plistFault(nested(3, 1, true)), HasSubstr("contains itself"));
     EXPECT_THAT(plistFault(nested(40, 3, false)), HasSubstr("too large")) << "3^40 objects when written out";
     EXPECT_EQ(plistFault(encoded(sample())), "");
+}
+
+TEST(KeyedArchiveTest, RoomForDataOfAnySizeLeavesTheListReadable) {
+    std::vector<ArchiveObject> objects;
+    const std::vector<std::size_t> sizes{0, 1, 8, 14, 15, 255, 256, 65'535, 65'536, 3};
+    objects.reserve(sizes.size());
+    for (const std::size_t size : sizes) {
+        objects.push_back(RBClipItem::ofImage(bytes(std::string(size, 'd')), "public.png", 1).encode());
+    }
+    const std::string file = encoded(objects);
+    EXPECT_EQ(plistFault(file), "");
+    plist_t whole = nullptr; // as any other program reads it
+    plist_from_bin(file.data(), static_cast<std::uint32_t>(file.size()), &whole);
+    ASSERT_NE(whole, nullptr);
+    plist_free(whole);
+    const auto items = itemsOf(file);
+    ASSERT_EQ(items.size(), sizes.size());
+    for (std::size_t index = 0; index < sizes.size(); ++index) {
+        EXPECT_EQ(items[index].imageData()->size(), sizes[index]);
+        EXPECT_EQ(*items[index].imageData()->bytes(), Bytes(sizes[index], 'd'));
+    }
+}
+
+// Small on the disk, but each object all of it again.
+TEST(PlistDataTest, RefusesObjectsThatOverlap) {
+    constexpr std::size_t length = 5000;
+    std::string file = "bplist00\x5F\x11";
+    PlistFormat::append(file, length, 2);
+    file += std::string(length, 'x');
+    const std::size_t table = file.size();
+    constexpr std::size_t objects = 100'000;
+    for (std::size_t object = 0; object < objects; ++object) {
+        PlistFormat::append(file, 8, 1);
+    }
+    file += std::string(6, '\0') + "\x01\x04";
+    for (const std::size_t each : {objects, std::size_t{0}, table}) {
+        PlistFormat::append(file, each, 8);
+    }
+    EXPECT_THAT(withMarks(MemoryStore(file)).fault, HasSubstr("overlap"));
 }
 
 class LinuxArchivesTest : public testing::Test {
@@ -359,6 +407,45 @@ TEST_F(LinuxArchivesTest, WithoutRoomTheOldFileStays) {
     folder_ = home_ / "file/rook-bay";
     EXPECT_EQ(start().location("Clipboard.archive"), "");
     EXPECT_FALSE(read());
+}
+
+TEST_F(LinuxArchivesTest, DataRestInTheFileFromWhichTheyAreWrittenAgain) {
+    const Bytes picture(1'500'000, 7);
+    const RBClipItem item = RBClipItem::ofImage(std::make_shared<const Bytes>(picture), "public.png", 1);
+    start();
+    ASSERT_TRUE(write({item.encode()}));
+    ASSERT_TRUE(item.imageData()->place()) << "not in memory any more";
+    const std::weak_ptr<const ByteStore> first = item.imageData()->place()->store;
+    EXPECT_EQ(*item.imageData()->bytes(), picture);
+    fs::remove(path());
+    EXPECT_EQ(*item.imageData()->bytes(), picture) << "whatever happens to the name";
+    ASSERT_TRUE(write({sample()[0], item.encode()}));
+    EXPECT_TRUE(first.expired()) << "the old file's room on the disk is free";
+    EXPECT_EQ(*item.imageData()->bytes(), picture);
+
+    const auto objects = read();
+    ASSERT_EQ(objects->size(), 2U);
+    const RBClipItem again = RBClipItem::decode(objects->at(1), 0);
+    EXPECT_TRUE(again.sameContentAs(item));
+    ASSERT_TRUE(write(*objects));
+    EXPECT_EQ(*RBClipItem::decode(read()->at(1), 0).imageData()->bytes(), picture);
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(LinuxArchivesTest, AFileThatSomebodyWroteIntoCostsOnlyWhatRestsThere) {
+    const RBClipItem resting = RBClipItem::ofImage(bytes(std::string(100'000, 'a')), "public.png", 1);
+    start();
+    ASSERT_TRUE(write({resting.encode()}));
+    const RBClipItem fresh = RBClipItem::ofImage(bytes(std::string(100'000, 'b')), "public.png", 2);
+    const auto size = fs::file_size(path());
+    fs::resize_file(path(), 1000);
+    fs::resize_file(path(), size);
+    EXPECT_FALSE(resting.imageData()->bytes());
+    EXPECT_FALSE(resting.sameContentAs(RBClipItem::ofImage(bytes(std::string(100'000, 'a')), "public.png", 1)));
+    ASSERT_TRUE(write({fresh.encode(), resting.encode(), sample()[0]}));
+    EXPECT_EQ(read()->size(), 2U);
+    ASSERT_EQ(log_.lines().size(), 1U);
+    EXPECT_THAT(log_.lines()[0], HasSubstr("1 records"));
 }
 
 // Killed at any moment, the old or the new archive is there, whole.

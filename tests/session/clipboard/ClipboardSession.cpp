@@ -1,6 +1,7 @@
 #include "tests/session/clipboard/ClipboardSession.h"
 
 #include "desktops/linux/KeyedArchive.h"
+#include "tests/linux/MemoryStore.h"
 
 #include <QImage>
 
@@ -19,7 +20,8 @@ std::vector<RBClipItem> ClipboardSessionTest::items() {
     if (!file) {
         return found;
     }
-    const DecodedArchive decoded = decodeArchive(RBClipItem::archiveClass(), *file);
+    const DecodedArchive decoded =
+        decodeArchive(RBClipItem::archiveClass(), std::make_shared<const MemoryStore>(*file));
     EXPECT_TRUE(decoded.objects) << decoded.fault;
     for (const ArchiveObject& object : decoded.objects.value_or(std::vector<ArchiveObject>())) {
         found.push_back(RBClipItem::decode(object, 0));

@@ -31,7 +31,7 @@ TEST_F(ClipboardSessionTest, CopiesOfRealProgramsLandOnceEach) {
     ASSERT_GT(picture.size(), 1'000'000U) << "so that it comes in pieces";
     xclip(picture, "image/png");
     ASSERT_TRUE(waitForNewest("kind 1"));
-    const SharedBytes recorded = items().at(0).imageData();
+    const SharedBytes recorded = items().at(0).imageData()->bytes();
     EXPECT_EQ(std::string(recorded->begin(), recorded->end()), picture);
     xclip("file:///tmp/a%20b\r\nfile:///tmp/%E4%B8%AD\r\n", "text/uri-list");
     ASSERT_TRUE(waitForNewest("kind 2"));

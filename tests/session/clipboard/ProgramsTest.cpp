@@ -111,7 +111,7 @@ TEST_F(ClipboardProgramsTest, APictureViewersCopyIsAPicture) {
         },
         [&] { return isNewest("kind 1"); }));
     ASSERT_EQ(items().size(), 1U);
-    const SharedBytes bytes = items().at(0).imageData();
+    const SharedBytes bytes = items().at(0).imageData()->bytes();
     const QImage recorded = QImage::fromData(bytes->data(), static_cast<int>(bytes->size()));
     EXPECT_EQ(recorded.size(), picture.size());
     EXPECT_EQ(recorded.pixel(60, 40), picture.pixel(60, 40));
