@@ -6,6 +6,7 @@
 #include "benchmarks/Table.h"
 #include "desktops/linux/URLSessions.h"
 #include "desktops/virtual/Desktop.h"
+#include "desktops/virtual/Replacements.h"
 #include "tests/update/FeedServer.h"
 
 #include <QCoreApplication>
@@ -47,46 +48,7 @@ double measure(const std::string& primary, const std::string& mirror) {
     desktop.application().setInfoString("RBMirrorFeedURL", mirror);
     NotingUpdates updates;
     LinuxURLSessions sessions;
-    const Desktop& given = desktop.services();
-    const Desktop services{.application = given.application,
-                           .runLoop = given.runLoop,
-                           .userDefaults = given.userDefaults,
-                           .statusBar = given.statusBar,
-                           .windows = given.windows,
-                           .windowList = given.windowList,
-                           .panels = given.panels,
-                           .alerts = given.alerts,
-                           .screens = given.screens,
-                           .pointer = given.pointer,
-                           .hotKeys = given.hotKeys,
-                           .sessionLock = given.sessionLock,
-                           .appearance = given.appearance,
-                           .textMeter = given.textMeter,
-                           .updates = updates,
-                           .eventMonitors = given.eventMonitors,
-                           .files = given.files,
-                           .layerRenderer = given.layerRenderer,
-                           .random = given.random,
-                           .sounds = given.sounds,
-                           .thumbnails = given.thumbnails,
-                           .pasteboards = given.pasteboards,
-                           .archives = given.archives,
-                           .byteCounts = given.byteCounts,
-                           .displays = given.displays,
-                           .hardware = given.hardware,
-                           .childProcesses = given.childProcesses,
-                           .fileOperations = given.fileOperations,
-                           .dragPasteboard = given.dragPasteboard,
-                           .previewPanel = given.previewPanel,
-                           .workspace = given.workspace,
-                           .frontFolder = given.frontFolder,
-                           .savePanels = given.savePanels,
-                           .quickActions = given.quickActions,
-                           .urlSessions = sessions,
-                           .folderWatches = given.folderWatches,
-                           .screenshotPreferences = given.screenshotPreferences,
-                           .captureFacts = given.captureFacts,
-                           .log = given.log};
+    const Desktop services = withReplaced(desktop.services(), {.updates = &updates, .urlSessions = &sessions});
     UpdateFeed feed(services);
     feed.startUpdater();
     QElapsedTimer clock;

@@ -33,6 +33,22 @@ bool isDirectory(const std::string& path) {
     return lstat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
 }
 
+// For a file system that has no second names either: the name is taken by an empty file of ours, which the rename
+// replaces.
+int renameOverOwn(const std::string& from, const std::string& to) {
+    constexpr mode_t ownerOnly = 0600;
+    const UniqueFd place(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
+    if (!place) {
+        return errno;
+    }
+    if (std::rename(from.c_str(), to.c_str()) == 0) {
+        return 0;
+    }
+    const int error = errno;
+    unlink(to.c_str());
+    return error;
+}
+
 // For file systems that can't rename exclusively in one call: a second name and then the first one's removal, and for
 // folders an empty folder of ours, which a rename replaces only while it is empty.
 int renameByLink(const std::string& from, const std::string& to) {
@@ -49,7 +65,8 @@ int renameByLink(const std::string& from, const std::string& to) {
         return error;
     }
     if (linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) != 0) {
-        return errno;
+        const bool refused = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS || errno == EMLINK;
+        return refused ? renameOverOwn(from, to) : errno;
     }
     if (unlink(from.c_str()) != 0) {
         const int error = errno;
@@ -69,19 +86,23 @@ int renameExclusively(const std::string& from, const std::string& to) {
 
 // A copy under its final name, or nothing at all.
 std::optional<FileFailure> copyInto(TreeCopy& copy, const std::string& from, const std::string& to) {
-    const std::string workshop = makeCopyFolder(deletingLastPathComponent(to));
-    if (workshop.empty()) {
-        return failureOf(errno);
+    int error = 0;
+    {
+        const CopyFolder workshop(deletingLastPathComponent(to));
+        if (workshop.path().empty()) {
+            return failureOf(errno);
+        }
+        const std::string made = workshop.path() + "/copy";
+        error = copy.make(from, made);
+        if (error == 0) {
+            error = renameExclusively(made, to);
+        }
+        if (error == 0) {
+            copy.finish(to);
+        } else {
+            copy.removeCopy();
+        }
     }
-    const std::string made = workshop + "/copy";
-    int error = copy.make(from, made);
-    if (error == 0) {
-        error = renameExclusively(made, to);
-    }
-    if (error != 0) {
-        copy.removeCopy();
-    }
-    removeCopyFolder(workshop);
     if (const UniqueFd folder(open(deletingLastPathComponent(to).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         folder.get() >= 0) {
         fsync(folder.get()); // the new name is as lasting as what it names

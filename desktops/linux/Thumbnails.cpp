@@ -1,6 +1,7 @@
 #include "desktops/linux/Thumbnails.h"
 
 #include "desktops/linux/Bitmap.h"
+#include "desktops/linux/Folders.h"
 #include "desktops/linux/ThemeIcons.h"
 
 #include <QBrush>
@@ -23,6 +24,9 @@
 #include <QTransform>
 #include <QUrl>
 
+#include <algorithm>
+#include <array>
+#include <map>
 #include <optional>
 #include <sys/resource.h>
 #include <utility>
@@ -50,26 +54,45 @@ QString modificationTime(const QString& path) {
     return QString::number(QFileInfo(path).lastModified().toSecsSinceEpoch());
 }
 
-// A picture of the shared cache that was made of the file as it is now.
-std::optional<QString> cachedThumbnail(const QString& path) {
-    for (const char* size : {"normal", "large", "x-large"}) {
-        const QString cached = thumbnailFolder(QString::fromLatin1(size)).filePath(thumbnailName(path));
-        if (!QFileInfo::exists(cached)) {
+// The folders of the shared cache and the longest side of the pictures in them, from small to large.
+struct CacheFolder {
+    const char* name;
+    int pixels;
+};
+constexpr std::array<CacheFolder, 4> cacheFolders{
+    {{"normal", 128}, {"large", 256}, {"x-large", 512}, {"xx-large", 1024}}};
+
+// Where pictures that large are kept; nothing is kept larger than in the last.
+CacheFolder cacheFolderFor(int pixels) {
+    const auto* const found = std::find_if(cacheFolders.begin(), cacheFolders.end() - 1,
+                                           [pixels](const CacheFolder& folder) { return folder.pixels >= pixels; });
+    return *found;
+}
+
+// A picture of the shared cache that was made of the file as it is now, at least that large; null for none.
+QImage cachedThumbnail(const QString& path, int pixels) {
+    for (const CacheFolder& folder : cacheFolders) {
+        if (folder.pixels < cacheFolderFor(pixels).pixels) {
             continue;
         }
-        const QImageReader reader(cached, "png");
-        if (reader.text(QStringLiteral("Thumb::MTime")) == modificationTime(path)) {
+        // The reader's own texts end at the first colon, and the key has two.
+        QImage cached(thumbnailFolder(QString::fromLatin1(folder.name)).filePath(thumbnailName(path)), "png");
+        if (cached.text(QStringLiteral("Thumb::MTime")) == modificationTime(path)) {
             return cached;
         }
     }
-    return std::nullopt;
+    return {};
 }
 
 // Keeps a new rendering for every program: private, written whole.
-void shareThumbnail(const QString& path, QImage picture) {
-    const QDir folder = thumbnailFolder(QStringLiteral("normal"));
-    if (!folder.mkpath(QStringLiteral("."))) {
+void shareThumbnail(const QString& path, QImage picture, int pixels) {
+    const CacheFolder kept = cacheFolderFor(pixels);
+    const QDir folder = thumbnailFolder(QString::fromLatin1(kept.name));
+    if (makePrivateFolder(folder.path().toStdString())) {
         return;
+    }
+    if (std::max(picture.width(), picture.height()) > kept.pixels) {
+        picture = picture.scaled(kept.pixels, kept.pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     }
     picture.setText(QStringLiteral("Thumb::URI"),
                     QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded(QUrl::FullyEncoded)));
@@ -81,6 +104,22 @@ void shareThumbnail(const QString& path, QImage picture) {
             file.commit();
         }
     }
+}
+
+// A word of the template with what stands for its signs, which may hold such signs themselves.
+QString filledIn(const QString& word, const std::map<QChar, QString>& values) {
+    QString text;
+    for (qsizetype at = 0; at < word.size(); ++at) {
+        const auto value =
+            word[at] == QLatin1Char('%') && at + 1 < word.size() ? values.find(word[at + 1]) : values.end();
+        if (value == values.end()) {
+            text += word[at];
+        } else {
+            text += value->second;
+            ++at;
+        }
+    }
+    return text;
 }
 
 // The command line template of the program that renders this kind of file.
@@ -302,8 +341,8 @@ Handle LinuxThumbnails::requestDocumentThumbnail(const std::string& path, Size s
             requests_.erase(number); // took too long
             return;
         }
-        if (const auto cached = cachedThumbnail(waiting.path)) {
-            answerFrom(number, *cached);
+        if (const QImage cached = cachedThumbnail(waiting.path, waiting.pixels); !cached.isNull()) {
+            answerWith(number, cached);
         } else {
             runThumbnailer(number, waiting.path, waiting.pixels);
         }
@@ -323,12 +362,14 @@ void LinuxThumbnails::runThumbnailer(unsigned long number, const QString& path, 
         return;
     }
     QStringList words = QProcess::splitCommand(*command);
+    const std::map<QChar, QString> values{
+        {QLatin1Char('i'), path},
+        {QLatin1Char('u'), QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded())},
+        {QLatin1Char('o'), request.output->fileName()},
+        {QLatin1Char('s'), QString::number(std::max(pixels, cacheFolderFor(pixels).pixels))},
+        {QLatin1Char('%'), QStringLiteral("%")}};
     for (QString& word : words) {
-        word.replace(QStringLiteral("%i"), path);
-        word.replace(QStringLiteral("%u"), QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded()));
-        word.replace(QStringLiteral("%o"), request.output->fileName());
-        word.replace(QStringLiteral("%s"), QString::number(pixels));
-        word.replace(QStringLiteral("%%"), QStringLiteral("%"));
+        word = filledIn(word, values);
     }
     if (words.isEmpty()) {
         requests_.erase(number);
@@ -372,20 +413,23 @@ void LinuxThumbnails::thumbnailerEnded(unsigned long number, bool succeeded) {
         return; // taken back meanwhile
     }
     const Request& finished = *found->second;
-    QImage picture;
-    if (succeeded && picture.load(finished.output->fileName())) {
-        shareThumbnail(finished.path, picture);
+    const QImage picture(finished.output->fileName());
+    if (succeeded && !picture.isNull()) {
+        shareThumbnail(finished.path, picture, finished.pixels);
     }
-    answerFrom(number, finished.output->fileName());
+    answerWith(number, picture);
 }
 
-void LinuxThumbnails::answerFrom(unsigned long number, const QString& picture) {
+void LinuxThumbnails::answerWith(unsigned long number, QImage picture) {
     const std::unique_ptr<Request> request = std::move(requests_.at(number));
     requests_.erase(number);
-    const auto thumb = imageThumb(picture.toStdString(), request->pixels);
-    if (thumb) {
-        request->answer(thumb);
+    if (picture.isNull()) {
+        return;
     }
+    if (std::max(picture.width(), picture.height()) > request->pixels) {
+        picture = picture.scaled(request->pixels, request->pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
+    request->answer(std::make_shared<LinuxBitmap>(picture.convertToFormat(QImage::Format_ARGB32_Premultiplied)));
 }
 
 } // namespace rb

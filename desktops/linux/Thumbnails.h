@@ -3,6 +3,7 @@
 #include "platform/Handle.h"
 #include "platform/Thumbnails.h"
 
+#include <QImage>
 #include <QObject>
 #include <QString>
 
@@ -35,7 +36,7 @@ private:
     using Answer = std::function<void(std::shared_ptr<const Bitmap>)>;
     struct Request;
 
-    void answerFrom(unsigned long number, const QString& picture);
+    void answerWith(unsigned long number, QImage picture);
     void thumbnailerEnded(unsigned long number, bool succeeded);
     void runThumbnailer(unsigned long number, const QString& path, int pixels);
 

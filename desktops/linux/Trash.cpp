@@ -2,6 +2,7 @@
 
 #include "desktops/linux/UniqueFd.h"
 #include "desktops/linux/UriList.h"
+#include "helpers/shared/WriteAll.h"
 #include "platform/Files.h"
 
 #include <array>
@@ -134,8 +135,7 @@ putInto(const Trash& trash, const std::string& path,
             }
             return failureOf(errno);
         }
-        const bool written =
-            write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) && fsync(file.get()) == 0;
+        const bool written = writeAll(file.get(), text) && fsync(file.get()) == 0;
         const int error = errno;
         auto failure = written ? move(path, trash.folder + "/files/" + name) : std::optional(failureOf(error));
         if (!failure) {

@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <utility>
+#include <xcb/damage.h>
 #include <xcb/xfixes.h>
 
 namespace rb {
@@ -23,7 +24,7 @@ constexpr std::uint32_t embeddedNotify = 0;
 constexpr std::uint32_t protocolVersion = 0;
 constexpr std::uint32_t mappedFlag = 1;
 constexpr int firstLook = 300;             // milliseconds after it was asked to draw itself
-constexpr int secondLook = 2000;           // slow ones
+constexpr int secondLook = 2000;           // slow ones; also how often those are looked at that never rest
 constexpr double ownColor = 0.25;          // share of what is seen, with which it can be told from the bar
 constexpr double ownBackground = 0.95;     // share of an icon that covers its place
 constexpr double contrastWithPlate = 0.55; // smooth edges look lighter or darker there, and nothing may flicker
@@ -76,7 +77,8 @@ TrayClient::TrayClient(xcb_connection_t* x, xcb_window_t icon, xcb_window_t root
     , info_(internAtom("_XEMBED_INFO")) {
     for (QTimer* timer : {&firstLook_, &secondLook_}) {
         timer->setSingleShot(true);
-        QObject::connect(timer, &QTimer::timeout, timer, [this] { look(); });
+        QObject::connect(timer, &QTimer::timeout, timer,
+                         [this, timer] { look(timer == &firstLook_ ? Looking::Soon : Looking::AtRest); });
     }
     takeIn();
     bar_.addEntry(*this);
@@ -85,6 +87,9 @@ TrayClient::TrayClient(xcb_connection_t* x, xcb_window_t icon, xcb_window_t root
 
 TrayClient::~TrayClient() {
     bar_.removeEntry(*this);
+    if (damage_ != XCB_NONE) {
+        quietly(x_, xcb_damage_destroy_checked(x_, damage_));
+    }
     if (!gone_) {
         // Nobody may take it away between the question and the answer.
         xcb_grab_server(x_);
@@ -125,6 +130,11 @@ void TrayClient::takeIn() {
     quietly(x_, xcb_xfixes_change_save_set_checked(x_, XCB_SET_MODE_INSERT, XCB_XFIXES_SAVE_SET_TARGET_ROOT,
                                                    XCB_XFIXES_SAVE_SET_MAPPING_UNMAP, icon_));
     quietly(x_, xcb_reparent_window_checked(x_, icon_, container_, 0, 0));
+    if (const auto* damage = xcb_get_extension_data(x_, &xcb_damage_id); damage != nullptr && damage->present != 0) {
+        damage_ = xcb_generate_id(x_);
+        damageEvent_ = damage->first_event + XCB_DAMAGE_NOTIFY;
+        quietly(x_, xcb_damage_create_checked(x_, damage_, icon_, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY));
+    }
     giveSize();
 
     xcb_client_message_event_t message{};
@@ -182,6 +192,12 @@ void TrayClient::tellSize() {
 }
 
 TrayClient::Outcome TrayClient::handle(const xcb_generic_event_t& event) {
+    if ((event.response_type & 0x7F) == damageEvent_) {
+        if (reinterpret_cast<const xcb_damage_notify_event_t&>(event).damage == damage_) {
+            changed();
+        }
+        return Outcome::Stays;
+    }
     switch (event.response_type & 0x7F) {
     case XCB_DESTROY_NOTIFY:
         gone_ = gone_ || reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == icon_;
@@ -283,9 +299,24 @@ void TrayClient::drawBehind() {
                          .color = appearance_.theme().iconPlate}));
 }
 
-// An icon that is as dark or as light as the bar gets a plate, which goes again when the icon changes.
-void TrayClient::look() {
+// It has drawn something by itself. One that never stops must not cost more than a look now and then.
+void TrayClient::changed() {
+    const auto pause = lastLook_.isValid() ? std::max<qint64>(secondLook - lastLook_.elapsed(), firstLook) : firstLook;
+    if (!firstLook_.isActive()) {
+        firstLook_.start(static_cast<int>(pause));
+    }
+    secondLook_.start(static_cast<int>(pause) + secondLook);
+}
+
+// An icon that is as dark or as light as the bar gets a plate, which goes again when the icon has become another: one
+// that blinks keeps it.
+void TrayClient::look(Looking looking) {
+    if (damage_ != XCB_NONE) {
+        quietly(x_, xcb_damage_subtract_checked(x_, damage_, XCB_NONE, XCB_NONE)); // tell of the next change
+    }
+    lastLook_.start();
     if (!shown_ || area_.left() < 0) {
+        xcb_flush(x_);
         return;
     }
     const QRect place(pixels(padding), (pixels(MenuBar::entryHeight) - pixels(iconSide)) / 2, pixels(iconSide),
@@ -298,7 +329,7 @@ void TrayClient::look() {
     }
     const bool needsPlate = seen->tone.covered < ownBackground && seen->tone.colorful < ownColor &&
                             isHardToSee(seen->tone, theme.bar, plated_ ? contrastWithPlate : leastContrast);
-    if (needsPlate != plated_) {
+    if (needsPlate != plated_ && (needsPlate || looking == Looking::AtRest)) {
         plated_ = needsPlate;
         depth_ = seen->depth;
         drawBehind();

@@ -2,6 +2,7 @@
 
 #include "desktops/linux/BarEntry.h"
 
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <cstdint>
@@ -47,7 +48,9 @@ private:
     void tellSize();
     void redraw();
     void drawBehind();
-    void look();
+    void changed();
+    enum class Looking { Soon, AtRest };
+    void look(Looking looking);
     std::uint32_t behind() const;
     int pixels(double points) const;
 
@@ -65,8 +68,11 @@ private:
     QRect area_;
     bool plated_ = false; // it can't be seen on the bar itself
     std::uint8_t depth_ = 0;
-    QTimer firstLook_; // when it has drawn itself
-    QTimer secondLook_;
+    QTimer firstLook_;  // when it has drawn itself
+    QTimer secondLook_; // when it draws no more
+    QElapsedTimer lastLook_;
+    std::uint32_t damage_ = XCB_NONE; // tells of its drawing, once until the next look
+    int damageEvent_ = -1;
     int corrections_ = 0; // of sizes that the icon gave itself
 };
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <xcb/damage.h>
 #include <xcb/xfixes.h>
 
 namespace rb {
@@ -33,6 +34,9 @@ TrayHost::TrayHost(MenuBar& bar, XConnection& connection, const LinuxAppearance&
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
     // Save sets that leave windows unmapped exist since version 4.
     xcb_discard_reply(x_, xcb_xfixes_query_version(x_, 4, 0).sequence);
+    if (const auto* damage = xcb_get_extension_data(x_, &xcb_damage_id); damage != nullptr && damage->present != 0) {
+        xcb_discard_reply(x_, xcb_damage_query_version(x_, 1, 1).sequence);
+    }
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 

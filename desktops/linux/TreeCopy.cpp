@@ -1,6 +1,7 @@
 #include "desktops/linux/TreeCopy.h"
 
 #include "desktops/linux/UniqueFd.h"
+#include "helpers/shared/WriteAll.h"
 #include "platform/Files.h"
 
 #include <algorithm>
@@ -24,21 +25,6 @@ constexpr mode_t folderOwnerOnly = 0700;
 constexpr mode_t permissions = 07777;
 
 using Buffer = std::array<char, 1U << 16U>;
-
-int writeAll(int file, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = write(file, bytes, count);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written < 0) {
-            return errno;
-        }
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return 0;
-}
 
 // As many bytes as there are, up to the buffer's size; -1 for an error.
 ssize_t readFull(int file, Buffer& buffer, off_t offset) {
@@ -78,33 +64,72 @@ int sameContents(int a, int b, const std::atomic<bool>& cancelled) {
     }
 }
 
-// Marks that programs left on the file; a file system without them keeps none.
-void copyAttributes(int from, int to) {
+bool isAccessList(const char* name) {
+    return std::strcmp(name, "system.posix_acl_access") == 0 || std::strcmp(name, "system.posix_acl_default") == 0;
+}
+
+// Marks that programs left on the file, and who else may use it; a file system without them keeps none. False when a
+// list of who may use it couldn't be kept.
+bool copyAttributes(int from, int to) {
+    bool listsKept = true;
     std::array<char, 65536> names{};
     const ssize_t length = flistxattr(from, names.data(), names.size());
     for (ssize_t at = 0; at < length; at += static_cast<ssize_t>(std::strlen(names.data() + at)) + 1) {
         const char* name = names.data() + at;
+        const bool list = isAccessList(name);
+        if (!list && std::strncmp(name, "user.", 5) != 0) {
+            continue;
+        }
         std::array<char, 65536> value{};
         const ssize_t size = fgetxattr(from, name, value.data(), value.size());
-        if (size >= 0 && std::strncmp(name, "user.", 5) == 0) {
-            fsetxattr(to, name, value.data(), static_cast<std::size_t>(size), 0);
-        }
+        const bool kept = size >= 0 && fsetxattr(to, name, value.data(), static_cast<std::size_t>(size), 0) == 0;
+        listsKept = listsKept && (kept || !list);
     }
+    return listsKept;
 }
 
-int applyFacts(int file, const struct stat& facts) {
-    const std::array<timespec, 2> times{facts.st_atim, facts.st_mtim};
-    // A file system without permissions (a memory stick's) can't keep them.
-    if (fchmod(file, facts.st_mode & permissions) != 0 && errno != EPERM && errno != ENOTSUP) {
+// Attributes, permissions and times of the one that `facts` are of; `extra` are permissions that it gets besides.
+int applyFacts(int from, int to, const struct stat& facts, mode_t extra = 0) {
+    mode_t mode = facts.st_mode & permissions;
+    if (!copyAttributes(from, to)) {
+        // With such a list, the group's permissions are the most that anybody in it has.
+        mode &= ~static_cast<mode_t>(S_IRWXG);
+    }
+    // A program that runs as its owner or group must not run as somebody else.
+    struct stat own {};
+    if (fstat(to, &own) != 0) {
         return errno;
     }
-    futimens(file, times.data());
+    if (own.st_uid != facts.st_uid) {
+        mode &= ~static_cast<mode_t>(S_ISUID);
+    }
+    if (own.st_gid != facts.st_gid && fchown(to, static_cast<uid_t>(-1), facts.st_gid) != 0) {
+        mode &= ~static_cast<mode_t>(S_ISGID);
+    }
+    // A file system without permissions (a memory stick's) can't keep them.
+    if (fchmod(to, mode | extra) != 0 && errno != EPERM && errno != ENOTSUP) {
+        return errno;
+    }
+    const std::array<timespec, 2> times{facts.st_atim, facts.st_mtim};
+    futimens(to, times.data());
     return 0;
 }
 
+// Where a file with holes has nothing, its copy has nothing either.
+bool isHole(const struct stat& facts, const Buffer& buffer, std::size_t count) {
+    constexpr off_t blockSize = 512; // the unit of st_blocks on every file system
+    return facts.st_blocks * blockSize < facts.st_size &&
+           std::all_of(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(count),
+                       [](char byte) { return byte == 0; });
+}
+
+bool sameEntry(const struct stat& a, const struct stat& b) {
+    return a.st_ino == b.st_ino && a.st_dev == b.st_dev;
+}
+
 bool sameState(const struct stat& a, const struct stat& b) {
-    return a.st_ino == b.st_ino && a.st_dev == b.st_dev && a.st_size == b.st_size &&
-           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+    return sameEntry(a, b) && a.st_size == b.st_size && a.st_mtim.tv_sec == b.st_mtim.tv_sec &&
+           a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
 }
 
 } // namespace
@@ -112,7 +137,22 @@ bool sameState(const struct stat& a, const struct stat& b) {
 int TreeCopy::make(const std::string& from, const std::string& to) {
     from_ = from;
     to_ = to;
+    if (stat(deletingLastPathComponent(to).c_str(), &workshop_) != 0) {
+        return errno;
+    }
     return copyEntry("", 0);
+}
+
+void TreeCopy::finish(const std::string& root) const {
+    const struct stat& facts = entries_.front().facts;
+    if (!S_ISDIR(facts.st_mode)) {
+        return;
+    }
+    const UniqueFd made(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat own {};
+    if (made && fstat(made.get(), &own) == 0) {
+        fchmod(made.get(), (own.st_mode & permissions & ~folderOwnerOnly) | (facts.st_mode & folderOwnerOnly));
+    }
 }
 
 int TreeCopy::copyEntry(const std::string& path, int depth) {
@@ -126,12 +166,15 @@ int TreeCopy::copyEntry(const std::string& path, int depth) {
     if (depth > deepest) {
         return ELOOP;
     }
+    if (sameEntry(facts, workshop_)) {
+        return EINVAL; // a folder that is to be copied into itself, by way of a link
+    }
     entries_.push_back({path, facts});
     if (S_ISDIR(facts.st_mode)) {
         return copyFolder(path, facts, depth);
     }
     if (S_ISLNK(facts.st_mode)) {
-        return copyLink(path);
+        return copyLink(path, facts);
     }
     return S_ISREG(facts.st_mode) ? copyFile(path, facts) : EOPNOTSUPP;
 }
@@ -144,7 +187,8 @@ int TreeCopy::copyFolder(const std::string& path, const struct stat& facts, int 
     if (source.get() < 0) {
         return errno;
     }
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir((from_ + path).c_str()), &closedir);
+    const int stream = fcntl(source.get(), F_DUPFD_CLOEXEC, 0);
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(stream < 0 ? nullptr : fdopendir(stream), &closedir);
     if (!folder) {
         return errno;
     }
@@ -166,8 +210,12 @@ int TreeCopy::copyFolder(const std::string& path, const struct stat& facts, int 
     if (made.get() < 0) {
         return errno;
     }
-    copyAttributes(source.get(), made.get());
-    return applyFacts(made.get(), facts);
+    // The topmost is still to be renamed.
+    if (const int error = applyFacts(source.get(), made.get(), facts, depth == 0 ? folderOwnerOnly : 0); error != 0) {
+        return error;
+    }
+    // What lies in it isn't as lasting as the source before the folder is.
+    return fsync(made.get()) == 0 || errno == EINVAL ? 0 : errno;
 }
 
 int TreeCopy::copyFile(const std::string& path, const struct stat& facts) const {
@@ -180,7 +228,8 @@ int TreeCopy::copyFile(const std::string& path, const struct stat& facts) const 
         return errno;
     }
     const auto buffer = std::make_unique<Buffer>();
-    for (off_t offset = 0;;) {
+    off_t offset = 0;
+    for (;;) {
         if (cancelled_) {
             return ECANCELED;
         }
@@ -191,13 +240,19 @@ int TreeCopy::copyFile(const std::string& path, const struct stat& facts) const 
         if (count == 0) {
             break;
         }
-        if (const int error = writeAll(target.get(), buffer->data(), static_cast<std::size_t>(count)); error != 0) {
-            return error;
+        const auto size = static_cast<std::size_t>(count);
+        const bool done = isHole(facts, *buffer, size) ? lseek(target.get(), count, SEEK_CUR) >= 0
+                                                       : writeAll(target.get(), {buffer->data(), size});
+        if (!done) {
+            return errno;
         }
         offset += count;
     }
-    copyAttributes(source.get(), target.get());
-    if (const int error = applyFacts(target.get(), facts); error != 0) {
+    // It may end with a hole.
+    if (ftruncate(target.get(), offset) != 0) {
+        return errno;
+    }
+    if (const int error = applyFacts(source.get(), target.get(), facts); error != 0) {
         return error;
     }
     if (fsync(target.get()) != 0) {
@@ -210,13 +265,18 @@ int TreeCopy::copyFile(const std::string& path, const struct stat& facts) const 
     return sameContents(source.get(), target.get(), cancelled_);
 }
 
-int TreeCopy::copyLink(const std::string& path) const {
+int TreeCopy::copyLink(const std::string& path, const struct stat& facts) const {
     std::array<char, PATH_MAX> target{};
     const ssize_t length = readlink((from_ + path).c_str(), target.data(), target.size() - 1);
     if (length < 0) {
         return errno;
     }
-    return symlink(target.data(), (to_ + path).c_str()) == 0 ? 0 : errno;
+    if (symlink(target.data(), (to_ + path).c_str()) != 0) {
+        return errno;
+    }
+    const std::array<timespec, 2> times{facts.st_atim, facts.st_mtim};
+    utimensat(AT_FDCWD, (to_ + path).c_str(), times.data(), AT_SYMLINK_NOFOLLOW);
+    return 0;
 }
 
 bool TreeCopy::isUnchanged(const Entry& entry) const {
@@ -225,10 +285,15 @@ bool TreeCopy::isUnchanged(const Entry& entry) const {
         return false;
     }
     // A folder changes as its files go; it is removed only when empty anyway.
-    return S_ISDIR(entry.facts.st_mode) ? S_ISDIR(now.st_mode) : sameState(now, entry.facts);
+    return S_ISDIR(entry.facts.st_mode) ? sameEntry(now, entry.facts) : sameState(now, entry.facts);
 }
 
 int TreeCopy::removeSource() {
+    struct stat now {};
+    if (lstat(from_.c_str(), &now) != 0 && errno == ENOENT) {
+        removedAny_ = true; // by somebody else: the copy is all that is left
+        return 0;
+    }
     // Nothing is touched unless all of it is as it was copied.
     for (const Entry& entry : entries_) {
         if (!isUnchanged(entry)) {
@@ -253,10 +318,15 @@ int TreeCopy::removeSource() {
 }
 
 void TreeCopy::removeCopyAt(const std::string& root) {
+    // Nothing can be removed from a folder that may not be written.
+    for (const Entry& entry : entries_) {
+        if (S_ISDIR(entry.facts.st_mode)) {
+            chmod((root + entry.path).c_str(), folderOwnerOnly);
+        }
+    }
     for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
         const std::string path = root + entry->path;
         if (S_ISDIR(entry->facts.st_mode)) {
-            chmod(path.c_str(), folderOwnerOnly);
             rmdir(path.c_str());
         } else {
             unlink(path.c_str());

@@ -24,14 +24,23 @@ bool CaptureLock::take() {
     xcb_grab_server(x);
     const bool free = !isTaken();
     if (free) {
-        const xcb_window_t window = xcb_generate_id(x); // goes with the connection
-        xcb_create_window(x, XCB_COPY_FROM_PARENT, window, connection_.root(), -1, -1, 1, 1, 0,
+        window_ = xcb_generate_id(x);
+        xcb_create_window(x, XCB_COPY_FROM_PARENT, window_, connection_.root(), -1, -1, 1, 1, 0,
                           XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_set_selection_owner(x, window, atom, XCB_CURRENT_TIME);
+        xcb_set_selection_owner(x, window_, atom, XCB_CURRENT_TIME);
     }
     xcb_ungrab_server(x);
     xcb_flush(x);
     return free;
+}
+
+void CaptureLock::release() {
+    if (window_ != XCB_WINDOW_NONE) {
+        xcb_destroy_window(connection_.get(), window_);
+        window_ = XCB_WINDOW_NONE;
+        // Whoever is started from here on must find it free.
+        (void)isTaken();
+    }
 }
 
 } // namespace rb

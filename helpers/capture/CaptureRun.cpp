@@ -72,13 +72,17 @@ private:
 Shot windowShot(XConnection& connection, const ScreenPixels& pixels, const std::vector<WindowPlace>& windows,
                 const WindowPlace& window, const QImage& screen) {
     if (isComposed(connection) && isCovered(windows, window, pixels.bounds())) {
-        const PixelRect inside{window.area.x - window.frame.x, window.area.y - window.frame.y, window.area.width,
-                               window.area.height};
+        // A window's own coordinates begin inside its border.
+        const PixelRect inside{window.area.x - window.frame.x - window.border,
+                               window.area.y - window.frame.y - window.border, window.area.width, window.area.height};
         if (const QImage own = pixels.readWindow(window.window, inside); !own.isNull()) {
             return {.picture = own, .area = window.area};
         }
     }
     const PixelRect seen = intersection(window.area, pixels.bounds());
+    if (isEmpty(seen)) {
+        return {}; // without a compositor nobody knows what is in it
+    }
     return {.picture = screen.copy(seen.x, seen.y, seen.width, seen.height), .area = seen};
 }
 
@@ -174,12 +178,13 @@ std::string save(const CaptureDestination& to, const CaptureFile& file) {
 }
 
 int deliver(const Shot& shot, CaptureDestination to, bool thumbnail, const std::vector<CaptureDisplay>& displays) {
+    int result = CaptureExit::Taken;
     if (to.toClipboard && !putOnClipboard(encoded(shot.picture, "png"))) {
         tellUser("无法拷贝到剪贴板");
-        return CaptureExit::Failed;
+        result = CaptureExit::Failed; // a file that was asked for comes all the same
     }
     if (!to.toFile) {
-        return CaptureExit::Taken;
+        return result;
     }
     CaptureFile file{.bytes = encoded(shot.picture, to.type), .taken = pointsOf(shot.area, displays)};
     if (file.bytes.empty() && to.type != "png") {
@@ -199,7 +204,7 @@ int deliver(const Shot& shot, CaptureDestination to, bool thumbnail, const std::
     if (thumbnail) {
         showThumbnail(path, {shot.area.x + shot.area.width / 2, shot.area.y + shot.area.height / 2});
     }
-    return CaptureExit::Taken;
+    return result;
 }
 
 CapturePlaces places() {
@@ -264,6 +269,8 @@ int runCapture(const CaptureArguments& arguments) {
     if (chooser) {
         taking = ask(*connection, *pixels, *chooser, displays);
         chooser.reset();
+        // The screen is as before: the next one may ask while this one is being saved, and a thumbnail may show.
+        lock.release();
     }
     if (!complaint.empty()) {
         tellUser(complaint);

@@ -131,7 +131,8 @@ protected:
     bool event(QEvent* event) override {
         if (event->type() == QEvent::Enter || event->type() == QEvent::Leave) {
             hovered_ = event->type() == QEvent::Enter;
-            if (hovered_) {
+            // What is being dragged may take as long as it likes, and what is leaving goes on doing so.
+            if (hovered_ || dragging_ || leaving_) {
                 rest_.stop();
             } else {
                 rest_.start(shownFor);
@@ -150,6 +151,7 @@ protected:
             return;
         }
         dragging_ = true;
+        rest_.stop();
         auto* contents = new QMimeData; // the drag owns it
         contents->setUrls({QUrl::fromLocalFile(path_)});
         auto* drag = new QDrag(this);

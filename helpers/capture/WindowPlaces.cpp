@@ -52,8 +52,8 @@ std::vector<PixelRect> inputOf(XConnection& connection, const WindowPlace& place
     std::vector<PixelRect> areas;
     const xcb_rectangle_t* rectangles = xcb_shape_get_rectangles_rectangles(reply.get());
     for (int i = 0; i < xcb_shape_get_rectangles_rectangles_length(reply.get()); ++i) {
-        const PixelRect area{place.frame.x + rectangles[i].x, place.frame.y + rectangles[i].y, rectangles[i].width,
-                             rectangles[i].height};
+        const PixelRect area{place.frame.x + place.border + rectangles[i].x,
+                             place.frame.y + place.border + rectangles[i].y, rectangles[i].width, rectangles[i].height};
         if (const PixelRect inside = intersection(area, place.area); !isEmpty(inside)) {
             areas.push_back(inside);
         }
@@ -103,8 +103,9 @@ std::vector<WindowPlace> readWindowPlaces(XConnection& connection, xcb_window_t 
         }
         WindowPlace place{.window = children[i], .client = clientIn(connection, children[i], deepestFrame)};
         place.client = place.client == XCB_WINDOW_NONE ? place.window : place.client;
-        const int border = geometry->border_width;
-        place.frame = {geometry->x, geometry->y, geometry->width + 2 * border, geometry->height + 2 * border};
+        place.border = geometry->border_width;
+        place.frame = {geometry->x, geometry->y, geometry->width + 2 * place.border,
+                       geometry->height + 2 * place.border};
         if (place.frame.width < leastSide || place.frame.height < leastSide || isDesktop(connection, place.client)) {
             continue;
         }

@@ -13,7 +13,8 @@ class XConnection;
 struct WindowPlace {
     xcb_window_t window = XCB_WINDOW_NONE; // the one below the root window
     xcb_window_t client = XCB_WINDOW_NONE; // the program's own inside it; the same where there is no frame
-    PixelRect frame = {};                  // of `window`, with its shadow
+    PixelRect frame = {};                  // of `window`, with its border and its shadow
+    int border = 0;                        // that the server draws around it
     PixelRect area = {};
     // Where it takes the pointer, within the screen; overlays that let everything through have nothing here.
     std::vector<PixelRect> input = {};

@@ -1,8 +1,8 @@
 #include "helpers/update/PackageFile.h"
 
 #include "desktops/linux/Folders.h"
+#include "helpers/shared/WriteAll.h"
 
-#include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -67,18 +67,7 @@ std::optional<std::string> PackageFile::create(const std::string& folder, const 
 }
 
 std::optional<std::string> PackageFile::write(const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = ::write(file_.get(), bytes, count);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written < 0) {
-            return path_ + ": " + lastErrorText();
-        }
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return std::nullopt;
+    return writeAll(file_.get(), {bytes, count}) ? std::nullopt : std::optional(path_ + ": " + lastErrorText());
 }
 
 } // namespace rb

@@ -3,6 +3,7 @@
 #include "desktops/virtual/Contract.h"
 #include "desktops/virtual/Desktop.h"
 #include "displays/DisplayController.h"
+#include "tests/displays/Modes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,15 +16,6 @@
 namespace rb {
 
 inline constexpr const char* windowTitle = "Rook Bay · 屏幕与连接";
-
-inline DisplayMode modeOf(std::int32_t id, std::size_t width, std::size_t height, double rate, std::size_t scale = 1) {
-    return {.modeID = id,
-            .width = width,
-            .height = height,
-            .pixelWidth = width * scale,
-            .pixelHeight = height * scale,
-            .refreshRate = rate};
-}
 
 // The controller on a virtual desktop with a built-in display (1) and an external one (7), and helpers whose answers a
 // test sets.

@@ -3,6 +3,7 @@
 #include "desktops/linux/ScrollWidget.h"
 #include "desktops/linux/Style.h"
 #include "displays/Pages.h"
+#include "tests/displays/Modes.h"
 #include "tests/golden/Golden.h"
 #include "tests/golden/Stage.h"
 
@@ -78,15 +79,6 @@ private:
     RealizedView* root_ = nullptr;
 };
 
-DisplayMode mode(std::int32_t id, std::size_t width, std::size_t height, double rate, std::size_t scale) {
-    return {.modeID = id,
-            .width = width,
-            .height = height,
-            .pixelWidth = width * scale,
-            .pixelHeight = height * scale,
-            .refreshRate = rate};
-}
-
 class PagesGolden : public testing::TestWithParam<const char*> {
 protected:
     PagesGolden() {
@@ -94,13 +86,13 @@ protected:
                                     .name = "内置视网膜显示器",
                                     .main = true,
                                     .builtin = true,
-                                    .modes = {mode(1, 1512, 982, 120, 2)},
-                                    .currentMode = mode(1, 1512, 982, 120, 2)});
+                                    .modes = {modeOf(1, 1512, 982, 120, 2)},
+                                    .currentMode = modeOf(1, 1512, 982, 120, 2)});
         builtin.status = "内置屏幕不支持此单屏 DDC 待机方式。";
         DisplayRow dell = rowOf({.identity = {.id = 7},
                                  .name = "DELL U2723QE",
-                                 .modes = {mode(2, 1920, 1080, 60, 2), mode(3, 3840, 2160, 60, 1)},
-                                 .currentMode = mode(2, 1920, 1080, 60, 2)});
+                                 .modes = {modeOf(2, 1920, 1080, 60, 2), modeOf(3, 3840, 2160, 60)},
+                                 .currentMode = modeOf(2, 1920, 1080, 60, 2)});
         dell.status = "单屏待机可用";
         dell.supported = true;
         full_ = {builtin, dell};

@@ -8,6 +8,7 @@
 #include "desktops/linux/TextMeter.h"
 #include "desktops/linux/Thumbnails.h"
 #include "desktops/virtual/Desktop.h"
+#include "desktops/virtual/Replacements.h"
 
 #include <memory>
 
@@ -19,46 +20,11 @@ struct Stage {
     explicit Stage(const char* look) { desktop.userDefaults().setObject("LinuxAppearance", look); }
 
     Desktop services() {
-        const Desktop& given = desktop.services();
-        return {.application = given.application,
-                .runLoop = given.runLoop,
-                .userDefaults = given.userDefaults,
-                .statusBar = given.statusBar,
-                .windows = given.windows,
-                .windowList = given.windowList,
-                .panels = given.panels,
-                .alerts = given.alerts,
-                .screens = given.screens,
-                .pointer = given.pointer,
-                .hotKeys = given.hotKeys,
-                .sessionLock = given.sessionLock,
-                .appearance = appearance(),
-                .textMeter = meter,
-                .updates = given.updates,
-                .eventMonitors = given.eventMonitors,
-                .files = files,
-                .layerRenderer = renderer,
-                .random = given.random,
-                .sounds = given.sounds,
-                .thumbnails = thumbnails,
-                .pasteboards = given.pasteboards,
-                .archives = given.archives,
-                .byteCounts = given.byteCounts,
-                .displays = given.displays,
-                .hardware = given.hardware,
-                .childProcesses = given.childProcesses,
-                .fileOperations = given.fileOperations,
-                .dragPasteboard = given.dragPasteboard,
-                .previewPanel = given.previewPanel,
-                .workspace = given.workspace,
-                .frontFolder = given.frontFolder,
-                .savePanels = given.savePanels,
-                .quickActions = given.quickActions,
-                .urlSessions = given.urlSessions,
-                .folderWatches = given.folderWatches,
-                .screenshotPreferences = given.screenshotPreferences,
-                .captureFacts = given.captureFacts,
-                .log = given.log};
+        return withReplaced(desktop.services(), {.appearance = &appearance(),
+                                                 .textMeter = &meter,
+                                                 .files = &files,
+                                                 .layerRenderer = &renderer,
+                                                 .thumbnails = &thumbnails});
     }
     LinuxAppearance& appearance() {
         if (!appearance_) {

@@ -2,15 +2,57 @@
 
 #include "desktops/linux/CopyNotes.h"
 #include "desktops/linux/RunLoop.h"
+#include "desktops/linux/TreeCopy.h"
 #include "tests/linux/LinuxFixture.h"
+#include "tests/linux/Variable.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
 #include <cstdlib>
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <system_error>
 #include <unistd.h>
+
+namespace {
+
+// As on file systems of memory sticks and servers that know neither of these.
+bool plainRenamesOnly = false;
+
+} // namespace
+
+extern "C" {
+
+int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+    using Call = int (*)(int, const char*, int, const char*, unsigned);
+    static const auto real = reinterpret_cast<Call>(dlsym(RTLD_NEXT, "renameat2"));
+    if (plainRenamesOnly && flags != 0) {
+        errno = EINVAL;
+        return -1;
+    }
+    return real(fromFolder, from, toFolder, to, flags);
+}
+
+int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
+    using Call = int (*)(int, const char*, int, const char*, int);
+    static const auto real = reinterpret_cast<Call>(dlsym(RTLD_NEXT, "linkat"));
+    if (plainRenamesOnly) {
+        errno = EPERM;
+        return -1;
+    }
+    return real(fromFolder, from, toFolder, to, flags);
+}
+
+} // extern "C"
 
 namespace rb {
 
@@ -163,12 +205,152 @@ TEST_F(FileOperationsTest, AFolderNeverGoesIntoItself) {
     EXPECT_EQ(entries(here / "tree" / "inner"), 2U);
 }
 
+TEST_F(FileOperationsTest, AFolderIsNeverCopiedIntoItselfByWayOfALink) {
+    makeTree(here / "tree");
+    fs::create_directory_symlink(here / "tree" / "inner", here / "inside");
+    const auto copied = copyItem(here / "tree", here / "inside" / "tree");
+    ASSERT_TRUE(copied);
+    EXPECT_EQ(copied->reason, std::generic_category().message(EINVAL)) << "not after hundreds of copies";
+    EXPECT_TRUE(moveItem(here / "tree", here / "inside" / "tree"));
+    EXPECT_EQ(entries(here / "tree" / "inner"), 2U);
+}
+
+TEST_F(FileOperationsTest, WhereNothingIsExclusiveStillNothingIsReplaced) {
+    write(here / "file", "new");
+    write(here / "taken", "old");
+    makeTree(here / "tree");
+    plainRenamesOnly = true;
+    const auto overTaken = moveItem(here / "file", here / "taken");
+    const auto intoNothing = moveItem(here / "file", here / "missing" / "file");
+    const auto moved = moveItem(here / "file", here / "moved");
+    const auto folder = moveItem(here / "tree", here / "wood");
+    const auto copied = copyItem(here / "moved", here / "copied");
+    plainRenamesOnly = false;
+    ASSERT_TRUE(overTaken);
+    EXPECT_TRUE(overTaken->targetExists);
+    EXPECT_EQ(read(here / "taken"), "old");
+    EXPECT_TRUE(intoNothing);
+    EXPECT_FALSE(moved) << moved->reason;
+    EXPECT_FALSE(folder) << folder->reason;
+    EXPECT_FALSE(copied) << copied->reason;
+    EXPECT_EQ(read(here / "moved"), "new");
+    EXPECT_EQ(read(here / "copied"), "new");
+    EXPECT_EQ(read(here / "wood" / "inner" / "中文.txt"), "text");
+    EXPECT_EQ(entries(here), 4U);
+}
+
+TEST_F(FileOperationsTest, HolesStayHoles) {
+    // A disk image of which little was ever written.
+    constexpr std::uintmax_t size = 64U << 20U;
+    write(there / "image", "beginning");
+    fs::resize_file(there / "image", size);
+    {
+        std::fstream file(there / "image", std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(size / 2);
+        file << "middle";
+    }
+    struct stat source {};
+    struct stat made {};
+    ASSERT_EQ(stat((there / "image").c_str(), &source), 0);
+    if (source.st_blocks * 512 > off_t{1} << 20) {
+        GTEST_SKIP() << "this file system has no files with holes";
+    }
+    EXPECT_FALSE(copyItem(there / "image", there / "copy"));
+    ASSERT_EQ(stat((there / "copy").c_str(), &made), 0);
+    EXPECT_EQ(made.st_size, source.st_size);
+    EXPECT_LT(made.st_blocks * 512, off_t{1} << 20);
+    EXPECT_EQ(read(there / "copy"), read(there / "image"));
+}
+
+TEST_F(FileOperationsTest, WhoMayUseAFileStaysTheSame) {
+    // Version 2: the owner reads and writes, user 1 reads and writes, the group nothing, all of them at most both.
+    const std::string list("\x02\0\0\0"
+                           "\x01\0\x06\0\xff\xff\xff\xff"
+                           "\x02\0\x06\0\x01\0\0\0"
+                           "\x04\0\0\0\xff\xff\xff\xff"
+                           "\x10\0\x06\0\xff\xff\xff\xff"
+                           "\x20\0\0\0\xff\xff\xff\xff",
+                           44);
+    const char* name = "system.posix_acl_access";
+    write(there / "shared", "text");
+    if (setxattr((there / "shared").c_str(), name, list.data(), list.size(), 0) != 0) {
+        GTEST_SKIP() << "no such lists on this file system";
+    }
+    EXPECT_FALSE(copyItem(there / "shared", there / "copy"));
+    std::string copied(list.size(), '\0');
+    EXPECT_EQ(getxattr((there / "copy").c_str(), name, copied.data(), copied.size()),
+              static_cast<ssize_t>(list.size()));
+    EXPECT_EQ(copied, list);
+    struct stat facts {};
+    const int privileged = open((there / "someone's program").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0700);
+    ASSERT_EQ(fchown(privileged, 1, 1), 0);
+    ASSERT_EQ(fchmod(privileged, 06755), 0);
+    close(privileged);
+    EXPECT_FALSE(copyItem(there / "someone's program", there / "program"));
+    ASSERT_EQ(stat((there / "program").c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 07777, 02755U) << "it would run as us";
+    EXPECT_EQ(facts.st_gid, 1U);
+}
+
+// What root may do is nothing that a user's program may.
+TEST_F(FileOperationsTest, FoldersThatMayNotBeWrittenAreCopiedAndLeaveNothingHalf) {
+    makeTree(here / "disc");
+    fs::permissions(here / "disc" / "inner", fs::perms::owner_read | fs::perms::owner_exec);
+    fs::permissions(here / "disc", fs::perms::owner_read | fs::perms::owner_exec);
+    constexpr uid_t nobody = 65534;
+    const auto give = [](const fs::path& path) {
+        EXPECT_EQ(lchown(path.c_str(), nobody, static_cast<gid_t>(-1)), geteuid() == 0 ? 0 : -1);
+    };
+    give(here);
+    give(here / "disc");
+    for (const auto& entry : fs::recursive_directory_iterator(here / "disc")) {
+        give(entry.path());
+    }
+    const bool root = geteuid() == 0;
+    if (root) {
+        ASSERT_EQ(seteuid(nobody), 0);
+    }
+    const auto copied = copyItem(here / "disc", here / "copy");
+    const std::atomic<bool> goOn = false;
+    TreeCopy given(goOn);
+    const int made = given.make(here / "disc", here / "given up");
+    given.removeCopy();
+    if (root) {
+        ASSERT_EQ(seteuid(0), 0);
+    }
+    EXPECT_FALSE(copied) << copied->reason;
+    EXPECT_EQ(fs::status(here / "copy").permissions(), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(fs::status(here / "copy" / "inner").permissions(), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(read(here / "copy" / "inner" / "中文.txt"), "text");
+    EXPECT_EQ(made, 0);
+    EXPECT_FALSE(fs::exists(here / "given up"));
+    EXPECT_EQ(entries(here), 2U);
+    for (const char* folder : {"disc", "copy"}) {
+        fs::permissions(here / folder, fs::perms::owner_all);
+        fs::permissions(here / folder / "inner", fs::perms::owner_all);
+    }
+}
+
+TEST_F(FileOperationsTest, ACopyStaysWhenTheSourceWentMeanwhile) {
+    write(here / "file", "text");
+    const std::atomic<bool> goOn = false;
+    TreeCopy copy(goOn);
+    ASSERT_EQ(copy.make(here / "file", here / "copy"), 0);
+    fs::remove(here / "file");
+    EXPECT_EQ(copy.removeSource(), 0) << "or the move would take the copy back";
+    // Something else at its place is nobody's to remove.
+    TreeCopy again(goOn);
+    ASSERT_EQ(again.make(here / "copy", here / "second"), 0);
+    write(here / "other", "other");
+    fs::rename(here / "other", here / "copy");
+    EXPECT_NE(again.removeSource(), 0);
+    EXPECT_EQ(read(here / "copy"), "other");
+}
+
 TEST_F(FileOperationsTest, TheTrashKeepsWhereAFileCameFrom) {
     const fs::path home = here / "home";
     fs::create_directory(home);
-    const char* before = std::getenv("XDG_DATA_HOME");
-    const std::optional<std::string> dataHome = before ? std::optional<std::string>(before) : std::nullopt;
-    setenv("XDG_DATA_HOME", home.c_str(), 1);
+    const Variable dataHome("XDG_DATA_HOME", home);
     write(here / "文件 1.txt", "text");
     write(here / "second", "text");
     EXPECT_FALSE(trashItem(here / "文件 1.txt"));
@@ -202,11 +384,6 @@ TEST_F(FileOperationsTest, TheTrashKeepsWhereAFileCameFrom) {
         fs::remove(own / "info" / "far.trashinfo");
     }
     const auto missing = trashItem(here / "nothing");
-    if (dataHome) {
-        setenv("XDG_DATA_HOME", dataHome->c_str(), 1);
-    } else {
-        unsetenv("XDG_DATA_HOME");
-    }
     ASSERT_TRUE(missing);
     EXPECT_FALSE(missing->reason.empty());
 }
@@ -243,11 +420,18 @@ TEST_F(FileOperationsTest, QuittingInTheMiddleLeavesTheSourceWholeAndNoHalfFile)
 TEST_F(FileOperationsTest, TheNextStartRemovesWhatAKilledCopyLeft) {
     const fs::path home = here / "home";
     fs::create_directory(home);
-    const char* before = std::getenv("XDG_DATA_HOME");
-    const std::optional<std::string> dataHome = before ? std::optional<std::string>(before) : std::nullopt;
-    setenv("XDG_DATA_HOME", home.c_str(), 1);
-    const std::string left = makeCopyFolder(there);
-    makeTree(fs::path(left) / "copy");
+    const Variable dataHome("XDG_DATA_HOME", home);
+    // Of a program that was killed; another one is at work.
+    if (fork() == 0) {
+        const CopyFolder killed(there);
+        _exit(killed.path().empty() ? 1 : 0);
+    }
+    wait(nullptr);
+    ASSERT_EQ(entries(there), 1U);
+    const fs::path left = fs::directory_iterator(there)->path();
+    makeTree(left / "copy");
+    const CopyFolder inUse(there);
+    writeText(inUse.path() + "/copy", "half");
     fs::create_directory(there / ".rookbay-notours");
     // A note that doesn't name such a folder removes nothing.
     makeTree(here / "mine");
@@ -256,14 +440,11 @@ TEST_F(FileOperationsTest, TheNextStartRemovesWhatAKilledCopyLeft) {
     operations = std::make_unique<LinuxFileOperations>(loop);
     EXPECT_TRUE(until([&] { return !fs::exists(left); }));
     operations.reset();
+    EXPECT_EQ(readText(inUse.path() + "/copy"), "half");
+    fs::remove(inUse.path() + "/copy");
     EXPECT_TRUE(fs::exists(there / ".rookbay-notours"));
     EXPECT_EQ(read(here / "mine" / "a").size(), 200'000U);
-    EXPECT_FALSE(fs::is_symlink(home / "rook-bay" / "copies" / fs::path(left).filename()));
-    if (dataHome) {
-        setenv("XDG_DATA_HOME", dataHome->c_str(), 1);
-    } else {
-        unsetenv("XDG_DATA_HOME");
-    }
+    EXPECT_FALSE(fs::is_symlink(home / "rook-bay" / "copies" / left.filename()));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 // rookbay-capture on a real screen, driven by a hand, and Rook Bay on the other side.
@@ -46,17 +47,17 @@ protected:
         return found.empty() ? std::nullopt : std::optional(found.front());
     }
     // A picture on the screen in which no two places look alike.
-    void paintWallpaper() {
+    void paintWallpaper(const std::function<QRgb(int, int)>& colour = wallColour) {
         QImage wall(x().screen().width_in_pixels, x().screen().height_in_pixels, QImage::Format_RGB32);
         for (int y = 0; y < wall.height(); ++y) {
             for (int column = 0; column < wall.width(); ++column) {
-                wall.setPixel(column, y, wallColour(column, y));
+                wall.setPixel(column, y, colour(column, y));
             }
         }
         const std::string file = session().folder() + "/wall.png";
         ASSERT_TRUE(wall.save(QString::fromStdString(file)));
         ASSERT_EQ(session().start({"hsetroot", "-full", file}).waitForExit(patience), 0);
-        ASSERT_TRUE(waitUntil([&] { return x().pixel(5, 5) == (wallColour(5, 5) & 0xffffff); }, patience));
+        ASSERT_TRUE(waitUntil([&] { return x().pixel(5, 5) == (wall.pixel(5, 5) & 0xffffff); }, patience));
         before_ = x().pixel(5, 5);
     }
     static QRgb wallColour(int column, int y) { return qRgb(64 + column % 192, 64 + y % 192, 64 + (column + y) % 192); }
@@ -99,6 +100,24 @@ protected:
                          "40x10+" + std::to_string(left) + "+" + std::to_string(top)});
         EXPECT_TRUE(waitUntil([&] { return x().viewableTitled(title).has_value(); }, patience));
         return x().viewableTitled(title).value_or(WindowFacts{});
+    }
+
+    // A window that no window manager touches, with a border of `border` pixels in red.
+    xcb_window_t bareWindow(int left, int top, std::uint32_t colour, std::uint16_t border = 0) {
+        const xcb_window_t made = xcb_generate_id(x().connection());
+        const std::uint32_t values[] = {colour, 0xff0000, 1};
+        xcb_create_window(x().connection(), XCB_COPY_FROM_PARENT, made, x().root(), static_cast<std::int16_t>(left),
+                          static_cast<std::int16_t>(top), 200, 100, border, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
+                          values);
+        xcb_map_window(x().connection(), made);
+        x().sync();
+        return made;
+    }
+    void makeActive(xcb_window_t window) {
+        xcb_change_property(x().connection(), XCB_PROP_MODE_REPLACE, x().root(), x().atom("_NET_ACTIVE_WINDOW"),
+                            XCB_ATOM_WINDOW, 32, 1, &window);
+        x().sync();
     }
 
     std::uint32_t before_ = 0;
@@ -210,6 +229,62 @@ TEST_F(CaptureTest, AWindowComesWholeAlthoughAnotherCoversIt) {
     EXPECT_NEAR(front.pixelColor(front.width() - 30, front.height() - 30).red(), 0x80, 8);
 }
 
+TEST_F(CaptureTest, AWindowComesWithItsBorderAlthoughAnotherCoversIt) {
+    paintWallpaper();
+    const xcb_window_t below = bareWindow(300, 300, 0x204060, 6);
+    EXPECT_TRUE(waitUntil([&] { return x().pixel(302, 302) == 0xff0000; }, patience));
+    bareWindow(400, 350, 0x802020);
+    EXPECT_TRUE(waitUntil([&] { return x().pixel(450, 400) == 0x802020; }, patience));
+    makeActive(below);
+    const std::string file = session().folder() + "/bordered.png";
+    Program& program = capture({"--active-window", "--output", file});
+    ASSERT_EQ(program.waitForExit(patience), 0) << program.output();
+    const QImage picture(QString::fromStdString(file));
+    ASSERT_EQ(picture.size(), QSize(212, 112));
+    EXPECT_EQ(picture.pixel(2, 2), qRgb(0xff, 0, 0));
+    EXPECT_EQ(picture.pixel(209, 109), qRgb(0xff, 0, 0));
+    EXPECT_EQ(picture.pixel(6, 6), qRgb(0x20, 0x40, 0x60));
+    EXPECT_EQ(picture.pixel(180, 90), qRgb(0x20, 0x40, 0x60)) << "where the other one covers it";
+}
+
+TEST_F(CaptureTest, TheNextOneAsksWhileTheLastOneIsStillBeingDelivered) {
+    paintWallpaper();
+    // Whoever should read the path doesn't.
+    const char* reader = "import os, subprocess, sys\n"
+                         "out, into = os.pipe()\n"
+                         "os.set_blocking(into, False)\n"
+                         "try:\n"
+                         "    while True: os.write(into, b'x')\n"
+                         "except BlockingIOError: os.set_blocking(into, True)\n"
+                         "sys.exit(subprocess.call(sys.argv[1:], stdout=into))\n";
+    const std::string file = session().folder() + "/first.png";
+    session().start({"python3", "-c", reader, CAPTURE_PROGRAM, "--region", "--output", file});
+    ASSERT_TRUE(waitUntil([&] { return chooser() && x().pixel(5, 5) != before_; }, patience));
+    draw(300, 320, 700, 560);
+    x().releaseButton();
+    ASSERT_TRUE(waitUntil([&] { return fs::exists(file); }, patience));
+    EXPECT_EQ(session().processes("rookbay-capture").size(), 1U) << "it still waits";
+    Program& second = captureByHand({"--region"});
+    x().tapKey(XKB_KEY_Escape);
+    EXPECT_EQ(second.waitForExit(patience), 3) << second.output();
+}
+
+TEST_F(CaptureTest, TheFileComesAlthoughTheClipboardCanNotBeHad) {
+    // Nothing that makes a picture file small: the clipboard's is larger than files may be.
+    std::uint32_t state = 1;
+    paintWallpaper([&state](int, int) {
+        state = state * 1664525 + 1013904223;
+        return state | 0xff000000;
+    });
+    const std::string file = session().folder() + "/shot.jpg";
+    Program& program = session().start({"sh", "-c", "trap '' XFSZ; ulimit -f 4096; exec \"$0\" \"$@\"", CAPTURE_PROGRAM,
+                                        "--clipboard", "--output", file});
+    EXPECT_EQ(program.waitForExit(patience), 1);
+    EXPECT_NE(program.output().find("无法拷贝到剪贴板"), std::string::npos) << program.output();
+    EXPECT_NE(program.output().find(file + "\n"), std::string::npos) << program.output();
+    EXPECT_EQ(QImage(QString::fromStdString(file)).size(), QSize(1280, 800));
+}
+
 TEST_F(CaptureTest, TheClipboardKeepsThePictureAndTheHistoryHasIt) {
     paintWallpaper();
     startRookBay();
@@ -292,11 +367,36 @@ TEST_F(CaptureTest, TheThumbnailShowsWhatWasSavedAndIsInNoPicture) {
     EXPECT_TRUE(waitUntil([&] { return !thumbnail() && session().processes("rookbay-capture").empty(); }, patience));
 }
 
+TEST_F(CaptureTest, AThumbnailMayBeDraggedAsLongAsOneLikes) {
+    paintWallpaper();
+    const auto shown = [&] { return !x().viewableOfClass("rookbay-thumbnail").empty(); };
+    ASSERT_EQ(capture().waitForExit(patience), 0);
+    ASSERT_TRUE(waitUntil(shown, patience));
+    const WindowFacts thumbnail = x().viewableOfClass("rookbay-thumbnail").front();
+    draw(thumbnail.x + thumbnail.width / 2, thumbnail.y + thumbnail.height / 2, thumbnail.x - 300, thumbnail.y - 200);
+    for (int step = 0; step < 5; ++step) {
+        x().movePointer(thumbnail.x - 300 - step, thumbnail.y - 200);
+    }
+    // Longer than it is shown otherwise.
+    EXPECT_TRUE(staysTrue(shown, 6.5));
+    x().releaseButton();
+    EXPECT_TRUE(waitUntil([&] { return !shown() && session().processes("rookbay-capture").empty(); }, patience));
+}
+
 class CaptureDisplaysSessionTest : public CaptureTest {
 protected:
     CaptureDisplaysSessionTest()
         : CaptureTest({}) {}
 };
+
+TEST_F(CaptureDisplaysSessionTest, AWindowBeyondTheScreenIsNoPictureOfTheScreen) {
+    makeActive(bareWindow(3000, 100, 0x204060));
+    const std::string file = session().folder() + "/shot.png";
+    Program& program = capture({"--active-window", "--output", file});
+    EXPECT_EQ(program.waitForExit(patience), 1);
+    EXPECT_NE(program.output().find("无法读取屏幕"), std::string::npos) << program.output();
+    EXPECT_FALSE(fs::exists(file));
+}
 
 TEST_F(CaptureDisplaysSessionTest, EachDisplayAloneAndBothTogether) {
     paintWallpaper();

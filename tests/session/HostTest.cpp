@@ -252,9 +252,10 @@ TEST_F(HostTest, IconsAsDarkAsTheBarAreMadeVisible) {
                           XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &color);
         xcb_map_window(client, sign);
         request(icon);
+        return sign;
     };
     iconWith("Dark", 0x151518);
-    iconWith("Bright", 0xF0D040);
+    const xcb_window_t bright = iconWith("Bright", 0xF0D040);
     ASSERT_TRUE(waitUntil([this] { return isShown("Dark") && isShown("Bright"); }));
     const auto behind = [this](const char* name) {
         const auto icon = docked(name);
@@ -265,6 +266,17 @@ TEST_F(HostTest, IconsAsDarkAsTheBarAreMadeVisible) {
     fs::create_directories(SESSION_PICTURES);
     EXPECT_TRUE(saveScreenshot(x(), SESSION_PICTURES "/dark-icons.png"));
     EXPECT_TRUE(staysTrue([&] { return red(behind("Dark")) > 0xA0; }, 2.5)) << "and no flicker";
+
+    // Without a move or anything else that would tell.
+    const auto recolour = [&](std::uint32_t color) {
+        xcb_change_window_attributes(x().connection(), bright, XCB_CW_BACK_PIXEL, &color);
+        xcb_clear_area(x().connection(), 0, bright, 0, 0, 0, 0);
+        x().sync();
+    };
+    recolour(0x151518);
+    EXPECT_TRUE(waitUntil([&] { return red(behind("Bright")) > 0xA0; }, 5)) << "it turned dark";
+    recolour(0xF0D040);
+    EXPECT_TRUE(waitUntil([&] { return red(behind("Bright")) < 0x40; }, 8)) << "and bright again";
 }
 
 TEST_F(HostTest, ItemsThatVanishOrHangHarmNobody) {

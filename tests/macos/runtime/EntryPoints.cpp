@@ -1,5 +1,5 @@
 // The functions that the compiler calls in ARC code, and those of the runtime that programs call. Their names and
-// duties are those of the ARC specification of clang.
+// duties are those that clang documents for ARC.
 #include "tests/macos/runtime/RuntimeState.h"
 
 #include <cstdio>
