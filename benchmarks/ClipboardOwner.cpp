@@ -71,7 +71,7 @@ void ClipboardOwner::handle(const xcb_generic_event_t& event) {
     } else if (type == XCB_PROPERTY_NOTIFY) {
         const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
         if (notify.state == XCB_PROPERTY_DELETE) {
-            deleted(notify);
+            deleted(notify, event.full_sequence);
         }
     }
 }
@@ -85,6 +85,10 @@ void ClipboardOwner::answer(const xcb_selection_request_event_t& request) {
     notify.selection = request.selection;
     notify.target = request.target;
     notify.property = request.property;
+    // Asked anew in the same place: what was given up there must not come in between.
+    std::erase_if(givings_, [&](const Giving& each) {
+        return each.window == request.requestor && each.property == request.property;
+    });
     const auto found = contents_.find(request.target);
     if (request.target == targets_) {
         std::vector<xcb_atom_t> targets{request.target};
@@ -100,18 +104,16 @@ void ClipboardOwner::answer(const xcb_selection_request_event_t& request) {
         const std::string& bytes = found->second;
         const bool inPieces = bytes.size() > largestPiece;
         const auto size = static_cast<std::uint32_t>(bytes.size());
-        if (inPieces) {
-            xcb_change_property(x, XCB_PROP_MODE_REPLACE, request.requestor, request.property, incremental_, 32, 1,
-                                &size);
-        } else {
-            xcb_change_property(x, XCB_PROP_MODE_REPLACE, request.requestor, request.property, request.target, 8, size,
-                                bytes.data());
-        }
+        const auto cookie = inPieces ? xcb_change_property(x, XCB_PROP_MODE_REPLACE, request.requestor,
+                                                           request.property, incremental_, 32, 1, &size)
+                                     : xcb_change_property(x, XCB_PROP_MODE_REPLACE, request.requestor,
+                                                           request.property, request.target, 8, size, bytes.data());
         givings_.push_back({.window = request.requestor,
                             .property = request.property,
                             .type = request.target,
                             .bytes = &bytes,
-                            .inPieces = inPieces});
+                            .inPieces = inPieces,
+                            .written = cookie.sequence});
     } else {
         notify.property = XCB_ATOM_NONE;
     }
@@ -119,11 +121,12 @@ void ClipboardOwner::answer(const xcb_selection_request_event_t& request) {
     xcb_flush(x);
 }
 
-void ClipboardOwner::deleted(const xcb_property_notify_event_t& notify) {
+void ClipboardOwner::deleted(const xcb_property_notify_event_t& notify, std::uint32_t sequence) {
     const auto found = std::find_if(givings_.begin(), givings_.end(), [&](const Giving& each) {
         return each.window == notify.window && each.property == notify.atom;
     });
-    if (found == givings_.end()) {
+    // Programs may take away an earlier answer in the same place only after they have asked for this one.
+    if (found == givings_.end() || static_cast<std::int32_t>(sequence - found->written) < 0) {
         return;
     }
     if (!found->inPieces || found->sent > found->bytes->size()) {
@@ -132,9 +135,11 @@ void ClipboardOwner::deleted(const xcb_property_notify_event_t& notify) {
         return;
     }
     const std::size_t length = std::min(largestPiece, found->bytes->size() - found->sent);
-    xcb_change_property(x_.connection(), XCB_PROP_MODE_REPLACE, found->window, found->property, found->type, 8,
-                        static_cast<std::uint32_t>(length), found->bytes->data() + found->sent);
+    const auto cookie =
+        xcb_change_property(x_.connection(), XCB_PROP_MODE_REPLACE, found->window, found->property, found->type, 8,
+                            static_cast<std::uint32_t>(length), found->bytes->data() + found->sent);
     xcb_flush(x_.connection());
+    found->written = cookie.sequence;
     found->sent += length > 0 ? length : 1; // past the end once the empty piece is out
 }
 

@@ -2,6 +2,7 @@
 
 #include "tests/session/frame/XClient.h"
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -35,10 +36,11 @@ private:
         const std::string* bytes = nullptr; // null for what isn't contents
         std::size_t sent = 0;
         bool inPieces = false;
+        std::uint32_t written = 0; // the number of the request that wrote what lies there
     };
     void handle(const xcb_generic_event_t& event);
     void answer(const xcb_selection_request_event_t& request);
-    void deleted(const xcb_property_notify_event_t& notify);
+    void deleted(const xcb_property_notify_event_t& notify, std::uint32_t sequence);
     bool step(double until);
 
     XClient x_;

@@ -1,5 +1,7 @@
 #include "clipboard/ClipText.h"
 
+#include "platform/Unicode.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -45,19 +47,37 @@ bool isLineEnd(char32_t code) {
     return (code >= 0x0A && code <= 0x0D) || code == 0x85 || code == 0x2028 || code == 0x2029;
 }
 
+// Where the character that ends before that position begins.
+std::size_t startOfCharacterBefore(std::string_view text, std::size_t end) {
+    constexpr std::size_t longest = 4;
+    for (std::size_t length = 2; length <= std::min(longest, end); ++length) {
+        if (characterAt(text, end - length).bytes == length) {
+            return end - length;
+        }
+    }
+    return end - 1;
+}
+
+// From both ends only, since texts are long.
 template <typename Test>
 std::string_view trimmed(std::string_view text, Test goes) {
-    std::size_t begin = text.size();
-    std::size_t end = 0;
-    for (std::size_t position = 0; position < text.size();) {
-        const Character character = characterAt(text, position);
+    std::size_t begin = 0;
+    while (begin < text.size()) {
+        const Character character = characterAt(text, begin);
         if (!goes(character.code)) {
-            begin = std::min(begin, position);
-            end = position + character.bytes;
+            break;
         }
-        position += character.bytes;
+        begin += character.bytes;
     }
-    return begin < end ? text.substr(begin, end - begin) : std::string_view{};
+    std::size_t end = text.size();
+    while (end > begin) {
+        const std::size_t start = startOfCharacterBefore(text, end);
+        if (!goes(characterAt(text, start).code)) {
+            break;
+        }
+        end = start;
+    }
+    return text.substr(begin, end - begin);
 }
 
 } // namespace
@@ -65,6 +85,11 @@ std::string_view trimmed(std::string_view text, Test goes) {
 std::size_t utf16Length(std::string_view text) {
     std::size_t units = 0;
     for (std::size_t position = 0; position < text.size();) {
+        if (const std::size_t plain = asciiEights(text.substr(position)); plain > 0) {
+            units += plain;
+            position += plain;
+            continue;
+        }
         const Character character = characterAt(text, position);
         units += unitsOf(character);
         position += character.bytes;

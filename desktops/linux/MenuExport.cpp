@@ -199,8 +199,12 @@ bool MenuExport::aboutToShow(int id) {
 void MenuExport::contentMayHaveChanged() {
     ++revision_;
     list(0, false);
+    tellOfLayout(0);
+}
+
+void MenuExport::tellOfLayout(int id) const {
     QDBusMessage signal = QDBusMessage::createSignal(path_, menuInterface, QStringLiteral("LayoutUpdated"));
-    signal << revision_ << 0;
+    signal << revision_ << id;
     bus_.send(signal);
 }
 
@@ -286,7 +290,12 @@ bool MenuExport::handleMessage(const QDBusMessage& message, const QDBusConnectio
                 changed.append(id);
             }
         }
-        return answer(message, {QVariant::fromValue(changed), QVariant::fromValue(unknown)});
+        const bool answered = answer(message, {QVariant::fromValue(changed), QVariant::fromValue(unknown)});
+        // Who asks for several at once, as GTK's panels do, doesn't look at what the answer says has changed.
+        for (const int id : std::as_const(changed)) {
+            tellOfLayout(id);
+        }
+        return answered;
     }
     if (member == QLatin1String("Event")) {
         answer(message, {});

@@ -50,6 +50,8 @@ private:
     QVariantMap properties(const Line& line) const;
     QByteArray fingerprint(int id) const;
     bool aboutToShow(int id);
+    // What is below that line is to be fetched anew.
+    void tellOfLayout(int id) const;
     // With these modifiers held; or of ModifierFlags.
     void choose(int id, std::uint32_t modifiers);
     void chooseLater(int id);

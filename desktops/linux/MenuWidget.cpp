@@ -305,6 +305,12 @@ void MenuWidget::showEvent(QShowEvent* event) {
     if (place_) {
         // Qt keeps the whole window within the work area, but a shadow may lie on a bar or off the screen.
         move(*std::exchange(place_, std::nullopt));
+    } else if (parentMenu_ && parentMenu_->activeAction() && margin() > 0) {
+        // Qt puts the window's edge beside the row, and ours begins with a shadow: the first row belongs there. Higher
+        // up when there is no room below.
+        const QRect row = parentMenu_->actionGeometry(parentMenu_->activeAction());
+        const int beside = parentMenu_->mapToGlobal(row.topLeft()).y() - padding - margin();
+        move(x(), std::max(std::min(y(), beside), screen()->availableGeometry().top() - margin()));
     }
     if (margin() > 0) {
         // Compositors that shade every window would add a rectangular one to ours.

@@ -71,10 +71,13 @@ std::vector<xcb_atom_t> SelectionOwner::targets() {
 
 void SelectionOwner::handle(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7F) {
-    case XCB_SELECTION_REQUEST:
+    case XCB_SELECTION_REQUEST: {
+        const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(event);
         lastAsked_ = loop_.now();
-        answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
+        dropSendings(request.requestor, request.property);
+        answer(request);
         break;
+    }
     case XCB_SELECTION_CLEAR: {
         const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
         // Not one that was under way when we took the selection again.
@@ -93,7 +96,7 @@ void SelectionOwner::handle(const xcb_generic_event_t& event) {
         if (notify.state == XCB_PROPERTY_DELETE) {
             lastAsked_ = loop_.now(); // a piece was taken, or the list of what is to be saved
         }
-        sendPiece(notify);
+        sendPiece(notify, event.full_sequence);
         break;
     }
     default:
@@ -169,10 +172,14 @@ bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property
     return true;
 }
 
+// Asked anew in the same place: what it gave up taking must not come in between.
+void SelectionOwner::dropSendings(xcb_window_t requestor, xcb_atom_t property) {
+    sendings_.remove_if([&](const Sending& each) { return each.requestor == requestor && each.property == property; });
+}
+
 void SelectionOwner::giveBytes(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const SharedBytes& bytes) {
     xcb_connection_t* x = connection_.get();
-    // Asked anew in the same place: what it gave up taking must not come in between.
-    sendings_.remove_if([&](const Sending& each) { return each.requestor == requestor && each.property == property; });
+    dropSendings(requestor, property);
     if (bytes->size() <= largestPiece) {
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
                             static_cast<std::uint32_t>(bytes->size()), bytes->data());
@@ -181,8 +188,10 @@ void SelectionOwner::giveBytes(xcb_window_t requestor, xcb_atom_t property, xcb_
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(x, requestor, XCB_CW_EVENT_MASK, &events);
     const auto size = static_cast<std::uint32_t>(bytes->size());
-    xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("INCR"), 32, 1, &size);
-    sendings_.push_back({.requestor = requestor, .property = property, .type = type, .bytes = bytes});
+    const auto cookie =
+        xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("INCR"), 32, 1, &size);
+    sendings_.push_back(
+        {.requestor = requestor, .property = property, .type = type, .bytes = bytes, .written = cookie.sequence});
     allow(std::prev(sendings_.end()));
 }
 
@@ -190,20 +199,24 @@ void SelectionOwner::allow(std::list<Sending>::iterator sending) {
     sending->limit = loop_.after(sendingLimit, [this, sending] { sendings_.erase(sending); });
 }
 
-void SelectionOwner::sendPiece(const xcb_property_notify_event_t& notify) {
+void SelectionOwner::sendPiece(const xcb_property_notify_event_t& notify, std::uint32_t sequence) {
     if (notify.state != XCB_PROPERTY_DELETE) {
         return;
     }
     const auto sending = std::find_if(sendings_.begin(), sendings_.end(), [&](const Sending& each) {
         return each.requestor == notify.window && each.property == notify.atom;
     });
-    if (sending == sendings_.end()) {
+    // GTK takes its list of targets away only after it has asked for the contents in the same place: a deletion from
+    // before the last piece was written doesn't mean that piece.
+    if (sending == sendings_.end() || static_cast<std::int32_t>(sequence - sending->written) < 0) {
         return;
     }
     const std::size_t length = std::min(largestPiece, sending->bytes->size() - sending->sent);
-    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, sending->requestor, sending->property, sending->type,
-                        8, static_cast<std::uint32_t>(length), sending->bytes->data() + sending->sent);
+    const auto cookie = xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, sending->requestor,
+                                            sending->property, sending->type, 8, static_cast<std::uint32_t>(length),
+                                            sending->bytes->data() + sending->sent);
     xcb_flush(connection_.get());
+    sending->written = cookie.sequence;
     sending->sent += length;
     if (length == 0) {
         sendings_.erase(sending); // the empty piece that ends it

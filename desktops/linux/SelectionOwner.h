@@ -4,6 +4,7 @@
 #include "platform/Handle.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <string>
@@ -50,6 +51,7 @@ private:
         xcb_atom_t type = XCB_ATOM_NONE;
         SharedBytes bytes = {};
         std::size_t sent = 0;
+        std::uint32_t written = 0; // the number of the request that wrote the last piece
         Handle limit = {};
     };
 
@@ -59,7 +61,8 @@ private:
     bool convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property);
     bool convertMultiple(xcb_window_t requestor, xcb_atom_t property);
     void giveBytes(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const SharedBytes& bytes);
-    void sendPiece(const xcb_property_notify_event_t& notify);
+    void dropSendings(xcb_window_t requestor, xcb_atom_t property);
+    void sendPiece(const xcb_property_notify_event_t& notify, std::uint32_t sequence);
     void allow(std::list<Sending>::iterator sending);
     std::vector<xcb_atom_t> targets();
 

@@ -183,7 +183,8 @@ SelectionReader::Piece SelectionReader::take(Transfer& transfer) {
         if (atLeast > transfer.most) {
             return Piece::TooMuch;
         }
-        // What it says may be a lie, so room is made as the pieces come.
+        // What it says may be a lie: room that isn't used costs no memory, and more is made as the pieces come.
+        transfer.bytes.reserve(atLeast);
         xcb_delete_property(connection_.get(), window_, transfer.property);
         xcb_flush(connection_.get());
         return Piece::Incremental;

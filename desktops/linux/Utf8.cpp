@@ -1,5 +1,7 @@
 #include "desktops/linux/Utf8.h"
 
+#include "platform/Unicode.h"
+
 #include <cstdint>
 
 namespace rb {
@@ -43,6 +45,10 @@ std::size_t utf8SequenceLength(std::string_view text, std::size_t position) {
 
 bool isValidUtf8(std::string_view text) {
     for (std::size_t position = 0; position < text.size();) {
+        if (const std::size_t plain = asciiEights(text.substr(position)); plain > 0) {
+            position += plain;
+            continue;
+        }
         const std::size_t length = utf8SequenceLength(text, position);
         if (length == 0) {
             return false;

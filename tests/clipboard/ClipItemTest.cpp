@@ -18,6 +18,11 @@ TEST(ClipTextTest, CountsUtf16UnitsAndTearsNothingApart) {
     EXPECT_EQ(utf16Prefix("ab", 9), "ab");
     EXPECT_EQ(trimmedWhole("\u00A0\u2029\n x \u0085"), "x");
     EXPECT_EQ(trimmedWhole("\u200B"), "\u200B") << "no width, but no white space";
+    EXPECT_EQ(trimmedWhole("  中 \u3000"), "中");
+    EXPECT_EQ(trimmedWhole("\u3000\u2028 \n"), "");
+    EXPECT_EQ(trimmedWhole("é\u2009"), "é");
+    EXPECT_EQ(trimmedWhole("x\xe3\x80"), "x\xe3\x80") << "a torn character stays";
+    EXPECT_EQ(utf16Length("eight ascii, then 中文 and twenty more 😀"), 39U);
     EXPECT_EQ(trimmedLine(" \tx\n"), "x\n");
     EXPECT_EQ(trimmedLine(" \r"), "\r");
 }

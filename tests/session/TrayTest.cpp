@@ -103,6 +103,32 @@ TEST_F(TrayTest, ANotifierShowsItemAndMenu) {
     EXPECT_TRUE(waitUntil([&] { return watcher.output().find("gone") != std::string::npos; }));
 }
 
+// GTK's panels ask for several submenus at once and fetch only what they are told of by the signal.
+TEST_F(TrayTest, ASubmenuThatFillsAsItOpensIsToldOf) {
+    const Program& watcher = startWatcher();
+    launch();
+    ASSERT_TRUE(waitUntil([&] { return registered(watcher).has_value(); }));
+    const auto [service, path] = *registered(watcher);
+    const auto call = [&, service = service](const std::string& method, const std::vector<std::string>& arguments) {
+        std::vector<std::string> command{"gdbus",    "call",     "--session",
+                                         "--dest",   service,    "--object-path",
+                                         "/MenuBar", "--method", "com.canonical.dbusmenu." + method};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        Program& program = session().start(command);
+        EXPECT_EQ(program.waitForExit(), 0) << program.output();
+        return program.output();
+    };
+    const std::string menu = call("GetLayout", {"0", "--", "-1", "[]"});
+    const Program& listener =
+        session().start({"gdbus", "monitor", "--session", "--dest", service, "--object-path", "/MenuBar"});
+    ASSERT_TRUE(waitUntil([&] { return listener.output().find("is owned by") != std::string::npos; }));
+    constexpr const char* history = "[4]";
+    EXPECT_EQ(call("AboutToShowGroup", {history}), "([4], @ai [])\n") << menu;
+    EXPECT_TRUE(waitUntil([&] { return listener.output().find("LayoutUpdated") != std::string::npos; }))
+        << listener.output();
+    EXPECT_THAT(call("GetLayout", {"4", "--", "-1", "[]"}), testing::HasSubstr("还没有复制记录"));
+}
+
 TEST_F(TrayTest, TheItemMovesBetweenNotifierTrayAndOwnBar) {
     startRookBay();
     Program& watcher = startWatcher();

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <sys/mount.h>
 #include <utility>
@@ -67,11 +68,21 @@ TEST_F(ClipboardSessionTest, ChoosingAnEntryPastesInOtherPrograms) {
 
 TEST_F(ClipboardSessionTest, APasswordManagersHintIsHonoured) {
     startRookBay();
-    {
-        const CopyingProgram manager(
-            session().display(), {.offered = {{"UTF8_STRING", "p4ssw0rd"}, {"x-kde-passwordManagerHint", "secret"}}});
-        ASSERT_TRUE(waitUntil([&] { return manager.asked("x-kde-passwordManagerHint") > 0; }));
+    constexpr const char* hint = "x-kde-passwordManagerHint";
+    // The usual value, others, one that is no text, and one that is too long to be read.
+    for (const std::string& value : {std::string("secret"), std::string("public"), std::string("0"), std::string(" "),
+                                     std::string(1, '\0'), std::string("\xFF\xFE"), std::string(5000, 's')}) {
+        SCOPED_TRACE(value.substr(0, 10));
+        const CopyingProgram manager(session().display(), {.offered = {{"UTF8_STRING", "p4ssw0rd"}, {hint, value}}});
+        ASSERT_TRUE(waitUntil([&] { return manager.asked(hint) > 0; }));
         EXPECT_TRUE(staysTrue([&] { return manager.asked("UTF8_STRING") == 0; }, 0.5)) << "never even read";
+    }
+    {
+        const CopyingProgram manager(session().display(),
+                                     {.offered = {{"UTF8_STRING", "p4ssw0rd"}, {hint, ""}}, .answersContents = false});
+        ASSERT_TRUE(waitUntil([&] { return manager.asked(hint) > 0; }));
+        constexpr double whileItMayAnswer = 4;
+        EXPECT_TRUE(staysTrue([&] { return manager.asked("UTF8_STRING") == 0; }, whileItMayAnswer + 0.5));
     }
     {
         const CopyingProgram manager(
@@ -79,10 +90,118 @@ TEST_F(ClipboardSessionTest, APasswordManagersHintIsHonoured) {
         ASSERT_TRUE(waitUntil([&] { return manager.asked("TARGETS") > 0; }));
         EXPECT_TRUE(staysTrue([&] { return manager.asked("UTF8_STRING") == 0; }, 0.5));
     }
-    const CopyingProgram ordinary(session().display(),
-                                  {.offered = {{"UTF8_STRING", "ordinary"}, {"x-kde-passwordManagerHint", ""}}});
+    // An empty hint says nothing.
+    const CopyingProgram ordinary(session().display(), {.offered = {{"UTF8_STRING", "ordinary"}, {hint, ""}}});
     EXPECT_TRUE(waitForNewest("ordinary"));
+    EXPECT_EQ(ordinary.asked(hint), 1);
     EXPECT_EQ(items().size(), 1U);
+}
+
+// A program that pastes, step by step as a test wants it. It takes every answer in one and the same place.
+class PastingProgram {
+public:
+    explicit PastingProgram(const std::string& display)
+        : x_(display)
+        , window_(xcb_generate_id(x_.connection()))
+        , clipboard_(x_.atom("CLIPBOARD"))
+        , place_(x_.atom("PASTED")) {
+        xcb_create_window(x_.connection(), XCB_COPY_FROM_PARENT, window_, x_.root(), -10, -10, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    }
+
+    // True once the answer lies there, or its announcement when it comes in pieces.
+    [[nodiscard]] bool ask(const std::string& target) const {
+        request(target);
+        return isAnswered();
+    }
+    // The same, and what lay there before is taken away right after the question.
+    [[nodiscard]] bool askAndTakeAway(const std::string& target) const {
+        request(target);
+        xcb_delete_property(x_.connection(), window_, place_);
+        return isAnswered();
+    }
+    // Takes away what lies there, or comes within that many seconds.
+    std::optional<std::string> take(double limit = 5) const {
+        std::optional<std::string> taken;
+        (void)waitUntil(
+            [&] {
+                constexpr std::uint32_t most = 1'000'000; // four bytes each
+                const auto cookie = xcb_get_property(x_.connection(), 1, window_, place_, XCB_ATOM_ANY, 0, most);
+                const auto reply = ownReply(xcb_get_property_reply(x_.connection(), cookie, nullptr));
+                if (reply && reply->type != XCB_ATOM_NONE) {
+                    taken.emplace(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                                  static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+                }
+                return taken.has_value();
+            },
+            limit);
+        return taken;
+    }
+    // All of an answer that is announced.
+    std::string takePieces() const {
+        std::string all;
+        std::optional<std::string> piece = take();
+        while (piece && !piece->empty()) {
+            all += *piece;
+            piece = take();
+        }
+        return all;
+    }
+
+private:
+    void request(const std::string& target) const {
+        const xcb_atom_t atom = x_.atom(target);
+        xcb_convert_selection(x_.connection(), window_, clipboard_, atom, place_, XCB_CURRENT_TIME);
+    }
+    bool isAnswered() const {
+        xcb_flush(x_.connection());
+        return waitUntil([this] {
+            const auto event = ownReply(xcb_poll_for_event(x_.connection()));
+            return event && (event->response_type & 0x7F) == XCB_SELECTION_NOTIFY &&
+                   reinterpret_cast<const xcb_selection_notify_event_t&>(*event).property == place_;
+        });
+    }
+
+    XClient x_;
+    xcb_window_t window_;
+    xcb_atom_t clipboard_;
+    xcb_atom_t place_;
+};
+
+TEST_F(ClipboardSessionTest, WhoGivesUpAPasteAndAsksAnewGetsTheNewAnswerAlone) {
+    startRookBay();
+    const std::string picture = largePicture();
+    xclip(picture, "image/png");
+    ASSERT_TRUE(waitForNewest("kind 1"));
+    chooseEntry(XKB_KEY_1);
+    const PastingProgram program(session().display());
+    const auto giveUpInTheMiddle = [&] {
+        ASSERT_TRUE(program.ask("image/png"));
+        ASSERT_TRUE(program.take()) << "announced";
+        const auto piece = program.take();
+        ASSERT_TRUE(piece);
+        ASSERT_LT(piece->size(), picture.size());
+    };
+    giveUpInTheMiddle();
+    ASSERT_TRUE(program.ask("image/png"));
+    ASSERT_TRUE(program.take()) << "announced";
+    EXPECT_EQ(program.takePieces(), picture) << "from its beginning, each piece once";
+    giveUpInTheMiddle();
+    ASSERT_TRUE(program.ask("TARGETS"));
+    ASSERT_TRUE(program.take());
+    EXPECT_FALSE(program.take(0.5)) << "nothing of the picture comes after the list";
+    // GTK asks for the contents before it has taken the list away.
+    ASSERT_TRUE(program.ask("TARGETS"));
+    ASSERT_TRUE(program.askAndTakeAway("image/png"));
+    EXPECT_EQ(program.take().value_or("").size(), sizeof(std::uint32_t)) << "announced";
+    EXPECT_EQ(program.takePieces(), picture);
+    giveUpInTheMiddle();
+    xclip("short");
+    ASSERT_TRUE(waitForNewest("short"));
+    chooseEntry(XKB_KEY_1);
+    ASSERT_TRUE(program.ask("UTF8_STRING"));
+    EXPECT_EQ(program.take(), "short");
+    EXPECT_FALSE(program.take(0.5)) << "nothing of the picture comes after the text";
 }
 
 TEST_F(ClipboardSessionTest, BadOwnersCostOnlyTheirOwnCopies) {
