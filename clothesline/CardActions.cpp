@@ -13,8 +13,37 @@
 
 #include <algorithm>
 #include <cctype>
+#include <memory>
 
 namespace rb {
+
+namespace {
+
+// Beyond are mistakes, and what nobody can paste.
+constexpr std::size_t mostPictureBytes = 536'870'912;
+
+bool isNamedPng(const std::string& path) {
+    std::string ending = path.substr(path.find_last_of("./"));
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending == ".png";
+}
+
+// A file's picture as it is now. The file is opened at once and its bytes are read as soon as a thread is free, so what
+// becomes of the file afterwards doesn't matter. Null for what doesn't even begin like a picture.
+std::shared_ptr<PromisedBytes> promisePng(const Desktop& desktop, const std::string& path) {
+    const auto file = desktop.fileOperations.open(path, mostPictureBytes);
+    if (!file || !desktop.thumbnails.canDecode(path)) {
+        return nullptr;
+    }
+    return PromisedBytes::begin(desktop.runLoop, [file, &thumbnails = desktop.thumbnails,
+                                                  asItIs = isNamedPng(path)](const std::atomic<bool>& givenUp) {
+        const SharedBytes bytes = file->contents(givenUp);
+        return asItIs || !bytes ? bytes : thumbnails.pngData(bytes, givenUp);
+    });
+}
+
+} // namespace
 
 void CardActions::copyItem(const RBPegItemRef& item) {
     if (!line_.contains(*item)) {
@@ -24,14 +53,8 @@ void CardActions::copyItem(const RBPegItemRef& item) {
         line_.prune();
         return;
     }
-    SharedBytes png;
-    if (item->isImage) {
-        std::string ending = item->path.substr(item->path.find_last_of("./"));
-        std::transform(ending.begin(), ending.end(), ending.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        png = ending == ".png" ? desktop_.fileOperations.contents(item->path) : desktop_.thumbnails.pngData(item->path);
-    }
-    desktop_.pasteboards.general().write(PasteboardPictureFile{.path = item->path, .png = png});
+    desktop_.pasteboards.general().write(
+        PasteboardPictureFile{.path = item->path, .png = item->isImage ? promisePng(desktop_, item->path) : nullptr});
     line_.showPill(item);
     line_.nudge(*item, 3);
 }

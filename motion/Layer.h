@@ -85,6 +85,9 @@ struct LayerModel {
     double contentsScale = 1;
     LayerContent content;
 
+    // Pictures are compared by identity.
+    friend bool operator==(const LayerModel&, const LayerModel&) = default;
+
     // The rectangle in superlayer coordinates without the transform, as in setting a frame.
     Rect frame() const;
     void setFrame(const Rect& frame);

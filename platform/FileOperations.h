@@ -2,7 +2,10 @@
 
 #include "platform/Bytes.h"
 
+#include <atomic>
+#include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -11,6 +14,15 @@ namespace rb {
 struct FileFailure {
     bool targetExists = false; // something stands at the target; nothing was changed
     std::string reason = {};   // the system's words
+};
+
+// A file that was opened to be read: the same file, whatever happens to its name meanwhile. Any thread.
+class OpenedFile {
+public:
+    virtual ~OpenedFile() = default;
+    // All of its bytes. Null when they can't be read, when they were changed since the file was opened, as far as its
+    // size and its time of change tell, and when `givenUp` becomes true. May block.
+    virtual SharedBytes contents(const std::atomic<bool>& givenUp) const = 0;
 };
 
 // Changes to the user's files. Paths are absolute, UTF-8; links are treated as themselves. Nothing that exists is ever
@@ -29,8 +41,8 @@ public:
     virtual void copyItem(const std::string& from, const std::string& to, Done done) = 0;
     // From where the user can put it back; never deletes instead.
     virtual void trashItem(const std::string& path, Done done) = 0;
-    // All bytes of a file; null when they can't be read.
-    virtual SharedBytes contents(const std::string& path) const = 0;
+    // Null for what can't be opened, is no ordinary file or has more than `mostBytes`.
+    virtual std::shared_ptr<const OpenedFile> open(const std::string& path, std::size_t mostBytes) const = 0;
 };
 
 } // namespace rb

@@ -15,6 +15,14 @@ struct FolderEntry {
     std::optional<double> created; // seconds since 1970; absent when it can't be read
 };
 
+// What happened in a watched folder.
+struct FolderChange {
+    // Of what came, went or is complete, in the order in which it happened; a name may occur more than once.
+    std::vector<std::string> names = {};
+    // Anything may have happened: the system doesn't say what, or lost count.
+    bool everything = false;
+};
+
 // A folder that was opened for watching; let go with its last reference.
 class OpenFolder {
 public:
@@ -31,10 +39,14 @@ public:
     virtual std::shared_ptr<OpenFolder> open(const std::string& path) = 0;
     // Calls back on the main thread, in a turn of its own, when files come, go or are complete, and when the folder
     // itself goes. Main thread. An empty handle when the system can't watch.
-    virtual Handle watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) = 0;
+    virtual Handle watch(std::shared_ptr<OpenFolder> folder, std::function<void(const FolderChange&)> changed) = 0;
     // What lies directly in the folder and isn't hidden; a file that is still being written is left out where the
     // system can tell. Empty when it can't be listed. May block, so callable from any thread.
     virtual std::vector<FolderEntry> list(const std::string& path) = 0;
+    // Those of these names that list() would find, in this order, without a look at the others. Nothing when the folder
+    // can't be read. May block, so callable from any thread.
+    virtual std::optional<std::vector<FolderEntry>> look(const std::string& path,
+                                                         const std::vector<std::string>& names) = 0;
 };
 
 } // namespace rb

@@ -2,6 +2,7 @@
 
 #include "platform/Bytes.h"
 #include "platform/Handle.h"
+#include "platform/PromisedBytes.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,7 +35,9 @@ struct PasteboardFiles {
 // One file that is also a picture to programs that take pictures.
 struct PasteboardPictureFile {
     std::string path; // absolute
-    SharedBytes png;  // null for none
+    // Null for none. Others are offered the picture while it is being made, and whoever asks then waits for it; when it
+    // can't be made they are refused, and it is offered no longer where the system allows that.
+    std::shared_ptr<PromisedBytes> png;
 };
 // A text (UTF-8), one piece of data, files, or a file with its picture.
 using PasteboardContents = std::variant<std::string, PasteboardData, PasteboardFiles, PasteboardPictureFile>;

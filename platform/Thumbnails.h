@@ -4,6 +4,7 @@
 #include "platform/Bytes.h"
 #include "platform/Handle.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -32,8 +33,11 @@ public:
     // The picture that some bytes hold, filling a square of `side` points with rounded corners, sharp on every screen.
     // Any thread.
     virtual DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) = 0;
-    // The whole picture of a file as PNG, in the file's own size. Null when it can't be opened or read.
-    virtual SharedBytes pngData(const std::string& path) = 0;
+    // Whether the file's beginning is that of a picture that pngData() can take. Decodes nothing.
+    virtual bool canDecode(const std::string& path) = 0;
+    // The picture that a file's bytes hold, in its own size, as PNG. Null when it can't be decoded, and when `givenUp`
+    // becomes true. Takes a second for twelve megapixels. Any thread.
+    virtual SharedBytes pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) = 0;
     // A rendering of a document's first page within `size` points at `scale` pixels per point. Asked of the system in
     // the background; the answer comes on the main thread, and only when a real rendering was made.
     virtual Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,

@@ -15,6 +15,8 @@ namespace {
 constexpr double quietTime = 0.25; // after the last change
 constexpr double cutOffSlack = 1;
 constexpr int mostInOneTurn = 4;
+// Beyond it is no more work to list the folder.
+constexpr std::size_t mostNames = 20'000;
 
 std::string lowerExtension(const std::string& path) {
     const std::string name = lastPathComponent(path);
@@ -26,6 +28,14 @@ std::string lowerExtension(const std::string& path) {
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
     return extension;
+}
+
+// The last of each stays.
+void removeRepeated(std::vector<std::string>& names) {
+    std::unordered_set<std::string> seen;
+    std::reverse(names.begin(), names.end());
+    std::erase_if(names, [&seen](const std::string& name) { return !seen.insert(name).second; });
+    std::reverse(names.begin(), names.end());
 }
 
 } // namespace
@@ -89,7 +99,7 @@ void RBScreenshotWatcher::watch(const std::shared_ptr<OpenFolder>& opened) {
         return;
     }
     if (opened) {
-        source_ = desktop_.folderWatches.watch(opened, [this] { scheduleScan(); });
+        source_ = desktop_.folderWatches.watch(opened, [this](const FolderChange& change) { noteChange(change); });
     }
     if (!source_) {
         if (!std::exchange(denied_, true)) {
@@ -120,18 +130,21 @@ void RBScreenshotWatcher::checkFolder() {
 // What was judged stays known: a folder that comes back brings nothing new with it.
 void RBScreenshotWatcher::lose() {
     source_.reset();
+    quiet_.reset();
     opened_.reset();
     missed_ = false;
+    changed_ = unknown();
     ++generation_;
 }
 
-void RBScreenshotWatcher::scheduleScan() {
-    const std::uint64_t mine = ++debounce_;
-    later_.after(quietTime, [this, mine] {
-        if (mine == debounce_) {
-            scan();
-        }
-    });
+void RBScreenshotWatcher::noteChange(const FolderChange& change) {
+    changed_.everything = changed_.everything || change.everything || changed_.names.size() > mostNames;
+    if (changed_.everything) {
+        changed_.names.clear();
+    } else {
+        changed_.names.insert(changed_.names.end(), change.names.begin(), change.names.end());
+    }
+    quiet_ = desktop_.runLoop.after(quietTime, [this] { scan(); });
 }
 
 void RBScreenshotWatcher::scan() {
@@ -143,38 +156,72 @@ void RBScreenshotWatcher::scan() {
         return;
     }
     scanning_ = true;
-    auto listed = lifetime_.guard([this, generation = generation_](const std::vector<FolderEntry>& entries) {
-        scanning_ = false;
-        if (generation == generation_ && opened_->isCurrent()) {
-            process(entries);
-        } else if (generation == generation_) {
-            checkFolder();
+    const auto looked = std::make_shared<FolderChange>(std::exchange(changed_, {}));
+    auto listed = lifetime_.guard(
+        [this, looked, generation = generation_](const std::optional<std::vector<FolderEntry>>& entries) {
+            scanning_ = false;
+            if (generation == generation_ && opened_->isCurrent()) {
+                scanned(*looked, entries ? &*entries : nullptr);
+            } else if (generation == generation_) {
+                checkFolder();
+            }
+            if (source_ && std::exchange(missed_, false)) {
+                scan();
+            }
+        });
+    desktop_.runLoop.background(QualityOfService::Utility, [&desktop = desktop_, path = folder_, looked, listed] {
+        std::optional<std::vector<FolderEntry>> entries;
+        if (looked->everything) {
+            entries = desktop.folderWatches.list(path);
+        } else {
+            removeRepeated(looked->names);
+            entries = desktop.folderWatches.look(path, looked->names);
         }
-        if (source_ && std::exchange(missed_, false)) {
-            scan();
-        }
-    });
-    desktop_.runLoop.background(QualityOfService::Utility, [&desktop = desktop_, path = folder_, listed] {
-        desktop.runLoop.post([listed, entries = desktop.folderWatches.list(path)]() mutable { listed(entries); });
+        desktop.runLoop.post([listed, entries = std::move(entries)]() mutable { listed(entries); });
     });
 }
 
-void RBScreenshotWatcher::process(const std::vector<FolderEntry>& entries) {
-    std::unordered_set<std::string> seen;
-    seen.reserve(entries.size());
-    for (const FolderEntry& entry : entries) {
-        std::string name = lastPathComponent(entry.path);
-        // Judged once and for all, whatever the judgement.
-        if (!known_.contains(name) && isNewCapture(entry)) {
-            captures_.push_back(entry.path);
+// Names that left are forgotten: a file that comes back is judged afresh.
+void RBScreenshotWatcher::scanned(const FolderChange& looked, const std::vector<FolderEntry>* entries) {
+    if (entries == nullptr) {
+        // As a listing that found nothing; the next one must look at everything.
+        known_.clear();
+        changed_ = unknown();
+    } else if (looked.everything) {
+        const std::unordered_set<std::string> before = std::exchange(known_, {});
+        known_.reserve(entries->size());
+        for (const FolderEntry& entry : *entries) {
+            std::string name = lastPathComponent(entry.path);
+            if (before.contains(name)) {
+                known_.insert(std::move(name));
+            } else {
+                judge(entry, std::move(name));
+            }
         }
-        seen.insert(std::move(name));
+    } else {
+        std::unordered_set<std::string> gone(looked.names.begin(), looked.names.end());
+        for (const FolderEntry& entry : *entries) {
+            std::string name = lastPathComponent(entry.path);
+            gone.erase(name);
+            if (!known_.contains(name)) {
+                judge(entry, std::move(name));
+            }
+        }
+        for (const std::string& name : gone) {
+            known_.erase(name);
+        }
     }
-    // Names that left are forgotten: a file that comes back is judged afresh.
-    known_ = std::move(seen);
     if (!reporting_) {
         report();
     }
+}
+
+// Once and for all, whatever the judgement.
+void RBScreenshotWatcher::judge(const FolderEntry& entry, std::string name) {
+    if (isNewCapture(entry)) {
+        captures_.push_back(entry.path);
+    }
+    known_.insert(std::move(name));
 }
 
 // Thousands of files at once must not keep the program from everything else: a few are reported in one turn.

@@ -16,8 +16,9 @@
 
 namespace rb {
 
-// Notices new captures in one folder and reports each of them once. The folder is opened and listed off the main
-// thread; everything else is on it.
+// Notices new captures in one folder and reports each of them once. The folder is opened and looked at off the main
+// thread: all of it at first, and where the system says what changed only that from then on. Everything else is on the
+// main thread.
 class RBScreenshotWatcher {
 public:
     explicit RBScreenshotWatcher(const Desktop& desktop);
@@ -47,12 +48,15 @@ public:
     const std::string& folder() const { return folder_; }
 
 private:
+    static FolderChange unknown() { return {.everything = true}; }
     void open();
     void watch(const std::shared_ptr<OpenFolder>& opened);
     void lose();
-    void scheduleScan();
+    void noteChange(const FolderChange& change);
     void scan();
-    void process(const std::vector<FolderEntry>& entries);
+    // Null entries: the folder couldn't be read.
+    void scanned(const FolderChange& looked, const std::vector<FolderEntry>* entries);
+    void judge(const FolderEntry& entry, std::string name);
     void report();
     bool isNewCapture(const FolderEntry& entry) const;
 
@@ -70,9 +74,10 @@ private:
     bool starting_ = false;
     bool denied_ = false; // and told so
     bool scanning_ = false;
-    bool missed_ = false;          // something changed while a listing was in flight
-    std::uint64_t generation_ = 0; // a listing that was begun under an earlier one is dropped
-    std::uint64_t debounce_ = 0;
+    bool missed_ = false;              // a scan was due while one was in flight
+    FolderChange changed_ = unknown(); // since the last scan began
+    std::uint64_t generation_ = 0;     // a listing that was begun under an earlier one is dropped
+    Handle quiet_;                     // until the folder has been quiet for a while
     DelayedCalls later_;
     Lifetime lifetime_;
 };

@@ -7,11 +7,11 @@
 #include "platform/Files.h"
 #include "platform/RunLoop.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -131,6 +131,38 @@ std::optional<FileFailure> moveByCopy(const std::string& from, const std::string
     return std::nullopt;
 }
 
+class LinuxOpenedFile final : public OpenedFile {
+public:
+    LinuxOpenedFile(UniqueFd file, const struct stat& facts)
+        : file_(std::move(file))
+        , facts_(facts) {}
+
+    SharedBytes contents(const std::atomic<bool>& givenUp) const override {
+        constexpr std::size_t piece = 1'048'576;
+        Bytes bytes(static_cast<std::size_t>(facts_.st_size));
+        for (std::size_t have = 0; have < bytes.size();) {
+            const ssize_t count = givenUp ? 0
+                                          : pread(file_.get(), bytes.data() + have,
+                                                  std::min(piece, bytes.size() - have), static_cast<off_t>(have));
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count <= 0) {
+                return nullptr;
+            }
+            have += static_cast<std::size_t>(count);
+        }
+        struct stat now {};
+        const bool same = fstat(file_.get(), &now) == 0 && now.st_size == facts_.st_size &&
+                          now.st_mtim.tv_sec == facts_.st_mtim.tv_sec && now.st_mtim.tv_nsec == facts_.st_mtim.tv_nsec;
+        return same ? std::make_shared<const Bytes>(std::move(bytes)) : nullptr;
+    }
+
+private:
+    UniqueFd file_;
+    struct stat facts_;
+};
+
 void tell(const FileOperations::Done& done, const std::optional<FileFailure>& failure) {
     if (done) {
         done(failure);
@@ -198,13 +230,14 @@ void LinuxFileOperations::copyItem(const std::string& from, const std::string& t
         std::move(done));
 }
 
-SharedBytes LinuxFileOperations::contents(const std::string& path) const {
-    QFile file(QString::fromStdString(path));
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
+std::shared_ptr<const OpenedFile> LinuxFileOperations::open(const std::string& path, std::size_t mostBytes) const {
+    UniqueFd file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)); // a pipe must not keep us waiting
+    struct stat facts {};
+    if (!file || fstat(file.get(), &facts) != 0 || !S_ISREG(facts.st_mode) ||
+        static_cast<std::uint64_t>(facts.st_size) > mostBytes) {
         return nullptr;
     }
-    const QByteArray bytes = file.readAll();
-    return file.error() == QFileDevice::NoError ? std::make_shared<const Bytes>(bytes.begin(), bytes.end()) : nullptr;
+    return std::make_shared<const LinuxOpenedFile>(std::move(file), facts);
 }
 
 void LinuxFileOperations::trashItem(const std::string& path, Done done) {

@@ -26,7 +26,7 @@ public:
     void copyItem(const std::string& from, const std::string& to, Done done) override;
     // By the rules that file managers share: on the file's own file system where that has a Trash, else in the home's.
     void trashItem(const std::string& path, Done done) override;
-    SharedBytes contents(const std::string& path) const override;
+    std::shared_ptr<const OpenedFile> open(const std::string& path, std::size_t mostBytes) const override;
 
 private:
     using Work = std::function<std::optional<FileFailure>(const std::atomic<bool>& cancelled)>;

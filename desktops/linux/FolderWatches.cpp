@@ -4,6 +4,7 @@
 
 #include <QSocketNotifier>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -14,6 +15,7 @@
 #include <memory>
 #include <sys/inotify.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -45,24 +47,29 @@ struct LinuxOpenFolder final : OpenFolder {
 struct Watch {
     UniqueFd queue;
     std::shared_ptr<LinuxOpenFolder> folder;
-    std::function<void()> changed;
+    std::function<void(const FolderChange&)> changed;
     std::unique_ptr<QSocketNotifier> notifier;
+    bool shared = false; // others change the folder unseen
     bool telling = false;
 
     void tell() {
-        // What happened in the folder doesn't matter, only that something did; an overflow is an event as well.
+        FolderChange change{.everything = shared};
         std::array<char, 65536> events{};
         for (ssize_t size = 0; (size = read(queue.get(), events.data(), events.size())) > 0;) {
             for (std::size_t at = 0; at + sizeof(inotify_event) <= static_cast<std::size_t>(size);) {
                 inotify_event event{};
                 std::memcpy(&event, events.data() + at, sizeof(event));
                 folder->gone = folder->gone || (event.mask & (IN_IGNORED | IN_DELETE_SELF | IN_UNMOUNT)) != 0;
+                change.everything = change.everything || (event.mask & IN_Q_OVERFLOW) != 0;
+                if (event.len > 0) {
+                    change.names.emplace_back(events.data() + at + sizeof(event)); // ends with zeros
+                }
                 at += sizeof(event) + event.len;
             }
         }
         const auto call = changed; // it may end this watch
         telling = true;
-        call();
+        call(change);
         telling = false;
     }
     void end() {
@@ -74,6 +81,23 @@ struct Watch {
         }
     }
 };
+
+// What another machine or a program changes there is no event here, so each event must do for all of it.
+bool isShared(int folder) {
+    constexpr std::uint32_t nfs = 0x6969;
+    constexpr std::uint32_t smb = 0xFE534D42;
+    constexpr std::uint32_t cifs = 0xFF534D42;
+    constexpr std::uint32_t fuse = 0x65735546;
+    constexpr std::uint32_t plan9 = 0x01021997;
+    constexpr std::uint32_t ceph = 0x00C36400;
+    constexpr std::uint32_t afs = 0x5346414F;
+    struct statfs facts {};
+    if (fstatfs(folder, &facts) != 0) {
+        return true;
+    }
+    constexpr std::array kinds{nfs, smb, cifs, fuse, plan9, ceph, afs};
+    return std::find(kinds.begin(), kinds.end(), static_cast<std::uint32_t>(facts.f_type)) != kinds.end();
+}
 
 double seconds(std::int64_t whole, std::uint32_t nanoseconds) {
     return static_cast<double>(whole) + nanoseconds * 1e-9;
@@ -96,6 +120,26 @@ bool isBeingWritten(int folder, const char* name) {
     return false;
 }
 
+// Nothing for what is hidden, gone or not yet complete.
+std::optional<FolderEntry> entryOf(const std::string& path, int folder, const char* name, double now) {
+    struct statx facts {};
+    if (name[0] == '.' || statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                                STATX_BTIME | STATX_TYPE | STATX_SIZE, &facts) != 0) {
+        return std::nullopt;
+    }
+    std::string file = path;
+    file.append("/").append(name);
+    FolderEntry found{.path = std::move(file), .created = std::nullopt};
+    if ((facts.stx_mask & STATX_BTIME) != 0) {
+        found.created = seconds(facts.stx_btime.tv_sec, facts.stx_btime.tv_nsec);
+    }
+    const bool young = !found.created || *found.created > now - writersWindow;
+    if (S_ISREG(facts.stx_mode) && young && (facts.stx_size == 0 || isBeingWritten(folder, name))) {
+        return std::nullopt;
+    }
+    return found;
+}
+
 } // namespace
 
 std::shared_ptr<OpenFolder> LinuxFolderWatches::open(const std::string& path) {
@@ -107,7 +151,7 @@ std::shared_ptr<OpenFolder> LinuxFolderWatches::open(const std::string& path) {
     return std::make_shared<LinuxOpenFolder>(path, std::move(folder), facts);
 }
 
-Handle LinuxFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {
+Handle LinuxFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void(const FolderChange&)> changed) {
     constexpr std::uint32_t events = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE |
                                      IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
     auto watch = std::make_shared<Watch>();
@@ -119,6 +163,7 @@ Handle LinuxFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::functi
     if (!watch->queue || inotify_add_watch(watch->queue.get(), self.c_str(), events) < 0) {
         return {};
     }
+    watch->shared = isShared(fd);
     // An open folder would keep its file system from being unmounted.
     watch->folder->fd = UniqueFd();
     watch->changed = std::move(changed);
@@ -142,26 +187,25 @@ std::vector<FolderEntry> LinuxFolderWatches::list(const std::string& path) {
     const auto now = static_cast<double>(std::time(nullptr));
     // The stream is ours alone.
     while (const dirent* entry = readdir(folder.get())) { // NOLINT(concurrency-mt-unsafe)
-        const char* name = entry->d_name;
-        if (name[0] == '.') {
-            continue;
+        if (auto found = entryOf(path, fd, entry->d_name, now)) {
+            entries.push_back(std::move(*found));
         }
-        std::string file = path;
-        file.append("/").append(name);
-        struct statx facts {};
-        if (statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_BTIME | STATX_TYPE | STATX_SIZE, &facts) !=
-            0) {
-            continue; // gone meanwhile
+    }
+    return entries;
+}
+
+std::optional<std::vector<FolderEntry>> LinuxFolderWatches::look(const std::string& path,
+                                                                 const std::vector<std::string>& names) {
+    const UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) {
+        return std::nullopt;
+    }
+    std::vector<FolderEntry> entries;
+    const auto now = static_cast<double>(std::time(nullptr));
+    for (const std::string& name : names) {
+        if (auto found = entryOf(path, folder.get(), name.c_str(), now)) {
+            entries.push_back(std::move(*found));
         }
-        FolderEntry found{.path = std::move(file), .created = std::nullopt};
-        if ((facts.stx_mask & STATX_BTIME) != 0) {
-            found.created = seconds(facts.stx_btime.tv_sec, facts.stx_btime.tv_nsec);
-        }
-        const bool young = !found.created || *found.created > now - writersWindow;
-        if (S_ISREG(facts.stx_mode) && young && (facts.stx_size == 0 || isBeingWritten(fd, name))) {
-            continue;
-        }
-        entries.push_back(std::move(found));
     }
     return entries;
 }

@@ -64,6 +64,12 @@ int layersOfPaint(const LayerModel& model) {
            int{!std::holds_alternative<std::monostate>(model.contents)};
 }
 
+// A falling card, say: all in its picture.
+bool isBarePicture(const LayerModel& model) {
+    return std::holds_alternative<std::shared_ptr<const Bitmap>>(model.contents) && layersOfPaint(model) == 1 &&
+           model.shadowOpacity <= 0 && !model.masksToBounds;
+}
+
 bool staysUpright(const QTransform& transform) {
     return transform.type() <= QTransform::TxScale;
 }
@@ -164,7 +170,9 @@ void LayerPainter::paintRegion(QPainter& painter, const Layer& layer, double med
 // Only what is turned or masked is worth a picture: the rest is painted as fast.
 bool LayerPainter::paintSprite(const Canvas& canvas, const std::shared_ptr<Layer>& layer,
                                const QTransform& superlayer) {
-    if (canvas.sprites.isEmpty() || layer->sublayers().empty() || !isStillInside(*layer) || !movesAsAWhole(*layer)) {
+    const bool bare = layer->sublayers().empty();
+    if (canvas.sprites.isEmpty() || (bare && !isBarePicture(layer->model())) || !isStillInside(*layer) ||
+        !movesAsAWhole(*layer)) {
         return false;
     }
     const ShownModel model(*layer, canvas.mediaTime);
@@ -179,7 +187,7 @@ bool LayerPainter::paintSprite(const Canvas& canvas, const std::shared_ptr<Layer
         return true;
     }
     // Finer than the screen where that is coarse, so that turned texts stay clear.
-    const double scale = std::max(2.0, canvas.pixelsPerPoint);
+    const double scale = std::max(bare ? model->contentsScale : 2.0, canvas.pixelsPerPoint);
     const SpriteCache::Sprite* sprite = sprites_.find(*layer, scale);
     if (!sprite) {
         sprite = &sprites_.keep(layer, scale, makeSprite(*layer, *model, canvas.mediaTime, scale));

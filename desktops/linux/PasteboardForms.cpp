@@ -23,7 +23,7 @@ SharedBytes bytesOf(const std::string& text) {
 }
 
 SelectionForm form(const char* target, SharedBytes bytes) {
-    return {target, target, [bytes = std::move(bytes)] { return bytes; }};
+    return {target, target, [bytes = std::move(bytes)] { return PromisedBytes::settled(bytes); }};
 }
 
 void addText(std::vector<SelectionForm>& forms, const std::string& text) {
@@ -31,10 +31,10 @@ void addText(std::vector<SelectionForm>& forms, const std::string& text) {
     for (const char* target : {utf8Text, utf8Mime, plainMime}) {
         forms.push_back(form(target, bytes));
     }
-    forms.push_back({"TEXT", utf8Text, [shared = SharedBytes(bytes)] { return shared; }});
+    forms.push_back({"TEXT", utf8Text, [bytes] { return PromisedBytes::settled(bytes); }});
     forms.push_back({latinText, latinText, [text] {
                          const QByteArray latin = QString::fromStdString(text).toLatin1();
-                         return std::make_shared<const Bytes>(latin.begin(), latin.end());
+                         return PromisedBytes::settled(std::make_shared<const Bytes>(latin.begin(), latin.end()));
                      }});
 }
 
@@ -82,7 +82,7 @@ std::vector<std::string> targetsOf(const std::string& type) {
     return {type};
 }
 
-std::vector<SelectionForm> formsOf(const PasteboardContents& contents) {
+std::vector<SelectionForm> formsOf(const PasteboardContents& contents, RunLoop& loop) {
     std::vector<SelectionForm> forms;
     if (const auto* text = std::get_if<std::string>(&contents)) {
         addText(forms, *text);
@@ -92,7 +92,10 @@ std::vector<SelectionForm> formsOf(const PasteboardContents& contents) {
         } else if (data->type == PasteboardType::Tiff) {
             forms.push_back(form("image/tiff", data->bytes));
             // Many programs know only this one.
-            forms.push_back({"image/png", "image/png", [bytes = data->bytes] { return asPng(bytes); }});
+            forms.push_back({"image/png", "image/png", [&loop, bytes = data->bytes] {
+                                 return PromisedBytes::begin(
+                                     loop, [bytes](const std::atomic<bool>&) { return asPng(bytes); });
+                             }});
         }
     } else if (const auto* files = std::get_if<PasteboardFiles>(&contents)) {
         addFiles(forms, files->paths);
@@ -100,7 +103,7 @@ std::vector<SelectionForm> formsOf(const PasteboardContents& contents) {
         const auto& file = std::get<PasteboardPictureFile>(contents);
         addFiles(forms, {file.path});
         if (file.png) {
-            forms.push_back(form("image/png", file.png));
+            forms.push_back({"image/png", "image/png", [png = file.png] { return png; }, file.png});
         }
     }
     return forms;

@@ -39,6 +39,7 @@ struct LinuxPasteboard::Request {
 
 LinuxPasteboard::LinuxPasteboard(XConnection& connection, RunLoop& loop, Log& log)
     : connection_(connection)
+    , loop_(loop)
     , log_(log)
     , reader_(connection, loop)
     , owner_(connection, loop, clipboard) {}
@@ -213,7 +214,7 @@ Handle LinuxPasteboard::readData(const std::string& type, std::size_t mostBytes,
 
 bool LinuxPasteboard::write(PasteboardContents contents) {
     watch();
-    auto forms = formsOf(contents);
+    auto forms = formsOf(contents, loop_);
     if (forms.empty() || !owner_.take(std::move(forms))) {
         return false;
     }

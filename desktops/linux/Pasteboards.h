@@ -50,6 +50,7 @@ private:
     bool offersType(const std::string& type);
 
     XConnection& connection_;
+    RunLoop& loop_;
     Log& log_;
     SelectionReader reader_;
     SelectionOwner owner_;

@@ -13,7 +13,10 @@ namespace {
 
 constexpr std::size_t largestPiece = 262'144; // bytes; servers take requests of at least this size
 constexpr double sendingLimit = 10;           // seconds in which the other program must take a piece
+constexpr double makingLimit = 15;            // seconds that a request waits for something being made
+constexpr std::size_t mostWaiting = 256;      // requests; beyond is no paste any more
 constexpr double handOverLimit = 2;           // seconds that quitting may take longer
+constexpr double lastMakingLimit = 1.5;       // of them, those that a manager waits for something being made
 constexpr double signOfLifeLimit = 0.3;       // seconds in which a manager asks for something
 constexpr const char* savedProperty = "ROOKBAY_SAVE_TARGETS";
 
@@ -54,17 +57,19 @@ bool SelectionOwner::take(std::vector<SelectionForm> forms) {
     if (!reply || reply->owner != window_) {
         return false;
     }
-    forms_ = std::move(forms);
+    forms_ = std::make_shared<std::vector<SelectionForm>>(std::move(forms));
     return true;
 }
 
-std::vector<xcb_atom_t> SelectionOwner::targets() {
+std::vector<xcb_atom_t> SelectionOwner::targets(const Forms& forms) const {
     std::vector<xcb_atom_t> atoms;
     for (const char* name : {"TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS"}) {
         atoms.push_back(connection_.atom(name));
     }
-    for (const SelectionForm& form : forms_) {
-        atoms.push_back(connection_.atom(form.target));
+    for (const SelectionForm& form : *forms) {
+        if (!form.made || !form.made->isBroken()) {
+            atoms.push_back(connection_.atom(form.target));
+        }
     }
     return atoms;
 }
@@ -82,7 +87,7 @@ void SelectionOwner::handle(const xcb_generic_event_t& event) {
         const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
         // Not one that was under way when we took the selection again.
         if (clear.owner == window_ && clear.selection == connection_.atom(selection_) && clear.time >= time_) {
-            forms_.clear();
+            forms_ = nullptr; // who has asked before is still answered
         }
         break;
     }
@@ -108,28 +113,124 @@ void SelectionOwner::answer(const xcb_selection_request_event_t& request) {
     if (request.owner != window_) {
         return;
     }
-    // Programs of old name no property.
-    const xcb_atom_t property = request.property != XCB_ATOM_NONE ? request.property : request.target;
+    Waiting asked{.request = request, .forms = forms_};
+    if (forms_ && request.selection == connection_.atom(selection_)) {
+        asked.conversions = conversionsOf(request);
+    }
+    const auto pending = pendingOf(asked);
+    if (pending.empty() || waiting_.size() >= mostWaiting) {
+        answerNow(std::move(asked));
+    } else {
+        wait(std::move(asked), pending);
+    }
+}
+
+SelectionOwner::Conversions SelectionOwner::conversionsOf(const xcb_selection_request_event_t& request) const {
+    const xcb_atom_t multiple = connection_.atom("MULTIPLE");
+    if (request.target != multiple) {
+        // Programs of old name no property.
+        return {request.target, request.property != XCB_ATOM_NONE ? request.property : request.target};
+    }
+    if (request.property == XCB_ATOM_NONE) {
+        return {};
+    }
+    Conversions pairs = connection_.cardinals(request.requestor, request.property);
+    constexpr std::size_t mostPairs = 256;
+    if (pairs.size() % 2 != 0 || pairs.size() > 2 * mostPairs) {
+        return {};
+    }
+    for (std::size_t index = 0; index < pairs.size(); index += 2) {
+        if (pairs[index] == multiple) {
+            pairs[index + 1] = XCB_ATOM_NONE;
+        }
+    }
+    return pairs;
+}
+
+SelectionForm* SelectionOwner::formOf(const Forms& forms, xcb_atom_t target) const {
+    const auto form = std::find_if(forms->begin(), forms->end(), [&](const SelectionForm& offered) {
+        return connection_.atom(offered.target) == target;
+    });
+    return form == forms->end() ? nullptr : &*form;
+}
+
+std::vector<std::shared_ptr<PromisedBytes>> SelectionOwner::pendingOf(const Waiting& waiting) const {
+    std::vector<std::shared_ptr<PromisedBytes>> pending;
+    for (std::size_t index = 0; index + 1 < waiting.conversions.size(); index += 2) {
+        SelectionForm* form = waiting.conversions[index + 1] == XCB_ATOM_NONE
+                                  ? nullptr
+                                  : formOf(waiting.forms, waiting.conversions[index]);
+        if (form != nullptr && form->bytes().isPending()) {
+            pending.push_back(form->made);
+        }
+    }
+    return pending;
+}
+
+void SelectionOwner::wait(Waiting waiting, const std::vector<std::shared_ptr<PromisedBytes>>& pending) {
+    waiting_.push_back(std::move(waiting));
+    const auto place = std::prev(waiting_.end());
+    for (const auto& promised : pending) {
+        place->news.push_back(promised->onSettled([this] { answerWaiting(); }));
+    }
+    place->limit = loop_.after(makingLimit, [this, place] {
+        Waiting late = std::move(*place);
+        waiting_.erase(place);
+        answerNow(std::move(late));
+    });
+}
+
+void SelectionOwner::answerWaiting() {
+    for (auto each = waiting_.begin(); each != waiting_.end();) {
+        const auto place = each++;
+        if (pendingOf(*place).empty()) {
+            Waiting asked = std::move(*place);
+            waiting_.erase(place);
+            answerNow(std::move(asked));
+        }
+    }
+}
+
+void SelectionOwner::refuseWaiting() {
+    while (!waiting_.empty()) {
+        Waiting asked = std::move(waiting_.front());
+        waiting_.pop_front();
+        answerNow(std::move(asked));
+    }
+}
+
+void SelectionOwner::answerNow(Waiting waiting) {
+    const xcb_selection_request_event_t& request = waiting.request;
+    Conversions& pairs = waiting.conversions;
+    for (std::size_t index = 0; index + 1 < pairs.size(); index += 2) {
+        if (pairs[index + 1] != XCB_ATOM_NONE && !convert(waiting, pairs[index], pairs[index + 1])) {
+            pairs[index + 1] = XCB_ATOM_NONE;
+        }
+    }
     xcb_selection_notify_event_t notify{};
     notify.response_type = XCB_SELECTION_NOTIFY;
     notify.time = request.time;
     notify.requestor = request.requestor;
     notify.selection = request.selection;
     notify.target = request.target;
-    const bool given = !forms_.empty() && request.selection == connection_.atom(selection_) &&
-                       (request.target == connection_.atom("MULTIPLE")
-                            ? request.property != XCB_ATOM_NONE && convertMultiple(request.requestor, property)
-                            : convert(request.requestor, request.target, property));
-    notify.property = given ? property : xcb_atom_t{XCB_ATOM_NONE};
+    if (!pairs.empty() && request.target == connection_.atom("MULTIPLE")) {
+        // Which of them were refused stands in the list.
+        xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, request.requestor, request.property,
+                            connection_.atom("ATOM_PAIR"), 32, static_cast<std::uint32_t>(pairs.size()), pairs.data());
+        notify.property = request.property;
+    } else {
+        notify.property = pairs.empty() ? xcb_atom_t{XCB_ATOM_NONE} : pairs.back();
+    }
     xcb_send_event(connection_.get(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT,
                    reinterpret_cast<const char*>(&notify));
     xcb_flush(connection_.get());
 }
 
-bool SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property) {
+bool SelectionOwner::convert(const Waiting& waiting, xcb_atom_t target, xcb_atom_t property) {
     xcb_connection_t* x = connection_.get();
+    const xcb_window_t requestor = waiting.request.requestor;
     if (target == connection_.atom("TARGETS")) {
-        const auto atoms = targets();
+        const auto atoms = targets(waiting.forms);
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_ATOM, 32,
                             static_cast<std::uint32_t>(atoms.size()), atoms.data());
         return true;
@@ -143,32 +244,12 @@ bool SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("NULL"), 32, 0, nullptr);
         return true;
     }
-    const auto form = std::find_if(forms_.begin(), forms_.end(), [&](const SelectionForm& offered) {
-        return connection_.atom(offered.target) == target;
-    });
-    const SharedBytes bytes = form == forms_.end() ? nullptr : form->bytes();
+    SelectionForm* form = formOf(waiting.forms, target);
+    const SharedBytes bytes = form == nullptr ? nullptr : form->bytes().bytes();
     if (!bytes) {
         return false;
     }
     giveBytes(requestor, property, connection_.atom(form->type), bytes);
-    return true;
-}
-
-bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property) {
-    std::vector<std::uint32_t> pairs = connection_.cardinals(requestor, property);
-    constexpr std::size_t mostPairs = 256;
-    if (pairs.empty() || pairs.size() % 2 != 0 || pairs.size() > 2 * mostPairs) {
-        return false;
-    }
-    const xcb_atom_t multiple = connection_.atom("MULTIPLE");
-    for (std::size_t index = 0; index < pairs.size(); index += 2) {
-        if (pairs[index] == multiple || pairs[index + 1] == XCB_ATOM_NONE ||
-            !convert(requestor, pairs[index], pairs[index + 1])) {
-            pairs[index + 1] = XCB_ATOM_NONE;
-        }
-    }
-    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("ATOM_PAIR"),
-                        32, static_cast<std::uint32_t>(pairs.size()), pairs.data());
     return true;
 }
 
@@ -226,9 +307,14 @@ void SelectionOwner::sendPiece(const xcb_property_notify_event_t& notify, std::u
 }
 
 void SelectionOwner::handOver() {
-    if (forms_.empty()) {
-        return;
+    if (forms_) {
+        offerToManager();
     }
+    refuseWaiting();
+    forms_ = nullptr;
+}
+
+void SelectionOwner::offerToManager() {
     xcb_connection_t* x = connection_.get();
     const xcb_atom_t managerSelection = connection_.atom("CLIPBOARD_MANAGER");
     const auto cookie = xcb_get_selection_owner(x, managerSelection);
@@ -237,8 +323,10 @@ void SelectionOwner::handOver() {
         return;
     }
     std::vector<xcb_atom_t> saved;
-    for (const SelectionForm& form : forms_) {
-        saved.push_back(connection_.atom(form.target));
+    for (const SelectionForm& form : *forms_) {
+        if (!form.made || !form.made->isBroken()) {
+            saved.push_back(connection_.atom(form.target));
+        }
     }
     const xcb_atom_t saveTargets = connection_.atom("SAVE_TARGETS");
     const xcb_atom_t property = connection_.atom(savedProperty);
@@ -248,11 +336,19 @@ void SelectionOwner::handOver() {
     xcb_flush(x);
     // The event loop has ended; the manager asks for the contents meanwhile. Some own the selection, never answer it
     // and keep what was copied by means of their own: nobody is kept waiting for those.
-    const double end = loop_.now() + handOverLimit;
-    lastAsked_ = loop_.now();
-    while (!handedOver_ && loop_.now() < std::min(end, lastAsked_ + signOfLifeLimit) &&
+    const double begin = loop_.now();
+    lastAsked_ = begin;
+    while (!handedOver_ && loop_.now() < std::min(begin + handOverLimit, lastAsked_ + signOfLifeLimit) &&
            xcb_connection_has_error(x) == 0) {
         connection_.deliver();
+        if (!waiting_.empty()) {
+            lastAsked_ = loop_.now(); // it is us whom the manager waits for
+        }
+        if (loop_.now() < begin + lastMakingLimit) {
+            answerWaiting();
+        } else {
+            refuseWaiting(); // so that it can still take the rest
+        }
         constexpr int moment = 20; // milliseconds
         pollfd waiting{.fd = xcb_get_file_descriptor(x), .events = POLLIN, .revents = 0};
         if (!handedOver_) {

@@ -18,11 +18,12 @@ public:
         QRectF rect;  // what it covers, in the layer's own coordinates, which grow upwards
     };
 
-    // Null when there is none of that layer at that scale. Valid until the next call that isn't const.
-    const Sprite* find(const Layer& layer, double pixelsPerPoint) const;
+    // Null when there is none of that layer at that scale. Valid until the next call.
+    const Sprite* find(const Layer& layer, double pixelsPerPoint);
     const Sprite& keep(const std::shared_ptr<const Layer>& layer, double pixelsPerPoint, Sprite sprite);
 
-    // The layer looks different: it and all that show it.
+    // The layer is about to change: all that show it, and its own picture unless it turns out to be merely in another
+    // place when it is looked for.
     void layerChanged(const Layer& layer);
     // The layer moves differently: all that show it, but not its own picture.
     void layerMoved(const Layer& layer);
@@ -37,7 +38,13 @@ private:
         std::weak_ptr<const Layer> layer;
         double pixelsPerPoint = 0;
         Sprite sprite;
+        // What it was made of, to know whether the layer still looks so.
+        LayerModel look;
+        std::vector<std::weak_ptr<const Layer>> parts;
+        bool doubtful = false;
     };
+    static bool looksSo(const Layer& layer, const Entry& entry);
+
     std::vector<Entry> entries_;
     unsigned long made_ = 0;
 };

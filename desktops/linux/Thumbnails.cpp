@@ -248,44 +248,84 @@ std::shared_ptr<const Bitmap> LinuxThumbnails::imageThumb(const std::string& pat
     return std::make_shared<LinuxBitmap>(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
 }
 
-namespace {
-
-QImage iconImage(const std::string& path, int pixels) {
+// One picture for all files of a kind: what was made of it once (shadows, halvings) serves all of them.
+Image LinuxThumbnails::iconOf(const std::string& path, int pixels, Size points) {
+    constexpr std::size_t mostIcons = 64;
     const QFileInfo info(QString::fromStdString(path));
     const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
-    const QIcon icon = iconFromTheme(type.iconName(), type.genericIconName());
-    QImage image = icon.pixmap(QSize(pixels, pixels), 1.0).toImage();
-    if (!image.isNull()) {
-        return image;
+    const QStringList kind{QIcon::themeName(),      type.iconName(),
+                           type.genericIconName(),  info.isDir() ? QStringLiteral("/") : info.suffix(),
+                           QString::number(pixels), QString::number(points.width)};
+    if (const auto known = icons_.find(kind); known != icons_.end()) {
+        return known->second;
     }
-    return info.isDir() ? plainFolder() : plainDocument(info.suffix());
+    QImage image = iconFromTheme(type.iconName(), type.genericIconName()).pixmap(QSize(pixels, pixels), 1.0).toImage();
+    if (image.isNull()) {
+        image = info.isDir() ? plainFolder() : plainDocument(info.suffix());
+    }
+    if (points.width > 0) {
+        image = image.scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
+    auto icon = points.width > 0 ? std::make_shared<LinuxBitmap>(image, points) : std::make_shared<LinuxBitmap>(image);
+    if (icons_.size() >= mostIcons) {
+        icons_.clear();
+    }
+    icons_.emplace(kind, icon);
+    return icon;
 }
 
-} // namespace
-
 Image LinuxThumbnails::iconForFile(const std::string& path) {
-    return std::make_shared<LinuxBitmap>(iconImage(path, iconPixels));
+    return iconOf(path, iconPixels, {});
 }
 
 Image LinuxThumbnails::iconForFile(const std::string& path, double side) {
-    const int pixels = static_cast<int>(side * menuScale);
-    const QImage image = iconImage(path, pixels);
-    return std::make_shared<LinuxBitmap>(image.scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation),
-                                         Size{side, side});
+    return iconOf(path, static_cast<int>(side * menuScale), {side, side});
 }
+
+bool LinuxThumbnails::canDecode(const std::string& path) {
+    QImageReader reader(QString::fromStdString(path));
+    reader.setDecideFormatFromContent(true);
+    if (!reader.canRead()) {
+        return false;
+    }
+    // Of other kinds so large a picture has no thumbnail either, and some don't tell their size without being decoded.
+    const QSize size = reader.format() == "jpeg" ? reader.size() : QSize();
+    return qint64{size.width()} * size.height() <= mostPixels;
+}
+
+namespace {
 
 // As Qt counts: the compression that takes a fifth of the usual one's time, for a file a little larger.
 constexpr int quickPng = 88;
 
-SharedBytes LinuxThumbnails::pngData(const std::string& path) {
-    QImageReader reader(QString::fromStdString(path));
+// Takes nothing more once nobody wants it, which ends the encoding.
+class UnlessGivenUp final : public QBuffer {
+public:
+    UnlessGivenUp(QByteArray& bytes, const std::atomic<bool>& givenUp)
+        : QBuffer(&bytes)
+        , givenUp_(givenUp) {}
+
+protected:
+    qint64 writeData(const char* data, qint64 size) override { return givenUp_ ? -1 : QBuffer::writeData(data, size); }
+
+private:
+    const std::atomic<bool>& givenUp_;
+};
+
+} // namespace
+
+SharedBytes LinuxThumbnails::pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) {
+    QByteArray bytes =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()));
+    QBuffer source(&bytes);
+    QImageReader reader(&source);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    const QImage picture = qint64{size.width()} * size.height() > mostPixels ? QImage() : reader.read();
+    const QImage picture = givenUp || qint64{size.width()} * size.height() > mostPixels ? QImage() : reader.read();
     QByteArray png;
-    QBuffer buffer(&png);
-    if (picture.isNull() || !buffer.open(QIODevice::WriteOnly) || !picture.save(&buffer, "PNG", quickPng)) {
+    UnlessGivenUp target(png, givenUp);
+    if (givenUp || picture.isNull() || !target.open(QIODevice::WriteOnly) || !picture.save(&target, "PNG", quickPng)) {
         return nullptr;
     }
     return std::make_shared<const Bytes>(png.begin(), png.end());

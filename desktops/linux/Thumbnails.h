@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <map>
 #include <memory>
@@ -28,7 +29,8 @@ public:
     Image iconForFile(const std::string& path) override;
     Image iconForFile(const std::string& path, double side) override;
     DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) override;
-    SharedBytes pngData(const std::string& path) override;
+    bool canDecode(const std::string& path) override;
+    SharedBytes pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) override;
     Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
                                     std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
 
@@ -36,10 +38,12 @@ private:
     using Answer = std::function<void(std::shared_ptr<const Bitmap>)>;
     struct Request;
 
+    Image iconOf(const std::string& path, int pixels, Size points);
     void answerWith(unsigned long number, QImage picture);
     void thumbnailerEnded(unsigned long number, bool succeeded);
     void runThumbnailer(unsigned long number, const QString& path, int pixels);
 
+    std::map<QStringList, Image> icons_; // by theme, kind of file and size
     std::map<unsigned long, std::unique_ptr<Request>> requests_;
     unsigned long next_ = 0;
     QObject receiver_; // its connections end with it

@@ -17,7 +17,7 @@ public:
     void moveItem(const std::string& from, const std::string& to, Done done) override;
     void copyItem(const std::string& from, const std::string& to, Done done) override;
     void trashItem(const std::string& path, Done done) override;
-    SharedBytes contents(const std::string& path) const override;
+    std::shared_ptr<const OpenedFile> open(const std::string& path, std::size_t mostBytes) const override;
 
 private:
     void inBackground(std::function<std::optional<FileFailure>()> work, Done done);

@@ -6,7 +6,13 @@
 
 #import <Foundation/Foundation.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <fcntl.h>
 #include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace rb {
@@ -70,6 +76,41 @@ std::optional<FileFailure> moveByCopy(const std::string& from, const std::string
     return std::nullopt;
 }
 
+class MacOpenedFile final : public OpenedFile {
+public:
+    // Takes the descriptor.
+    MacOpenedFile(int fd, const struct stat& facts)
+        : fd_(fd)
+        , facts_(facts) {}
+    ~MacOpenedFile() override { close(fd_); }
+    MacOpenedFile(const MacOpenedFile&) = delete;
+    MacOpenedFile& operator=(const MacOpenedFile&) = delete;
+
+    SharedBytes contents(const std::atomic<bool>& givenUp) const override {
+        constexpr std::size_t piece = 1'048'576;
+        Bytes bytes(static_cast<std::size_t>(facts_.st_size));
+        for (std::size_t have = 0; have < bytes.size();) {
+            const ssize_t count = givenUp ? 0
+                                          : pread(fd_, bytes.data() + have, std::min(piece, bytes.size() - have),
+                                                  static_cast<off_t>(have));
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count <= 0) {
+                return nullptr;
+            }
+            have += static_cast<std::size_t>(count);
+        }
+        struct stat now {};
+        const bool same = fstat(fd_, &now) == 0 && now.st_size == facts_.st_size && now.st_mtime == facts_.st_mtime;
+        return same ? std::make_shared<const Bytes>(std::move(bytes)) : nullptr;
+    }
+
+private:
+    int fd_;
+    struct stat facts_;
+};
+
 void tell(const FileOperations::Done& done, const std::optional<FileFailure>& failure) {
     if (done) {
         done(failure);
@@ -100,13 +141,17 @@ void MacFileOperations::copyItem(const std::string& from, const std::string& to,
     inBackground([from, to] { return copyByWayOfAFolder(from, to); }, std::move(done));
 }
 
-SharedBytes MacFileOperations::contents(const std::string& path) const {
-    NSData* data = [NSData dataWithContentsOfFile:nsString(path)];
-    if (data == nil) {
+std::shared_ptr<const OpenedFile> MacFileOperations::open(const std::string& path, std::size_t mostBytes) const {
+    // A pipe must not keep us waiting.
+    const int fd = ::open(nsString(path).fileSystemRepresentation, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
         return nullptr;
     }
-    const auto* bytes = static_cast<const std::uint8_t*>(data.bytes);
-    return std::make_shared<const Bytes>(bytes, bytes + data.length);
+    struct stat facts {};
+    const bool known = fstat(fd, &facts) == 0;
+    auto file = std::make_shared<const MacOpenedFile>(fd, facts);
+    const bool taken = known && S_ISREG(facts.st_mode) && static_cast<std::uint64_t>(facts.st_size) <= mostBytes;
+    return taken ? std::move(file) : nullptr;
 }
 
 void MacFileOperations::trashItem(const std::string& path, Done done) {

@@ -1,11 +1,13 @@
 #include "desktops/macos/FolderWatches.h"
 
 #include "desktops/macos/Bridge.h"
+#include "platform/Files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace rb {
@@ -38,7 +40,7 @@ std::shared_ptr<OpenFolder> MacFolderWatches::open(const std::string& path) {
     return fd < 0 ? nullptr : std::make_shared<MacOpenFolder>(path, fd);
 }
 
-Handle MacFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {
+Handle MacFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void(const FolderChange&)> changed) {
     constexpr unsigned long events =
         DISPATCH_VNODE_DELETE | DISPATCH_VNODE_WRITE | DISPATCH_VNODE_EXTEND | DISPATCH_VNODE_RENAME;
     const int fd = static_cast<const MacOpenFolder&>(*folder).fd;
@@ -47,12 +49,12 @@ Handle MacFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function
     if (source == nil) {
         return {};
     }
-    auto told = std::make_shared<std::function<void()>>(std::move(changed));
+    auto told = std::make_shared<std::function<void(const FolderChange&)>>(std::move(changed));
     dispatch_source_set_event_handler(source, ^{
         // It may end this watch.
         const auto call = *told;
         if (call) {
-            call();
+            call({.everything = true}); // the system doesn't say what
         }
     });
     // The descriptor may be closed only after the cancellation went through.
@@ -84,6 +86,20 @@ std::vector<FolderEntry> MacFolderWatches::list(const std::string& path) {
         }
     }
     return entries;
+}
+
+std::optional<std::vector<FolderEntry>> MacFolderWatches::look(const std::string& path,
+                                                               const std::vector<std::string>& names) {
+    const std::vector<FolderEntry> all = list(path);
+    std::vector<FolderEntry> found;
+    for (const std::string& name : names) {
+        const auto entry = std::find_if(all.begin(), all.end(),
+                                        [&](const FolderEntry& each) { return lastPathComponent(each.path) == name; });
+        if (entry != all.end()) {
+            found.push_back(*entry);
+        }
+    }
+    return found;
 }
 
 } // namespace rb

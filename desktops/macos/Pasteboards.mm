@@ -4,7 +4,39 @@
 
 #import <AppKit/AppKit.h>
 
+namespace {
+
+constexpr double mostPatience = 5; // seconds that whoever pastes waits with us
+
+} // namespace
+
+// Gives a picture, which may still be in the making, to whoever pastes it.
+@interface RBPromisedPicture : NSObject <NSPasteboardItemDataProvider> {
+@public
+    std::shared_ptr<rb::PromisedBytes> _promised;
+}
+@end
+
+@implementation RBPromisedPicture
+
+- (void)pasteboard:(NSPasteboard*)pasteboard item:(NSPasteboardItem*)item provideDataForType:(NSPasteboardType)type {
+    const rb::SharedBytes bytes = _promised ? _promised->await(mostPatience) : nullptr;
+    if (bytes) {
+        [item setData:[NSData dataWithBytes:bytes->data() length:bytes->size()] forType:type];
+    }
+}
+
+- (void)pasteboardFinishedWithDataProvider:(NSPasteboard*)pasteboard {
+    _promised = nullptr;
+}
+
+@end
+
 namespace rb {
+
+struct MacPasteboard::Promise {
+    RBPromisedPicture* provider;
+};
 
 namespace {
 
@@ -28,6 +60,8 @@ bool offers(const std::string& type) {
 }
 
 struct Write {
+    RBPromisedPicture* provider; // of the picture that is still being made
+
     bool operator()(const std::string& text) const {
         [board() clearContents];
         return [board() setString:textFrom(text) forType:NSPasteboardTypeString] != NO;
@@ -47,8 +81,10 @@ struct Write {
     }
     bool operator()(const PasteboardPictureFile& file) const {
         NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
-        if (file.png) {
-            [item setData:[NSData dataWithBytes:file.png->data() length:file.png->size()] forType:NSPasteboardTypePNG];
+        if (provider != nil) {
+            [item setDataProvider:provider forTypes:@[ NSPasteboardTypePNG ]];
+        } else if (const SharedBytes png = file.png ? file.png->bytes() : nullptr) {
+            [item setData:[NSData dataWithBytes:png->data() length:png->size()] forType:NSPasteboardTypePNG];
         }
         if (NSString* address = [NSURL fileURLWithPath:nsString(file.path)].absoluteString) {
             [item setString:address forType:NSPasteboardTypeFileURL];
@@ -59,6 +95,10 @@ struct Write {
 };
 
 } // namespace
+
+MacPasteboard::MacPasteboard() = default;
+
+MacPasteboard::~MacPasteboard() = default;
 
 std::int64_t MacPasteboard::changeCount() const {
     return board().changeCount;
@@ -114,7 +154,15 @@ Handle MacPasteboard::readData(const std::string& type, std::size_t mostBytes,
 }
 
 bool MacPasteboard::write(PasteboardContents contents) {
-    return std::visit(Write{}, contents);
+    std::unique_ptr<Promise> promise;
+    if (const auto* file = std::get_if<PasteboardPictureFile>(&contents); file && file->png && file->png->isPending()) {
+        promise = std::make_unique<Promise>();
+        promise->provider = [[RBPromisedPicture alloc] init];
+        promise->provider->_promised = file->png;
+    }
+    const bool written = std::visit(Write{.provider = promise ? promise->provider : nil}, contents);
+    promise_ = std::move(promise); // the one before is let go by now
+    return written;
 }
 
 } // namespace rb

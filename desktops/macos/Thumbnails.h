@@ -10,7 +10,8 @@ public:
     Image iconForFile(const std::string& path) override;
     Image iconForFile(const std::string& path, double side) override;
     DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) override;
-    SharedBytes pngData(const std::string& path) override;
+    bool canDecode(const std::string& path) override;
+    SharedBytes pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) override;
     Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
                                     std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
 };

@@ -53,10 +53,26 @@ Image MacThumbnails::iconForFile(const std::string& path, double side) {
     return std::make_shared<const MacPicture>(icon);
 }
 
-SharedBytes MacThumbnails::pngData(const std::string& path) {
-    NSData* tiff = [[NSImage alloc] initWithContentsOfFile:nsString(path)].TIFFRepresentation;
-    NSBitmapImageRep* bitmap = tiff != nil ? [NSBitmapImageRep imageRepWithData:tiff] : nil;
-    NSData* png = [bitmap representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+bool MacThumbnails::canDecode(const std::string& path) {
+    NSURL* url = [NSURL fileURLWithPath:nsString(path)];
+    CGImageSourceRef source = CGImageSourceCreateWithURL((__bridge CFURLRef)url, nullptr);
+    if (source == nullptr) {
+        return false;
+    }
+    const bool picture = CGImageSourceGetType(source) != nullptr && CGImageSourceGetCount(source) > 0;
+    CFRelease(source);
+    return picture;
+}
+
+SharedBytes MacThumbnails::pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) {
+    NSData* png = nil;
+    // The steps can't be given up in themselves, and what they leave behind is large.
+    @autoreleasepool {
+        NSImage* picture = [[NSImage alloc] initWithData:[NSData dataWithBytes:data->data() length:data->size()]];
+        NSData* tiff = givenUp ? nil : picture.TIFFRepresentation;
+        NSBitmapImageRep* bitmap = tiff != nil && !givenUp ? [NSBitmapImageRep imageRepWithData:tiff] : nil;
+        png = givenUp ? nil : [bitmap representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+    }
     if (png == nil) {
         return nullptr;
     }

@@ -1,6 +1,28 @@
 #include "desktops/virtual/FileOperations.h"
 
+#include <utility>
+
 namespace rb {
+
+namespace {
+
+class VirtualOpenedFile final : public OpenedFile {
+public:
+    VirtualOpenedFile(std::string text, std::shared_ptr<const int> changes)
+        : text_(std::move(text))
+        , changes_(std::move(changes))
+        , opened_(*changes_) {}
+    SharedBytes contents(const std::atomic<bool>& givenUp) const override {
+        return givenUp || *changes_ != opened_ ? nullptr : std::make_shared<const Bytes>(text_.begin(), text_.end());
+    }
+
+private:
+    std::string text_;
+    std::shared_ptr<const int> changes_;
+    int opened_;
+};
+
+} // namespace
 
 std::optional<FileFailure> VirtualFileOperations::refusedFor(const std::string& from, const std::string& to) {
     if (const auto somethingElse = std::exchange(before_, nullptr)) {
@@ -73,9 +95,13 @@ void VirtualFileOperations::trashItem(const std::string& path, Done done) {
         std::move(done));
 }
 
-SharedBytes VirtualFileOperations::contents(const std::string& path) const {
+std::shared_ptr<const OpenedFile> VirtualFileOperations::open(const std::string& path, std::size_t mostBytes) const {
     const std::string text = "bytes of " + path;
-    return files_.facts(path).exists ? std::make_shared<const Bytes>(text.begin(), text.end()) : nullptr;
+    const FileFacts facts = files_.facts(path);
+    if (!facts.exists || facts.isDirectory || text.size() > mostBytes) {
+        return nullptr;
+    }
+    return std::make_shared<const VirtualOpenedFile>(text, files_.changes(path));
 }
 
 } // namespace rb

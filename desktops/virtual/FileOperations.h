@@ -4,7 +4,9 @@
 #include "platform/FileOperations.h"
 #include "platform/RunLoop.h"
 
+#include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,8 +23,8 @@ public:
     void moveItem(const std::string& from, const std::string& to, Done done) override;
     void copyItem(const std::string& from, const std::string& to, Done done) override;
     void trashItem(const std::string& path, Done done) override;
-    // "bytes of PATH".
-    SharedBytes contents(const std::string& path) const override;
+    // "bytes of PATH", unless VirtualFiles::change() is called meanwhile.
+    std::shared_ptr<const OpenedFile> open(const std::string& path, std::size_t mostBytes) const override;
 
     // From now on every change takes that many seconds, as to another disk; 0: none.
     void setDuration(double seconds) { duration_ = seconds; }

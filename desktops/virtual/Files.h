@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -26,7 +27,14 @@ public:
     }
     // A link that leads nowhere.
     void addDanglingLink(const std::string& path) { files_[path] = {.isSymbolicLink = true}; }
-    void remove(const std::string& path) { files_.erase(path); }
+    void remove(const std::string& path) {
+        files_.erase(path);
+        changes_.erase(path);
+    }
+    // Somebody writes into the file.
+    void change(const std::string& path) { ++*changesOf(path); }
+    // How often, for as long as the file is there; whoever holds this holds the file open.
+    std::shared_ptr<const int> changes(const std::string& path) const { return changesOf(path); }
     // One entry; what a folder holds isn't followed.
     void copy(const std::string& from, const std::string& to) {
         files_[to] = files_[from];
@@ -39,7 +47,16 @@ public:
 
 private:
     std::map<std::string, FileFacts> files_;
+    std::shared_ptr<int> changesOf(const std::string& path) const {
+        auto& changes = changes_[path];
+        if (!changes) {
+            changes = std::make_shared<int>(0);
+        }
+        return changes;
+    }
+
     std::map<std::string, Size> imageSizes_;
+    mutable std::map<std::string, std::shared_ptr<int>> changes_;
     std::optional<std::string> refusal_;
 };
 

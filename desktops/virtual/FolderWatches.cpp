@@ -29,7 +29,8 @@ std::shared_ptr<OpenFolder> VirtualFolderWatches::open(const std::string& path) 
     return folder;
 }
 
-Handle VirtualFolderWatches::watch(std::shared_ptr<OpenFolder> folder, std::function<void()> changed) {
+Handle VirtualFolderWatches::watch(std::shared_ptr<OpenFolder> folder,
+                                   std::function<void(const FolderChange&)> changed) {
     loop_.requireMainThread("FolderWatches::watch");
     const unsigned long number = next_++;
     (*watches_)[number] = std::make_shared<Watch>(Watch{std::move(folder), std::move(changed)});
@@ -47,6 +48,22 @@ std::vector<FolderEntry> VirtualFolderWatches::list(const std::string& path) {
     return entries;
 }
 
+std::optional<std::vector<FolderEntry>> VirtualFolderWatches::look(const std::string& path,
+                                                                   const std::vector<std::string>& names) {
+    ++looks_;
+    if (broken_.contains(path)) {
+        return std::nullopt;
+    }
+    std::vector<FolderEntry> entries;
+    for (const std::string& name : names) {
+        const auto& files = folders_[path];
+        if (const auto found = files.find(appendingPathComponent(path, name)); found != files.end()) {
+            entries.push_back({found->first, found->second});
+        }
+    }
+    return entries;
+}
+
 void VirtualFolderWatches::put(const std::string& path) {
     put(path, loop_.wallClock());
 }
@@ -54,22 +71,24 @@ void VirtualFolderWatches::put(const std::string& path) {
 void VirtualFolderWatches::put(const std::string& path, std::optional<double> created) {
     const std::string folder = deletingLastPathComponent(path);
     folders_[folder][path] = created;
-    touch(folder);
+    tell(folder, {lastPathComponent(path)});
 }
 
 void VirtualFolderWatches::take(const std::string& path) {
     const std::string folder = deletingLastPathComponent(path);
     folders_[folder].erase(path);
-    touch(folder);
+    tell(folder, {lastPathComponent(path)});
 }
 
-void VirtualFolderWatches::touch(const std::string& folder) {
+void VirtualFolderWatches::tell(const std::string& folder, std::vector<std::string> names) {
+    const bool counted = namesChanges_ && !std::exchange(lostCount_, false);
+    const FolderChange change{.names = counted ? std::move(names) : std::vector<std::string>(), .everything = !counted};
     for (const auto& [number, watch] : *watches_) {
         const auto& watched = static_cast<const Folder&>(*watch->folder);
         if (watched.path == folder && watched.isInPlace()) {
-            loop_.post([weak = std::weak_ptr<Watch>(watch)] {
+            loop_.post([weak = std::weak_ptr<Watch>(watch), change] {
                 if (const auto living = weak.lock()) {
-                    living->changed();
+                    living->changed(change);
                 }
             });
         }

@@ -27,7 +27,8 @@ Handle VirtualPasteboard::offeredTypes(const std::vector<std::string>& types,
         for (const std::string& type : types) {
             const bool marked =
                 std::find(contents_.marks.begin(), contents_.marks.end(), type) != contents_.marks.end();
-            if (marked || contents_.data.contains(type) || (type == PasteboardType::String && contents_.text) ||
+            if (marked || contents_.data.contains(type) || (type == PasteboardType::Png && promised_) ||
+                (type == PasteboardType::String && contents_.text) ||
                 (type == PasteboardType::FileUrl && !contents_.files.empty())) {
                 offered.push_back(type);
             }
@@ -51,6 +52,11 @@ Handle VirtualPasteboard::readString(std::size_t mostBytes, std::function<void(s
 Handle VirtualPasteboard::readData(const std::string& type, std::size_t mostBytes,
                                    std::function<void(SharedBytes)> answered) {
     ++reads_;
+    if (type == PasteboardType::Png && promised_) {
+        return awaitPicture([mostBytes, answered = std::move(answered)](const SharedBytes& png) {
+            answered(png && png->size() <= mostBytes ? png : nullptr);
+        });
+    }
     return answer([this, type, mostBytes, answered = std::move(answered)] {
         const auto found = contents_.data.find(type);
         answered(found != contents_.data.end() && found->second.size() <= mostBytes
@@ -74,16 +80,33 @@ bool VirtualPasteboard::write(PasteboardContents contents) {
     } else {
         const auto& file = std::get<PasteboardPictureFile>(contents);
         written.files = {file.path};
-        if (file.png) {
-            written.data[PasteboardType::Png] = *file.png;
+        if (file.png && file.png->bytes()) {
+            written.data[PasteboardType::Png] = *file.png->bytes();
         }
     }
-    copy(std::move(written));
+    const auto* file = std::get_if<PasteboardPictureFile>(&contents);
+    replace(std::move(written), file && file->png && file->png->isPending() ? file->png : nullptr);
     return true;
 }
 
-void VirtualPasteboard::copy(Copied copied) {
+Handle VirtualPasteboard::awaitPicture(std::function<void(const SharedBytes&)> answered) {
+    auto waiting = std::make_shared<Handle>(promised_->onSettled(
+        [promised = promised_.get(), answered = std::move(answered)] { answered(promised->bytes()); }));
+    // Who waits holds the promise.
+    return Handle([waiting, promised = promised_] { waiting->reset(); });
+}
+
+void VirtualPasteboard::replace(Copied copied, std::shared_ptr<PromisedBytes> promised) {
     contents_ = std::move(copied);
+    promised_ = std::move(promised);
+    settled_.reset();
+    if (promised_) {
+        settled_ = promised_->onSettled([this] {
+            if (const SharedBytes png = std::exchange(promised_, nullptr)->bytes()) {
+                contents_.data[PasteboardType::Png] = *png;
+            }
+        });
+    }
     ++changeCount_;
     observers_.notify();
 }

@@ -4,7 +4,9 @@
 #include "platform/Pasteboards.h"
 
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rb {
@@ -34,10 +36,10 @@ public:
         std::vector<std::string> files = {};
         std::vector<std::string> marks = {}; // further types
     };
-    void copy(Copied copied);
+    void copy(Copied copied) { replace(std::move(copied), nullptr); }
     void copyText(const std::string& text) { copy({.text = text}); }
 
-    // What can be pasted now.
+    // What can be pasted now; what was promised, once it is there.
     const Copied& contents() const { return contents_; }
     void setTellsChanges(bool tells) { tellsChanges_ = tells; }
     // Each answer then takes that many seconds.
@@ -48,9 +50,14 @@ public:
 
 private:
     Handle answer(std::function<void()> work);
+    void replace(Copied copied, std::shared_ptr<PromisedBytes> promised);
+    // Whoever asks for a picture that is still being made waits for it.
+    Handle awaitPicture(std::function<void(const SharedBytes&)> answered);
 
     VirtualRunLoop& loop_;
     Copied contents_;
+    std::shared_ptr<PromisedBytes> promised_; // while it is being made
+    Handle settled_;
     std::int64_t changeCount_ = 7; // not 0, so that a forgotten start shows
     bool tellsChanges_ = false;
     bool refusesWrites_ = false;

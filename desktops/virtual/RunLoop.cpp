@@ -91,7 +91,7 @@ void VirtualRunLoop::background(QualityOfService /*quality*/, std::function<void
     auto item = std::make_shared<Work>();
     item->kind = Kind::Background;
     item->work = std::move(work);
-    queue_->add(std::move(item), 0);
+    queue_->add(std::move(item), queue_->now + nanoseconds(backgroundDelay_));
 }
 
 Handle VirtualRunLoop::after(double delay, std::function<void()> work) {

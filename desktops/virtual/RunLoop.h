@@ -48,6 +48,8 @@ public:
 
     // Lets that many seconds pass, with everything that falls due on the way. 0 only runs what is due now.
     void advance(double seconds);
+    // From now on work in the background begins that many seconds after it was asked for, as on a busy machine.
+    void setBackgroundDelay(double seconds) { backgroundDelay_ = seconds; }
     // The user or the network sets the clock; timers don't notice.
     void setWallClock(double secondsSince1970);
     // With true, repeating timers come as late as their tolerance allows.
@@ -94,6 +96,7 @@ private:
     std::vector<Process*> processes_;
     std::thread::id mainThread_ = std::this_thread::get_id();
     double wallClockOffset_ = 0;
+    double backgroundDelay_ = 0;
     bool inBackground_ = false;
     bool advancing_ = false;
     bool usesTolerance_ = false;

@@ -37,9 +37,14 @@ DecodedPicture VirtualThumbnails::squareThumb(const SharedBytes& data, double si
     return {pixels, std::make_shared<VirtualBitmap>(content, Size{2 * side, 2 * side}, Size{side, side})};
 }
 
-SharedBytes VirtualThumbnails::pngData(const std::string& path) {
-    const std::string text = "PNG of " + path;
-    return files_.imageSize(path).width > 0 ? std::make_shared<const Bytes>(text.begin(), text.end()) : nullptr;
+bool VirtualThumbnails::canDecode(const std::string& path) {
+    return files_.imageSize(path).width > 0;
+}
+
+SharedBytes VirtualThumbnails::pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) {
+    ++decoded_;
+    const std::string text = "PNG of " + std::string(data->begin(), data->end());
+    return damaged_ || givenUp ? nullptr : std::make_shared<const Bytes>(text.begin(), text.end());
 }
 
 Handle VirtualThumbnails::requestDocumentThumbnail(const std::string& path, Size /*size*/, double /*scale*/,

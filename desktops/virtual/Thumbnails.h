@@ -22,14 +22,17 @@ public:
     Image iconForFile(const std::string& path, double side) override;
     // Bytes that say "WIDTHxHEIGHT" are a picture of that many pixels, all others are damaged.
     DecodedPicture squareThumb(const SharedBytes& data, double side, double cornerRadius) override;
-    // "PNG of PATH" for pictures that can be decoded.
-    SharedBytes pngData(const std::string& path) override;
+    bool canDecode(const std::string& path) override;
+    // "PNG of DATA", unless the pictures are damaged.
+    SharedBytes pngData(const SharedBytes& data, const std::atomic<bool>& givenUp) override;
     Handle requestDocumentThumbnail(const std::string& path, Size size, double scale,
                                     std::function<void(std::shared_ptr<const Bitmap>)> answer) override;
 
     // Paths of the renderings asked for and neither answered nor dropped.
     std::vector<std::string> pending() const;
     void answer(const std::string& path);
+    // Pictures turn out to be broken behind their beginnings.
+    void setDamaged(bool damaged) { damaged_ = damaged; }
     // How many pictures in memory were decoded.
     int decoded() const { return decoded_; }
 
@@ -44,6 +47,7 @@ private:
     std::shared_ptr<Requests> requests_ = std::make_shared<Requests>();
     unsigned long next_ = 0;
     int decoded_ = 0;
+    bool damaged_ = false;
 };
 
 } // namespace rb

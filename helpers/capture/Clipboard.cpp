@@ -85,7 +85,7 @@ int serveClipboard() {
     LinuxLog log;
     LinuxRunLoop loop(log);
     SelectionOwner owner(*connection, loop, "CLIPBOARD");
-    if (!owner.take({{"image/png", "image/png", [picture] { return SharedBytes(picture); }}})) {
+    if (!owner.take({{"image/png", "image/png", [picture] { return PromisedBytes::settled(picture); }}})) {
         return CaptureExit::Failed;
     }
     // Whoever started us may go on.

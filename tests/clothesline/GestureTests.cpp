@@ -32,8 +32,90 @@ TEST_F(Gestures, APictureIsCopiedAsFileAndAsPng) {
         return found == data.end() ? "none" : std::string(found->second.begin(), found->second.end());
     };
     EXPECT_EQ(png("/Users/rb/x.PNG", {40, 40}), "bytes of /Users/rb/x.PNG");
-    EXPECT_EQ(png("/Users/rb/y.jpg", {40, 40}), "PNG of /Users/rb/y.jpg");
+    EXPECT_EQ(png("/Users/rb/y.jpg", {40, 40}), "PNG of bytes of /Users/rb/y.jpg");
     EXPECT_EQ(png("/Users/rb/broken.png", {}), "none") << "what can't be decoded is only a file";
+}
+
+// A picture that takes five seconds to make.
+class SlowPictures : public Gestures {
+protected:
+    SlowPictures() { desktop.files().addImage(path, {4000, 3000}); }
+    void copyIt() {
+        card = line->hangURL(path, {.quietly = true});
+        over(card);
+        desktop.runLoop().setBackgroundDelay(5);
+        hand().click(over(card));
+        desktop.advance(0.6);
+    }
+    bool offersPng() {
+        std::vector<std::string> offered;
+        (void)desktop.pasteboard().offeredTypes({PasteboardType::Png},
+                                                [&](std::vector<std::string> types) { offered = std::move(types); });
+        return !offered.empty();
+    }
+    // Asks, and says what came after that many seconds.
+    std::string pastedWithin(double seconds) {
+        std::string got = "nothing yet";
+        const Handle reading = desktop.pasteboard().readData(PasteboardType::Png, 1000, [&](const SharedBytes& bytes) {
+            got = bytes ? std::string(bytes->begin(), bytes->end()) : "refused";
+        });
+        desktop.advance(seconds);
+        return got;
+    }
+
+    const std::string path = "/Users/rb/photo.jpg";
+    RBPegItemRef card;
+};
+
+TEST_F(SlowPictures, TheFileIsThereAtOnceAndThePictureWhenItIsMade) {
+    copyIt();
+    EXPECT_THAT(desktop.pasteboard().contents().files, ElementsAre(path));
+    EXPECT_TRUE(pillShows(card)) << "the copy is done";
+    EXPECT_TRUE(offersPng());
+    EXPECT_EQ(pastedWithin(1), "nothing yet");
+    EXPECT_EQ(pastedWithin(5), "PNG of bytes of " + path);
+    EXPECT_EQ(pastedWithin(0), "PNG of bytes of " + path) << "as often as anyone asks";
+    EXPECT_EQ(desktop.thumbnails().decoded(), 1) << "and made once";
+}
+
+TEST_F(SlowPictures, WhatWasCopiedIsPastedWhateverBecomesOfTheFile) {
+    copyIt();
+    line->actions().trashItem(card);
+    EXPECT_FALSE(desktop.files().facts(path).exists);
+    EXPECT_EQ(pastedWithin(6), "PNG of bytes of " + path);
+    desktop.runLoop().setBackgroundDelay(0);
+    desktop.files().addImage(path, {4000, 3000});
+    copyIt();
+    desktop.files().change(path);
+    EXPECT_EQ(pastedWithin(6), "refused") << "rather than something else";
+    EXPECT_THAT(desktop.pasteboard().contents().files, ElementsAre(path));
+}
+
+TEST_F(SlowPictures, OneThatTurnsOutBrokenIsRefusedAndOfferedNoLonger) {
+    copyIt();
+    desktop.thumbnails().setDamaged(true);
+    EXPECT_TRUE(offersPng());
+    EXPECT_EQ(pastedWithin(6), "refused");
+    EXPECT_FALSE(offersPng());
+    EXPECT_THAT(desktop.pasteboard().contents().files, ElementsAre(path));
+}
+
+TEST_F(SlowPictures, AnotherCopyGivesUpTheMaking) {
+    copyIt();
+    line->actions().copyPathOf(*card);
+    desktop.advance(6);
+    EXPECT_EQ(desktop.pasteboard().contents().text, path);
+    EXPECT_FALSE(offersPng());
+    EXPECT_EQ(desktop.thumbnails().decoded(), 0);
+}
+
+TEST_F(SlowPictures, WhatNoLongerBeginsLikeAPictureIsOnlyAFile) {
+    card = line->hangURL(path, {.quietly = true});
+    desktop.files().addImage(path, {});
+    hand().click(over(card));
+    desktop.advance(0.6);
+    EXPECT_FALSE(offersPng());
+    EXPECT_THAT(desktop.pasteboard().contents().files, ElementsAre(path));
 }
 
 TEST_F(Gestures, ADoubleClickOpensAndNeverCopies) {

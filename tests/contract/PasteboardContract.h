@@ -93,9 +93,40 @@ TEST_P(PasteboardContract, FilesComeBackInTheirOrder) {
     ASSERT_TRUE(board().write(PasteboardFiles{paths}));
     EXPECT_EQ(files(), paths);
     EXPECT_TRUE(has(offered({PasteboardType::FileUrl}), PasteboardType::FileUrl));
-    ASSERT_TRUE(board().write(PasteboardPictureFile{"/tmp/picture.png", noise(10)}));
+    ASSERT_TRUE(board().write(PasteboardPictureFile{"/tmp/picture.png", PromisedBytes::settled(noise(10))}));
     EXPECT_EQ(files(), std::vector<std::string>{"/tmp/picture.png"});
     EXPECT_TRUE(data(PasteboardType::Png));
+}
+
+TEST_P(PasteboardContract, APromisedPictureIsWaitedForAndItsFileIsNot) {
+    RunLoop& loop = desktop().runLoop;
+    const SharedBytes png = noise(2'000'000);
+    for (const SharedBytes& made : {png, SharedBytes()}) {
+        const auto promise = PromisedBytes::begin(loop, [made](const std::atomic<bool>&) { return made; });
+        ASSERT_TRUE(board().write(PasteboardPictureFile{"/tmp/picture.jpg", promise}));
+        SharedBytes pasted = noise(1);
+        bool answered = false;
+        const Handle reading = board().readData(PasteboardType::Png, 10'000'000, [&](const SharedBytes& bytes) {
+            pasted = bytes;
+            answered = true;
+        });
+        EXPECT_EQ(files(), std::vector<std::string>{"/tmp/picture.jpg"});
+        EXPECT_TRUE(user().until([&] { return answered; }));
+        ASSERT_EQ(pasted != nullptr, made != nullptr) << "refused when it can't be made";
+        EXPECT_TRUE(!made || *pasted == *made);
+    }
+}
+
+TEST_P(PasteboardContract, APromiseThatIsReplacedIsGivenUp) {
+    auto promise = PromisedBytes::begin(desktop().runLoop, [](const std::atomic<bool>&) { return noise(10); });
+    const std::weak_ptr<PromisedBytes> held = promise;
+    ASSERT_TRUE(board().write(PasteboardPictureFile{"/tmp/picture.jpg", std::move(promise)}));
+    EXPECT_FALSE(held.expired());
+    ASSERT_TRUE(board().write("text"));
+    EXPECT_TRUE(held.expired());
+    user().live(0.1);
+    EXPECT_EQ(data(PasteboardType::Png), nullptr);
+    EXPECT_EQ(text(), "text");
 }
 
 TEST_P(PasteboardContract, OnlyWhatIsAskedForAndThereIsNamed) {

@@ -3,7 +3,9 @@
 #include "desktops/linux/Bitmap.h"
 #include "desktops/linux/LayerGeometry.h"
 #include "desktops/linux/LayerPainter.h"
+#include "desktops/linux/LayerSurface.h"
 #include "desktops/linux/Symbols.h"
+#include "desktops/virtual/RunLoop.h"
 #include "tests/golden/Golden.h"
 
 #include <QPainter>
@@ -234,6 +236,72 @@ TEST_F(Painting, BlursAnUnchangedShadowOnce) {
     card->change().shadowRadius = 14;
     paint(*scene.root());
     EXPECT_EQ(layers.shadows().blurred(), 2U);
+}
+
+// What is turned is painted once and then laid down, as long as it looks the same; a painter that keeps nothing paints
+// the same picture each time.
+TEST_F(Painting, KeepsAPictureOfWhatIsMerelyMoved) {
+    VirtualRunLoop loop;
+    LayerTicker ticker(loop, layers);
+    LayerSurface surface(ticker, scene.root(), [](const QRegion&) {});
+    surface.show();
+    const auto picture = [&](LayerPainter& painting) {
+        QImage shown(400, 300, QImage::Format_ARGB32_Premultiplied);
+        shown.fill(Qt::transparent);
+        QPainter painter(&shown);
+        painting.paintRegion(painter, *scene.root(), loop.now(), flipped(shown.rect()), shown.rect());
+        return shown;
+    };
+    unsigned long made = 0;
+    const auto expectPictures = [&](unsigned long more, const char* what) {
+        LayerPainter forgetful(symbols);
+        EXPECT_EQ(picture(layers), picture(forgetful)) << what;
+        made += more;
+        EXPECT_EQ(layers.sprites().made(), made) << what;
+    };
+    const auto card = scene.add({40, 40, 100, 90});
+    makeGlass(*card, 16);
+    addRim(*card);
+    card->change().transform.rotation = 0.3;
+    expectPictures(1, "new");
+    card->change().position = {200, 120};
+    card->change().transform.rotation = -0.4;
+    card->change().opacity = 0.6;
+    expectPictures(0, "moved, turned and faded");
+    card->change().hidden = true;
+    expectPictures(0, "hidden");
+    card->change().hidden = false;
+    expectPictures(0, "shown again");
+    card->addAnimation("swing", Animation::basic(KeyPath::RotationZ, 0.0, 1.0, 1, RBEaseOut));
+    loop.advance(0.4);
+    expectPictures(0, "swinging");
+    loop.advance(1);
+    card->change().backgroundColor = Color{0.2, 0.4, 0.6, 0.8};
+    expectPictures(1, "in another colour");
+    card->change().bounds.width = 120;
+    expectPictures(1, "wider");
+    const auto knob = GoldenScene::addTo(*card, {10, 10, 30, 30});
+    knob->change().backgroundColor = Color{1, 0, 0, 1};
+    expectPictures(1, "with a part more");
+    knob->change().position.x += 20;
+    expectPictures(1, "with a part elsewhere");
+    knob->removeFromSuperlayer();
+    expectPictures(1, "with a part less");
+
+    const auto bitmap = [](QColor color) {
+        QImage plain(60, 40, QImage::Format_ARGB32_Premultiplied);
+        plain.fill(color);
+        return std::make_shared<LinuxBitmap>(plain);
+    };
+    const auto photo = scene.add({250, 150, 60, 40});
+    photo->change().contents = bitmap(Qt::darkGreen);
+    expectPictures(0, "a picture that stands upright");
+    photo->change().transform.rotation = 0.5;
+    expectPictures(1, "a picture that is turned");
+    photo->change().position.y -= 50;
+    expectPictures(0, "a picture that falls");
+    photo->change().contents = bitmap(Qt::darkRed);
+    expectPictures(1, "another picture");
 }
 
 // What is painted lies within what was announced: otherwise moving things leave traces.

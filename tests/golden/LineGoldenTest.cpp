@@ -194,9 +194,10 @@ TEST_P(LineGolden, TheFallAtThreeMoments) {
         const auto root = stage.desktop().panels().visible().back()->rootLayer();
         const QRectF canvas(column++ * seen.width(), 0, seen.width(), seen.height());
         painter.setClipRect(canvas);
-        stage.painter().paint(
-            painter, *root, stage.desktop().runLoop().now(),
-            flipped(QRectF(0, 0, 1512, 982)) * QTransform::fromTranslate(canvas.x() - seen.x(), -seen.y()), canvas);
+        stage.painter().paintRegion(painter, *root, stage.desktop().runLoop().now(),
+                                    flipped(QRectF(0, 0, 1512, 982)) *
+                                        QTransform::fromTranslate(canvas.x() - seen.x(), -seen.y()),
+                                    canvas.toRect());
     }
     painter.end();
     expectGolden(all, std::string("line-fall-") + GetParam());

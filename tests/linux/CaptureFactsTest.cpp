@@ -1,6 +1,7 @@
 #include "desktops/linux/CaptureAttributes.h"
 #include "desktops/linux/FolderWatches.h"
 #include "desktops/linux/PixelMatch.h"
+#include "tests/linux/LinuxFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@
 #include <fstream>
 #include <random>
 #include <unistd.h>
+#include <utility>
 
 namespace rb {
 
@@ -107,6 +109,17 @@ protected:
         std::sort(found.begin(), found.end());
         return found;
     }
+    // The names among all that were ever there.
+    std::vector<std::string> looked() {
+        std::vector<std::string> found;
+        const auto entries =
+            LinuxFolderWatches().look(folder_, {"half.png", ".hidden.png", "done.png", "gone.png", "empty.png"});
+        for (const FolderEntry& entry : entries.value()) {
+            EXPECT_TRUE(entry.created);
+            found.push_back(fs::path(entry.path).filename());
+        }
+        return found;
+    }
     std::string folder_;
 };
 
@@ -117,8 +130,10 @@ TEST_F(ListingTest, LeavesOutWhatIsHiddenEmptyOrStillBeingWritten) {
     const int writer = open((folder_ + "/half.png").c_str(), O_WRONLY | O_CREAT, 0600);
     ASSERT_EQ(write(writer, "x", 1), 1);
     EXPECT_EQ(names(), (std::vector<std::string>{"done.png"}));
+    EXPECT_EQ(looked(), (std::vector<std::string>{"done.png"}));
     close(writer);
     EXPECT_EQ(names(), (std::vector<std::string>{"done.png", "half.png"}));
+    EXPECT_EQ(looked(), (std::vector<std::string>{"half.png", "done.png"})) << "as asked";
 }
 
 TEST_F(ListingTest, AFolderThatIsNoneListsAsEmptyAndCannotBeOpened) {
@@ -126,7 +141,58 @@ TEST_F(ListingTest, AFolderThatIsNoneListsAsEmptyAndCannotBeOpened) {
     for (const char* name : {"/file", "/nowhere"}) {
         EXPECT_TRUE(LinuxFolderWatches().list(folder_ + name).empty());
         EXPECT_FALSE(LinuxFolderWatches().open(folder_ + name));
+        EXPECT_FALSE(LinuxFolderWatches().look(folder_ + name, {"file"})) << "which isn't the same as empty";
     }
+}
+
+// A folder of this machine, watched.
+class FolderWatchTest : public EventLoopFixture {
+protected:
+    FolderWatchTest() {
+        watch_ = watches_.watch(watches_.open(folder_.path()), [this](const FolderChange& change) {
+            names_.insert(names_.end(), change.names.begin(), change.names.end());
+            everything_ = everything_ || change.everything;
+        });
+    }
+    // The names told since the last call, without repetitions.
+    std::vector<std::string> told(const std::string& last) {
+        EXPECT_TRUE(until([&] { return std::find(names_.begin(), names_.end(), last) != names_.end(); }));
+        auto names = std::exchange(names_, {});
+        names.erase(std::unique(names.begin(), names.end()), names.end());
+        return names;
+    }
+    void write(const std::string& name) const { std::ofstream(folder_ / name) << "x"; }
+
+    TemporaryFolder folder_;
+    LinuxFolderWatches watches_;
+    Handle watch_;
+    std::vector<std::string> names_;
+    bool everything_ = false;
+};
+
+TEST_F(FolderWatchTest, ItSaysWhatCameWentAndWasFinished) {
+    ASSERT_TRUE(watch_);
+    write("a b.png");
+    EXPECT_EQ(told("a b.png"), std::vector<std::string>{"a b.png"});
+    fs::rename(folder_ / "a b.png", folder_ / "文字.png");
+    EXPECT_EQ(told("文字.png"), (std::vector<std::string>{"a b.png", "文字.png"}));
+    fs::remove(folder_ / "文字.png");
+    fs::create_directory(folder_ / "inner");
+    EXPECT_EQ(told("inner"), (std::vector<std::string>{"文字.png", "inner"}));
+    EXPECT_FALSE(everything_);
+}
+
+TEST_F(FolderWatchTest, ItSaysWhenItLostCount) {
+    std::ifstream limit("/proc/sys/fs/inotify/max_queued_events");
+    int most = 0;
+    ASSERT_TRUE(limit >> most);
+    if (most > 20'000) {
+        GTEST_SKIP() << "this machine counts very far";
+    }
+    for (int i = 0; i <= most / 2; ++i) { // each comes and is finished
+        write(std::to_string(i));
+    }
+    EXPECT_TRUE(until([&] { return everything_; }, 20'000));
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -415,6 +416,46 @@ TEST_F(FileOperationsTest, QuittingInTheMiddleLeavesTheSourceWholeAndNoHalfFile)
     EXPECT_EQ(fs::file_size(here / "large"), size);
     until([&] { return told; }, 50);
     EXPECT_FALSE(fs::exists(there / "large"));
+}
+
+TEST_F(FileOperationsTest, AnOpenedFileIsReadAsItWasOrNotAtAll) {
+    constexpr std::size_t most = 3'000'000;
+    const std::atomic<bool> wanted = false;
+    const std::atomic<bool> givenUp = true;
+    const auto contents = [&](const std::shared_ptr<const OpenedFile>& file) {
+        const SharedBytes bytes = file->contents(wanted);
+        return bytes ? std::string(bytes->begin(), bytes->end()) : "nothing";
+    };
+    const std::string large(most, 'x');
+    write(here / "a", large);
+    const auto open = [&](const fs::path& path) { return operations->open(path, most); };
+    const auto moved = open(here / "a");
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(moved->contents(givenUp), nullptr);
+    fs::rename(here / "a", here / "b");
+    write(here / "a", "another file");
+    EXPECT_EQ(contents(moved), large) << "whatever has its name now";
+    const auto removed = open(here / "b");
+    fs::remove(here / "b");
+    EXPECT_EQ(contents(removed), large);
+
+    const auto grown = open(here / "a");
+    std::ofstream(here / "a", std::ios::app) << "+";
+    EXPECT_EQ(contents(grown), "nothing");
+    const auto shorter = open(here / "a");
+    fs::resize_file(here / "a", 3);
+    EXPECT_EQ(contents(shorter), "nothing");
+    const auto touched = open(here / "a");
+    fs::last_write_time(here / "a", fs::file_time_type::clock::now() - std::chrono::hours(1));
+    EXPECT_EQ(contents(touched), "nothing");
+    EXPECT_EQ(contents(open(here / "a")), "ano");
+
+    write(here / "larger", large + "x");
+    EXPECT_EQ(open(here / "larger"), nullptr);
+    EXPECT_EQ(open(here), nullptr) << "a folder";
+    EXPECT_EQ(open(here / "missing"), nullptr);
+    ASSERT_EQ(mkfifo((here / "pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+    EXPECT_EQ(open(here / "pipe"), nullptr) << "and nobody is waited for";
 }
 
 TEST_F(FileOperationsTest, TheNextStartRemovesWhatAKilledCopyLeft) {

@@ -1,5 +1,6 @@
 #include "desktops/linux/UriList.h"
 #include "desktops/linux/PasteboardForms.h"
+#include "desktops/virtual/RunLoop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -36,11 +37,12 @@ TEST(PasteboardFormsTest, TextsAreMadeWellFormed) {
 }
 
 TEST(PasteboardFormsTest, FilesAreOfferedAsFileManagersAndEditorsWantThem) {
-    const auto forms = formsOf(PasteboardFiles{{"/a b", "/c"}});
+    VirtualRunLoop loop;
+    auto forms = formsOf(PasteboardFiles{{"/a b", "/c"}}, loop);
     const auto of = [&](const std::string& target) {
-        for (const SelectionForm& form : forms) {
+        for (SelectionForm& form : forms) {
             if (form.target == target) {
-                const SharedBytes bytes = form.bytes();
+                const SharedBytes bytes = form.bytes().bytes();
                 return std::string(bytes->begin(), bytes->end());
             }
         }
@@ -49,7 +51,7 @@ TEST(PasteboardFormsTest, FilesAreOfferedAsFileManagersAndEditorsWantThem) {
     EXPECT_EQ(of("text/uri-list"), "file:///a%20b\r\nfile:///c\r\n");
     EXPECT_EQ(of("x-special/gnome-copied-files"), "copy\nfile:///a%20b\nfile:///c");
     EXPECT_EQ(of("UTF8_STRING"), "/a b\n/c");
-    EXPECT_TRUE(formsOf(PasteboardData{"com.example.type", std::make_shared<const Bytes>()}).empty());
+    EXPECT_TRUE(formsOf(PasteboardData{"com.example.type", std::make_shared<const Bytes>()}, loop).empty());
 }
 
 } // namespace

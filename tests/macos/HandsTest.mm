@@ -12,7 +12,13 @@
 
 #import <Quartz/Quartz.h>
 
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <map>
+#include <thread>
+#include <unistd.h>
 
 // A drag as AppKit hands it to a view, as far as anyone asks.
 @interface RBTestDrag : NSObject
@@ -401,7 +407,7 @@ TEST_F(FileHandsTest, APictureIsOneItemOfBytesAndFile) {
     MacPasteboard board;
     fake::answer("-[NSPasteboard writeObjects:]", true);
     const auto png = std::make_shared<const Bytes>(Bytes{1, 2, 3});
-    EXPECT_TRUE(board.write(PasteboardPictureFile{.path = "/图 1.png", .png = png}));
+    EXPECT_TRUE(board.write(PasteboardPictureFile{.path = "/图 1.png", .png = PromisedBytes::settled(png)}));
     EXPECT_TRUE(fake::calledInOrder({"-[NSPasteboardItem setData:forType:]", "-[NSPasteboardItem setString:forType:]",
                                      "-[NSPasteboard clearContents]", "-[NSPasteboard writeObjects:]"}));
     EXPECT_EQ([static_cast<NSArray*>(fake::lastCall("-[NSPasteboard writeObjects:]").object(0)) count], 1U);
@@ -409,6 +415,141 @@ TEST_F(FileHandsTest, APictureIsOneItemOfBytesAndFile) {
     fake::forgetCalls();
     EXPECT_TRUE(board.write(PasteboardPictureFile{.path = "/a.txt", .png = nullptr}));
     EXPECT_FALSE(fake::called("-[NSPasteboardItem setData:forType:]"));
+    EXPECT_TRUE(board.write(PasteboardPictureFile{.path = "/a.jpg", .png = PromisedBytes::settled(nullptr)}));
+    EXPECT_FALSE(fake::called("-[NSPasteboardItem setData:forType:]"));
+    EXPECT_FALSE(fake::called("-[NSPasteboardItem setDataProvider:forTypes:]"));
+}
+
+// Work in the background runs in a thread of its own.
+class ThreadedRunLoop : public RunLoop {
+public:
+    ~ThreadedRunLoop() override { join(); }
+    double now() const override { return main_.now(); }
+    double wallClock() const override { return main_.wallClock(); }
+    void post(std::function<void()> work) override { main_.post(std::move(work)); }
+    Handle after(double delay, std::function<void()> work) override { return main_.after(delay, std::move(work)); }
+    Handle every(double interval, double tolerance, std::function<void()> work) override {
+        return main_.every(interval, tolerance, std::move(work));
+    }
+    void background(QualityOfService /*quality*/, std::function<void()> work) override {
+        thread_ = std::thread(std::move(work));
+    }
+    void join() {
+        if (thread_.joinable()) {
+            thread_.join();
+        }
+    }
+
+private:
+    MacRunLoop main_;
+    std::thread thread_;
+};
+
+class PromisedPictureTest : public FileHandsTest {
+protected:
+    PromisedPictureTest() {
+        fake::answer("-[NSPasteboard writeObjects:]", true);
+        fake::answer("-[NSPasteboard setString:forType:]", true);
+    }
+
+    id<NSPasteboardItemDataProvider> provider() {
+        return fake::lastCall("-[NSPasteboardItem setDataProvider:forTypes:]").object(0);
+    }
+    // The system asks for the picture, as when somebody pastes; what it gets.
+    std::string paste() {
+        fake::forgetCalls();
+        NSPasteboardItem* item = [[NSPasteboardItem alloc] init];
+        [provider_ pasteboard:nil item:item provideDataForType:NSPasteboardTypePNG];
+        if (!fake::called("-[NSPasteboardItem setData:forType:]")) {
+            return "nothing";
+        }
+        const auto set = fake::lastCall("-[NSPasteboardItem setData:forType:]");
+        EXPECT_TRUE([set.object(1) isEqual:NSPasteboardTypePNG]);
+        NSData* data = set.object(0);
+        return {static_cast<const char*>(data.bytes), data.length};
+    }
+    template <typename Loop>
+    void copy(Loop& loop, MacPasteboard& board, SharedBytes made) {
+        auto promise = PromisedBytes::begin(loop, [made](const std::atomic<bool>&) { return made; });
+        promise_ = promise;
+        EXPECT_TRUE(board.write(PasteboardPictureFile{.path = "/a.jpg", .png = std::move(promise)}));
+        provider_ = provider();
+    }
+
+    __weak id<NSPasteboardItemDataProvider> provider_;
+    std::weak_ptr<PromisedBytes> promise_;
+};
+
+TEST_F(PromisedPictureTest, ThePictureIsPromisedBesideItsFileAndGivenWhenItIsThere) {
+    @autoreleasepool {
+        MacRunLoop loop;
+        MacPasteboard board;
+        copy(loop, board, std::make_shared<const Bytes>(Bytes{'p', 'n', 'g'}));
+        const auto promised = fake::lastCall("-[NSPasteboardItem setDataProvider:forTypes:]");
+        EXPECT_TRUE([promised.object(1) isEqual:@[ NSPasteboardTypePNG ]]);
+        EXPECT_TRUE(fake::calledInOrder({"-[NSPasteboardItem setDataProvider:forTypes:]",
+                                         "-[NSPasteboardItem setString:forType:]", "-[NSPasteboard clearContents]",
+                                         "-[NSPasteboard writeObjects:]"}));
+        EXPECT_FALSE(fake::called("-[NSPasteboardItem setData:forType:]")) << "nothing waits for it";
+        fake::advance(0);
+        EXPECT_EQ(paste(), "png");
+        EXPECT_EQ(paste(), "png");
+        [provider_ pasteboardFinishedWithDataProvider:NSPasteboard.generalPasteboard];
+        EXPECT_TRUE(promise_.expired()) << "another program has copied";
+        EXPECT_EQ(paste(), "nothing");
+    }
+}
+
+TEST_F(PromisedPictureTest, AskedForTooEarlyItIsWaitedFor) {
+    @autoreleasepool {
+        ThreadedRunLoop loop;
+        MacPasteboard board;
+        copy(loop, board, std::make_shared<const Bytes>(Bytes{'p', 'n', 'g'}));
+        if (provider_ != nil) { // the thread may have been quicker
+            EXPECT_EQ(paste(), "png");
+        }
+        loop.join();
+        fake::runMainQueue();
+    }
+}
+
+TEST_F(PromisedPictureTest, OneThatCannotBeMadeGivesNothing) {
+    @autoreleasepool {
+        MacRunLoop loop;
+        MacPasteboard board;
+        copy(loop, board, nullptr);
+        fake::advance(0);
+        EXPECT_EQ(paste(), "nothing");
+        EXPECT_TRUE(board.write(std::string("text")));
+        EXPECT_TRUE(promise_.expired());
+        EXPECT_EQ(provider_, nil);
+    }
+}
+
+TEST_F(FileHandsTest, AnOpenedFileIsReadWhateverBecomesOfItsName) {
+    std::string folder = "/tmp/rookbay-mac-XXXXXX";
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    const std::string path = folder + "/a";
+    const auto write = [&](const std::string& text) { std::ofstream(path) << text; };
+    const std::atomic<bool> wanted = false;
+    const std::atomic<bool> givenUp = true;
+    write("bytes");
+    const auto removed = files_.open(path, 5);
+    EXPECT_EQ(files_.open(path, 4), nullptr) << "too large";
+    EXPECT_EQ(files_.open(folder, 5), nullptr);
+    std::remove(path.c_str());
+    EXPECT_EQ(files_.open(path, 5), nullptr);
+    ASSERT_TRUE(removed);
+    EXPECT_EQ(removed->contents(givenUp), nullptr);
+    const SharedBytes bytes = removed->contents(wanted);
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(std::string(bytes->begin(), bytes->end()), "bytes");
+    write("bytes");
+    const auto changed = files_.open(path, 5);
+    write("byt");
+    EXPECT_EQ(changed->contents(wanted), nullptr);
+    std::remove(path.c_str());
+    rmdir(folder.c_str());
 }
 
 TEST_F(FileHandsTest, OpeningAnswersOnceOnTheMainThread) {

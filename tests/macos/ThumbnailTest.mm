@@ -9,6 +9,7 @@
 #import <QuickLookThumbnailing/QuickLookThumbnailing.h>
 #import <UniformTypeIdentifiers/UniformTypeIdentifiers.h>
 
+#include <atomic>
 #include <optional>
 
 namespace rb {
@@ -232,6 +233,33 @@ TEST_F(LayerRendererTest, withoutSizeOrMemoryThereIsNoPicture) {
     fake::answer("CGBitmapContextCreate", nullptr);
     EXPECT_EQ(renderer.render(*layer, 2), nullptr);
     EXPECT_EQ(fake::calls("CGContextRelease").size(), 1u);
+}
+
+TEST_F(ThumbnailTest, onlyTheBeginningTellsWhetherAFileIsAPicture) {
+    fake::answer("CGImageSourceGetType", @"public.jpeg");
+    fake::answer("CGImageSourceGetCount", 1);
+    EXPECT_TRUE(thumbnails_.canDecode("/a/照片.jpg"));
+    EXPECT_FALSE(fake::called("CGImageSourceCreateImageAtIndex"));
+    fake::answer("CGImageSourceGetCount", 0);
+    EXPECT_FALSE(thumbnails_.canDecode("/a/b.jpg"));
+    fake::answer("CGImageSourceCreateWithURL", nil);
+    EXPECT_FALSE(thumbnails_.canDecode("/a/b.jpg"));
+}
+
+TEST_F(ThumbnailTest, aPictureIsPackedAsPngUnlessNobodyWantsIt) {
+    const auto data = std::make_shared<const Bytes>(Bytes{'j', 'p', 'g'});
+    fake::answer("-[NSImage TIFFRepresentation]", [NSData dataWithBytes:"tif" length:3]);
+    fake::answer("-[NSBitmapImageRep representationUsingType:properties:]", [NSData dataWithBytes:"png" length:3]);
+    const std::atomic<bool> givenUp = true;
+    EXPECT_EQ(thumbnails_.pngData(data, givenUp), nullptr);
+    EXPECT_FALSE(fake::called("-[NSImage TIFFRepresentation]"));
+    const std::atomic<bool> wanted = false;
+    const SharedBytes png = thumbnails_.pngData(data, wanted);
+    ASSERT_TRUE(png);
+    EXPECT_EQ(*png, (Bytes{'p', 'n', 'g'}));
+    EXPECT_TRUE([fake::lastCall("-[NSImage initWithData:]").object(0) isEqual:[NSData dataWithBytes:"jpg" length:3]]);
+    fake::answer("-[NSImage TIFFRepresentation]", nil);
+    EXPECT_EQ(thumbnails_.pngData(data, wanted), nullptr);
 }
 
 } // namespace

@@ -12,9 +12,13 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Paths = std::vector<std::string>;
 
-class WatcherTest : public CaptureTest {
+// Where events say what changed, and where they don't.
+class WatcherTest : public CaptureTest, public testing::WithParamInterface<bool> {
 protected:
-    WatcherTest() { make(picturesFolder); }
+    WatcherTest() {
+        folders().setNamesChanges(GetParam());
+        make(picturesFolder);
+    }
     void make(const std::string& folder) {
         watcher = std::make_unique<RBScreenshotWatcher>(desktop.services());
         watcher->fixedFolder = folder;
@@ -24,30 +28,96 @@ protected:
     // Long enough for the quiet time and a listing.
     void settle() { desktop.advance(0.5); }
     VirtualFolderWatches& folders() { return desktop.folderWatches(); }
+    int scans() { return folders().listings() + folders().looks(); }
 
     std::unique_ptr<RBScreenshotWatcher> watcher;
     Paths reported;
     int denials = 0;
 };
 
-TEST_F(WatcherTest, ABurstGivesOneScanAQuarterSecondAfterItsEnd) {
+TEST_P(WatcherTest, ABurstGivesOneScanAQuarterSecondAfterItsEnd) {
     watcher->start();
     settle();
-    const int before = folders().listings();
+    const int before = scans();
     for (int i = 0; i < 10; ++i) {
         folders().put(picturesFolder + "/shot.png");
         desktop.advance(0.2);
     }
-    EXPECT_EQ(folders().listings(), before);
+    EXPECT_EQ(scans(), before);
     desktop.advance(0.04);
-    EXPECT_EQ(folders().listings(), before);
+    EXPECT_EQ(scans(), before);
     desktop.advance(0.02);
-    EXPECT_EQ(folders().listings(), before + 1);
+    EXPECT_EQ(scans(), before + 1);
     settle();
     EXPECT_THAT(reported, ElementsAre(picturesFolder + "/shot.png"));
 }
 
-TEST_F(WatcherTest, OnlyWhatIsYoungerThanTheWatcherCounts) {
+TEST_P(WatcherTest, AKnownFolderIsListedAgainOnlyWhereChangesHaveNoNames) {
+    for (int i = 0; i < 1000; ++i) {
+        folders().put(picturesFolder + "/old " + std::to_string(i) + ".png", 0);
+    }
+    watcher->start();
+    settle();
+    EXPECT_EQ(folders().listings(), 1);
+    for (const char* name : {"/a.png", "/b.png"}) {
+        folders().put(picturesFolder + name);
+        folders().put(picturesFolder + name);
+        settle();
+    }
+    EXPECT_EQ(folders().listings(), GetParam() ? 1 : 3);
+    folders().loseCount();
+    folders().put(picturesFolder + "/c.png");
+    folders().put(picturesFolder + "/d.png");
+    settle();
+    EXPECT_EQ(folders().listings(), GetParam() ? 2 : 4);
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png", picturesFolder + "/b.png", picturesFolder + "/c.png",
+                                      picturesFolder + "/d.png"));
+    // What comes after that is known by name again.
+    folders().put(picturesFolder + "/e.png");
+    settle();
+    EXPECT_EQ(folders().listings(), GetParam() ? 2 : 5);
+    EXPECT_EQ(reported.size(), 5U);
+}
+
+TEST_P(WatcherTest, WhatComesWhileTheFolderIsLookedAtIsNotLost) {
+    desktop.runLoop().setBackgroundDelay(1);
+    watcher->start();
+    desktop.advance(1.5); // open, and being listed
+    for (const char* name : {"/a.png", "/b.png"}) {
+        folders().put(picturesFolder + name);
+        desktop.advance(0.3);
+    }
+    desktop.advance(5);
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png", picturesFolder + "/b.png"));
+    folders().put(picturesFolder + "/c.png");
+    desktop.advance(0.5);
+    folders().take(picturesFolder + "/c.png"); // before anyone looked
+    folders().put(picturesFolder + "/d.png");
+    desktop.advance(5);
+    EXPECT_EQ(reported.size(), 3U);
+    EXPECT_EQ(reported.back(), picturesFolder + "/d.png");
+    folders().put(picturesFolder + "/c.png");
+    desktop.advance(5);
+    EXPECT_EQ(reported.back(), picturesFolder + "/c.png");
+}
+
+TEST_P(WatcherTest, MoreChangesThanAreWorthCountingAreOneListing) {
+    watcher->start();
+    settle();
+    const int before = folders().listings();
+    constexpr int many = 25'000;
+    reported.reserve(many);
+    for (int i = 0; i < many; ++i) {
+        folders().put(picturesFolder + "/" + std::to_string(i) + ".txt");
+    }
+    settle();
+    EXPECT_EQ(folders().listings(), before + 1);
+    folders().put(picturesFolder + "/a.png");
+    settle();
+    EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png"));
+}
+
+TEST_P(WatcherTest, OnlyWhatIsYoungerThanTheWatcherCounts) {
     const double now = desktop.runLoop().wallClock();
     folders().put(picturesFolder + "/old.png", now - 1.01);
     folders().put(picturesFolder + "/fresh.png", now - 0.99);
@@ -57,7 +127,7 @@ TEST_F(WatcherTest, OnlyWhatIsYoungerThanTheWatcherCounts) {
     EXPECT_THAT(reported, ElementsAre(picturesFolder + "/fresh.png", picturesFolder + "/unknown.png"));
 }
 
-TEST_F(WatcherTest, KindsGoByTheExtension) {
+TEST_P(WatcherTest, KindsGoByTheExtension) {
     watcher->start();
     for (const char* name : {"a.PNG", "b.jpg", "c.jpeg", "d.heic", "e.tif", "f.tiff", "g.gif", "h.WebP", "i.txt", "j",
                              "k.mov", "l.mp4", "png"}) {
@@ -76,7 +146,7 @@ TEST_F(WatcherTest, KindsGoByTheExtension) {
     EXPECT_EQ(reported.size(), 2u);
 }
 
-TEST_F(WatcherTest, OnTheDesktopOnlyMarkedImagesCountAndAreJudgedOnce) {
+TEST_P(WatcherTest, OnTheDesktopOnlyMarkedImagesCountAndAreJudgedOnce) {
     make(desktopFolder);
     watcher->acceptsRecordings = true;
     watcher->start();
@@ -87,12 +157,12 @@ TEST_F(WatcherTest, OnTheDesktopOnlyMarkedImagesCountAndAreJudgedOnce) {
     settle();
     EXPECT_THAT(reported, ElementsAre(desktopFolder + "/film.mov", desktopFolder + "/marked.png"));
     desktop.captureFacts().mark(desktopFolder + "/copied.png");
-    folders().touch(desktopFolder);
+    folders().put(desktopFolder + "/copied.png");
     settle();
     EXPECT_EQ(reported.size(), 2u) << "too late";
 }
 
-TEST_F(WatcherTest, AFileThatLeavesAndComesBackIsJudgedAfresh) {
+TEST_P(WatcherTest, AFileThatLeavesAndComesBackIsJudgedAfresh) {
     watcher->start();
     folders().put(picturesFolder + "/a.png");
     settle();
@@ -113,7 +183,7 @@ TEST_F(WatcherTest, AFileThatLeavesAndComesBackIsJudgedAfresh) {
     EXPECT_EQ(reported.size(), 3u);
 }
 
-TEST_F(WatcherTest, AStopDropsWhatIsOnItsWay) {
+TEST_P(WatcherTest, AStopDropsWhatIsOnItsWay) {
     watcher->start();
     watcher->stop();
     settle();
@@ -133,7 +203,7 @@ TEST_F(WatcherTest, AStopDropsWhatIsOnItsWay) {
     EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png")) << "judged after the new start, once";
 }
 
-TEST_F(WatcherTest, AFolderThatCannotBeOpenedIsToldAndTriedAgainOnTheNextStart) {
+TEST_P(WatcherTest, AFolderThatCannotBeOpenedIsToldAndTriedAgainOnTheNextStart) {
     folders().deny(picturesFolder);
     watcher->start();
     settle();
@@ -146,7 +216,7 @@ TEST_F(WatcherTest, AFolderThatCannotBeOpenedIsToldAndTriedAgainOnTheNextStart) 
     EXPECT_EQ(watched().count(picturesFolder), 1u);
 }
 
-TEST_F(WatcherTest, AListingThatCrossesAStopIsMadeUpFor) {
+TEST_P(WatcherTest, AListingThatCrossesAStopIsMadeUpFor) {
     watcher->start();
     settle();
     folders().put(picturesFolder + "/a.png");
@@ -162,7 +232,7 @@ TEST_F(WatcherTest, AListingThatCrossesAStopIsMadeUpFor) {
     EXPECT_THAT(reported, ElementsAre(picturesFolder + "/a.png"));
 }
 
-TEST_F(WatcherTest, AFolderInThePlaceOfTheWatchedOneIsWatchedInstead) {
+TEST_P(WatcherTest, AFolderInThePlaceOfTheWatchedOneIsWatchedInstead) {
     watcher->start();
     settle();
     folders().put(picturesFolder + "/a.png");
@@ -192,7 +262,7 @@ TEST_F(WatcherTest, AFolderInThePlaceOfTheWatchedOneIsWatchedInstead) {
     EXPECT_THAT(watched(), IsEmpty()) << "what was stopped stays so";
 }
 
-TEST_F(WatcherTest, AnUnreadableFolderIsTriedAgainQuietly) {
+TEST_P(WatcherTest, AnUnreadableFolderIsTriedAgainQuietly) {
     watcher->start();
     settle();
     folders().deny(picturesFolder);
@@ -210,7 +280,7 @@ TEST_F(WatcherTest, AnUnreadableFolderIsTriedAgainQuietly) {
     EXPECT_EQ(denials, 1);
 }
 
-TEST_F(WatcherTest, TheWatcherMayEndInItsOwnReport) {
+TEST_P(WatcherTest, TheWatcherMayEndInItsOwnReport) {
     watcher->onNew = [this](const std::string& path) {
         reported.push_back(path);
         watcher->stop();
@@ -222,7 +292,7 @@ TEST_F(WatcherTest, TheWatcherMayEndInItsOwnReport) {
     EXPECT_EQ(reported.size(), 1u);
 }
 
-TEST_F(WatcherTest, TheSystemsFolderIsTheFirstSettingThatNamesAFolder) {
+TEST_P(WatcherTest, TheSystemsFolderIsTheFirstSettingThatNamesAFolder) {
     auto& preferences = desktop.screenshotPreferences();
     const auto folder = [this] { return RBScreenshotWatcher::screenshotFolder(desktop.services()); };
     EXPECT_EQ(folder(), picturesFolder);
@@ -238,6 +308,9 @@ TEST_F(WatcherTest, TheSystemsFolderIsTheFirstSettingThatNamesAFolder) {
     preferences.store("location", "/Users/rb/file");
     EXPECT_EQ(folder(), desktopFolder);
 }
+
+INSTANTIATE_TEST_SUITE_P(Changes, WatcherTest, testing::Bool(),
+                         [](const auto& tested) { return std::string(tested.param ? "named" : "unnamed"); });
 
 using LineWatchTest = CaptureTest;
 

@@ -180,6 +180,37 @@ TEST_P(ClipboardManagerTest, AtQuitItKeepsWhatWasChosen) {
     }
 }
 
+TEST_F(ClipboardProgramsTest, AtQuitAClipboardManagerGetsAPictureThatIsStillBeingMade) {
+    session().start({"xfsettingsd"});
+    ASSERT_TRUE(waitUntil([&] { return x().selectionOwner("CLIPBOARD_MANAGER") != XCB_WINDOW_NONE; }, 30));
+    QImage picture(2000, 1500, QImage::Format_RGB32);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int column = 0; column < picture.width(); ++column) {
+            picture.setPixel(column, y, qRgb(column % 256, y % 256, (column * y) % 256));
+        }
+    }
+    const std::string path = session().folder() + "/photo.jpg";
+    ASSERT_TRUE(picture.save(QString::fromStdString(path)));
+    session().writeDefaults("{\"ClotheslinePaths\": [\"" + path + "\"]}");
+    constexpr int middle = 640;
+    x().movePointer(middle, 600);
+    Program& rookBay = startRookBay();
+    x().movePointer(middle, 2);
+    ASSERT_TRUE(waitUntil([&] { return !x().viewableOfClass(panelClass).empty(); }, 10));
+    EXPECT_TRUE(staysTrue([&] { return !x().viewableOfClass(panelClass).empty(); }, 0.8));
+    const xcb_window_t nobody = x().selectionOwner("CLIPBOARD");
+    x().click(middle, 120);
+    ASSERT_TRUE(waitUntil([&] { return x().selectionOwner("CLIPBOARD") != nobody; }, 10));
+    const double start = monotonicNow();
+    rookBay.signal(SIGTERM);
+    EXPECT_EQ(rookBay.waitForExit(), 0);
+    EXPECT_LT(monotonicNow() - start, 3);
+    EXPECT_EQ(paste("text/uri-list"), "file://" + path + "\r\n") << "the rest comes in any case";
+    const std::string png = paste("image/png");
+    EXPECT_EQ(QImage::fromData(reinterpret_cast<const uchar*>(png.data()), static_cast<int>(png.size()), "PNG").size(),
+              picture.size());
+}
+
 TEST_F(ClipboardProgramsTest, AManagerThatNeverAnswersDoesntHoldUpTheQuit) {
     // It owns the manager's selection, is silent when it is asked to save, and keeps what was copied all the same.
     session().start({"xfce4-clipman"});
