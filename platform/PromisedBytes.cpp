@@ -32,7 +32,7 @@ PromisedBytes::~PromisedBytes() {
 }
 
 std::shared_ptr<PromisedBytes> PromisedBytes::begin(RunLoop& loop, Making making) {
-    const std::shared_ptr<PromisedBytes> promise(new PromisedBytes(std::make_shared<State>()));
+    std::shared_ptr<PromisedBytes> promise(new PromisedBytes(std::make_shared<State>()));
     loop.background(QualityOfService::UserInitiated, [&loop, making = std::move(making), state = promise->state_,
                                                       weak = std::weak_ptr<PromisedBytes>(promise)] {
         state->settle(state->givenUp ? nullptr : making(state->givenUp));
@@ -46,7 +46,7 @@ std::shared_ptr<PromisedBytes> PromisedBytes::begin(RunLoop& loop, Making making
 }
 
 std::shared_ptr<PromisedBytes> PromisedBytes::settled(SharedBytes bytes) {
-    const std::shared_ptr<PromisedBytes> promise(new PromisedBytes(std::make_shared<State>()));
+    std::shared_ptr<PromisedBytes> promise(new PromisedBytes(std::make_shared<State>()));
     promise->state_->settle(std::move(bytes));
     return promise;
 }

@@ -18,6 +18,7 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QImageWriter>
+#include <QPainter>
 #include <QStandardPaths>
 
 #include <array>
@@ -130,6 +131,14 @@ Taking ask(XConnection& connection, const ScreenPixels& pixels, Chooser& chooser
     return {.shot = {.picture = chooser.picture().copy(area.x, area.y, area.width, area.height), .area = area}};
 }
 
+// On white, for files that know no transparency: they would have black there.
+QImage opaque(const QImage& picture) {
+    QImage flat(picture.size(), QImage::Format_RGB32);
+    flat.fill(Qt::white);
+    QPainter(&flat).drawImage(0, 0, picture);
+    return flat;
+}
+
 // The bytes of the picture file; empty when it can't be made.
 std::string encoded(const QImage& picture, const std::string& type) {
     // Quality is effort for PNG: a third of the default's time for a few percent more bytes.
@@ -140,7 +149,8 @@ std::string encoded(const QImage& picture, const std::string& type) {
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, QByteArray::fromStdString(type));
     writer.setQuality(type == "png" ? effort : quality);
-    return writer.write(picture) ? bytes.toStdString() : std::string();
+    return writer.write(type == "jpg" && picture.hasAlphaChannel() ? opaque(picture) : picture) ? bytes.toStdString()
+                                                                                                : std::string();
 }
 
 // The Desktop of a user who has none yet; where that fails, saving says why.

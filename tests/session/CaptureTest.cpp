@@ -104,12 +104,36 @@ protected:
 
     // A window that no window manager touches, with a border of `border` pixels in red.
     xcb_window_t bareWindow(int left, int top, std::uint32_t colour, std::uint16_t border = 0) {
+        return ownWindow({.left = left, .top = top, .border = border}, XCB_COPY_FROM_PARENT, XCB_COPY_FROM_PARENT,
+                         XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT, {colour, 0xff0000, 1});
+    }
+    // One that the screen behind it shines through; the colour is premultiplied.
+    xcb_window_t translucentWindow(int left, int top, std::uint32_t colour) {
+        constexpr std::uint8_t depth = 32;
+        for (auto depths = xcb_screen_allowed_depths_iterator(&x().screen()); depths.rem > 0; xcb_depth_next(&depths)) {
+            if (depths.data->depth == depth) {
+                const xcb_visualid_t visual = xcb_depth_visuals_iterator(depths.data).data->visual_id;
+                const xcb_colormap_t colours = xcb_generate_id(x().connection());
+                xcb_create_colormap(x().connection(), XCB_COLORMAP_ALLOC_NONE, colours, x().root(), visual);
+                return ownWindow({.left = left, .top = top}, depth, visual,
+                                 XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_COLORMAP,
+                                 {colour, 0, 1, colours});
+            }
+        }
+        ADD_FAILURE() << "no translucent windows here";
+        return XCB_WINDOW_NONE;
+    }
+    struct Place {
+        int left = 0;
+        int top = 0;
+        std::uint16_t border = 0;
+    };
+    xcb_window_t ownWindow(const Place& place, std::uint8_t depth, xcb_visualid_t visual, std::uint32_t mask,
+                           const std::vector<std::uint32_t>& values) {
         const xcb_window_t made = xcb_generate_id(x().connection());
-        const std::uint32_t values[] = {colour, 0xff0000, 1};
-        xcb_create_window(x().connection(), XCB_COPY_FROM_PARENT, made, x().root(), static_cast<std::int16_t>(left),
-                          static_cast<std::int16_t>(top), 200, 100, border, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
-                          values);
+        xcb_create_window(x().connection(), depth, made, x().root(), static_cast<std::int16_t>(place.left),
+                          static_cast<std::int16_t>(place.top), 200, 100, place.border, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          visual, mask, values.data());
         xcb_map_window(x().connection(), made);
         x().sync();
         return made;
@@ -245,6 +269,22 @@ TEST_F(CaptureTest, AWindowComesWithItsBorderAlthoughAnotherCoversIt) {
     EXPECT_EQ(picture.pixel(209, 109), qRgb(0xff, 0, 0));
     EXPECT_EQ(picture.pixel(6, 6), qRgb(0x20, 0x40, 0x60));
     EXPECT_EQ(picture.pixel(180, 90), qRgb(0x20, 0x40, 0x60)) << "where the other one covers it";
+}
+
+TEST_F(CaptureTest, WhatShinesThroughAWindowIsWhiteInAFileWithoutTransparency) {
+    paintWallpaper();
+    const xcb_window_t below = translucentWindow(300, 300, 0x80000080);
+    EXPECT_TRUE(waitUntil([&] { return x().pixel(350, 350) != (wallColour(350, 350) & 0xffffff); }, patience));
+    bareWindow(400, 350, 0x802020);
+    EXPECT_TRUE(waitUntil([&] { return x().pixel(450, 400) == 0x802020; }, patience));
+    makeActive(below);
+    const std::string file = session().folder() + "/shot.jpg";
+    Program& program = capture({"--active-window", "--output", file});
+    ASSERT_EQ(program.waitForExit(patience), 0) << program.output();
+    const QColor seen = QImage(QString::fromStdString(file)).pixelColor(150, 80);
+    EXPECT_NEAR(seen.red(), 0x7f, 8);
+    EXPECT_NEAR(seen.green(), 0x7f, 8);
+    EXPECT_NEAR(seen.blue(), 0xff, 8);
 }
 
 TEST_F(CaptureTest, TheNextOneAsksWhileTheLastOneIsStillBeingDelivered) {
