@@ -341,8 +341,8 @@ void SelectionOwner::offerToManager() {
     while (!handedOver_ && loop_.now() < std::min(begin + handOverLimit, lastAsked_ + signOfLifeLimit) &&
            xcb_connection_has_error(x) == 0) {
         connection_.deliver();
-        if (!waiting_.empty()) {
-            lastAsked_ = loop_.now(); // it is us whom the manager waits for
+        if (!waiting_.empty() || !sendings_.empty()) {
+            lastAsked_ = loop_.now(); // what was asked for isn't all there yet
         }
         if (loop_.now() < begin + lastMakingLimit) {
             answerWaiting();
