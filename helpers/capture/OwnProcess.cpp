@@ -28,6 +28,8 @@ bool startAgain(const std::vector<std::string>& arguments, int input, int output
     give(input, STDIN_FILENO, O_RDONLY);
     give(output, STDOUT_FILENO, O_WRONLY);
     give(-1, STDERR_FILENO, O_WRONLY);
+    // What else whoever started us has open (a lock, a pipe that somebody reads to its end) must not live on with it.
+    posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
     pid_t child = -1;

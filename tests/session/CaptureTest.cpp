@@ -328,8 +328,12 @@ TEST_F(CaptureTest, TheFileComesAlthoughTheClipboardCanNotBeHad) {
 TEST_F(CaptureTest, TheClipboardKeepsThePictureAndTheHistoryHasIt) {
     paintWallpaper();
     startRookBay();
-    Program& program = capture({"--clipboard"});
+    const std::string lock = session().folder() + "/lock";
+    Program& program =
+        session().start({"sh", "-c", "exec 9>\"$1\"; flock 9; exec \"$0\" --clipboard", CAPTURE_PROGRAM, lock});
     ASSERT_EQ(program.waitForExit(patience), 0) << program.output();
+    EXPECT_EQ(session().start({"flock", "-n", lock, "true"}).waitForExit(patience), 0)
+        << "the script's own lock is free";
     const std::string file = session().folder() + "/pasted.png";
     Program& paste = session().start({"sh", "-c", "xclip -selection clipboard -t image/png -o >" + file});
     EXPECT_EQ(paste.waitForExit(patience), 0) << paste.output();
