@@ -6,6 +6,7 @@
 #include "helpers/capture/FileName.h"
 #include "helpers/shared/WriteAll.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -40,6 +41,13 @@ std::string reasonInWords(int error) {
     }
 }
 
+// Of this process on this machine: several may save on one share.
+std::string hiddenName() {
+    std::array<char, 256> host{};
+    gethostname(host.data(), host.size() - 1);
+    return ".rookbay-capture-" + std::string(host.data()) + "-" + std::to_string(getpid());
+}
+
 // The file before it has its final name.
 class NewFile {
 public:
@@ -48,7 +56,7 @@ public:
         , fd_(openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, asTheUserLikes)) {
         if (!fd_ && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL || errno == ENOENT)) {
             // A file system without nameless files: a hidden one, which watchers of folders leave out.
-            name_ = ".rookbay-capture-" + std::to_string(getpid());
+            name_ = hiddenName();
             unlinkat(folder_, name_.c_str(), 0); // of an earlier process with our number
             fd_ = UniqueFd(
                 openat(folder_, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, asTheUserLikes));
@@ -142,6 +150,7 @@ SavedCapture saveCapture(const std::string& folder, const std::string& name, con
     for (int number = 1; number <= mostNames; ++number) {
         const std::string fileName = numberedName(name, number) + "." + extension;
         if (fresh.giveName(fileName)) {
+            fsync(place.get()); // the name is as lasting as the file
             return {.path = (folder == "/" ? "" : folder) + "/" + fileName, .error = {}};
         }
         if (errno != EEXIST) {

@@ -84,8 +84,12 @@ TEST_F(ResolutionHelperTest, ARefusalOfKeepingRestores) {
 }
 
 TEST_F(ResolutionHelperTest, NothingIsSetOnAnotherDisplayOrToAnotherMode) {
-    for (const auto& [identity, mode] : std::vector<std::pair<std::string, std::string>>{
-             {"1:16:32:49", "77"}, {"", "77"}, {"1:16:32", "77"}, {"1:16:32:48", "78"}, {"1:16:32:48", ""}}) {
+    for (const auto& [identity, mode] : std::vector<std::pair<std::string, std::string>>{{"1:16:32:49", "77"},
+                                                                                         {"", "77"},
+                                                                                         {"1:16:32", "77"},
+                                                                                         {"1:16:32:48", "78"},
+                                                                                         {"1:16:32:48", "77x"},
+                                                                                         {"1:16:32:48", ""}}) {
         const std::string output = run(identity, mode);
         EXPECT_TRUE(output.starts_with("{\"ok\":false,\"trial\":false,\"message\":")) << output;
         EXPECT_EQ(code_, 1);

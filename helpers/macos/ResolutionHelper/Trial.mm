@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
-#include <cstdlib>
 #include <poll.h>
 #include <unistd.h>
 
@@ -116,7 +116,10 @@ int runTrial(const std::string& identity, const std::string& modeID, int input) 
         return fail("找不到这块显示器；它可能已断开或被替换。");
     }
     const Mode before(CGDisplayCopyDisplayMode(display));
-    const Mode wanted(copyMode(display, static_cast<int>(std::strtol(modeID.c_str(), nullptr, 10))));
+    int number = 0;
+    const char* end = modeID.data() + modeID.size();
+    const auto parsed = std::from_chars(modeID.data(), end, number);
+    const Mode wanted(parsed.ec == std::errc() && parsed.ptr == end ? copyMode(display, number) : nullptr);
     if (before.get() == nullptr || wanted.get() == nullptr) {
         return fail("显示器没有这个模式。");
     }
