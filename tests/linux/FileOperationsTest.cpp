@@ -394,8 +394,7 @@ TEST_F(FileOperationsTest, QuittingInTheMiddleLeavesTheSourceWholeAndNoHalfFile)
         GTEST_SKIP() << "this machine has one file system only";
     }
     constexpr std::uintmax_t size = 256U << 20U;
-    write(here / "large", "beginning");
-    fs::resize_file(here / "large", size);
+    write(here / "large", std::string(size, 'x')); // holes would be copied in no time
     bool told = false;
     operations->moveItem(here / "large", there / "large", [&](const std::optional<FileFailure>&) { told = true; });
     operations->copyItem(here / "large", here / "second", [&](const std::optional<FileFailure>&) { told = true; });
