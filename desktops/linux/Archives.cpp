@@ -1,8 +1,8 @@
 #include "desktops/linux/Archives.h"
 
-#include "desktops/linux/ArchiveFile.h"
 #include "desktops/linux/Folders.h"
 #include "desktops/linux/KeyedArchive.h"
+#include "desktops/linux/UnchangedFile.h"
 #include "desktops/linux/UniqueFd.h"
 #include "helpers/shared/WriteAll.h"
 #include "platform/Log.h"
@@ -59,24 +59,19 @@ std::string setAside(int folder, const std::string& name) {
     return {};
 }
 
-// Those whose data, if they have some, can still be read.
-std::vector<ArchiveObject> readableOf(const std::vector<ArchiveObject>& objects) {
-    std::vector<ArchiveObject> readable;
-    readable.reserve(objects.size());
-    std::copy_if(objects.begin(), objects.end(), std::back_inserter(readable), [](const ArchiveObject& object) {
-        return std::all_of(object.begin(), object.end(), [](const auto& entry) {
-            const auto* data = std::get_if<SharedBlob>(&entry.second);
-            const auto place = data != nullptr && *data ? (*data)->place() : std::nullopt;
-            const auto* file = place ? dynamic_cast<const ArchiveFile*>(place->store.get()) : nullptr;
-            return file == nullptr || file->isUnchanged();
-        });
+// Whether its data, if it has some, can still be read.
+bool isReadable(const ArchiveObject& object) {
+    return std::all_of(object.begin(), object.end(), [](const auto& entry) {
+        const auto* data = std::get_if<SharedBlob>(&entry.second);
+        const auto place = data != nullptr && *data ? (*data)->place() : std::nullopt;
+        const auto* file = place ? dynamic_cast<const UnchangedFile*>(place->store.get()) : nullptr;
+        return file == nullptr || file->isUnchanged();
     });
-    return readable;
 }
 
 bool writeBlob(int target, const Blob& data) {
     const auto place = data.place();
-    if (const auto* file = place ? dynamic_cast<const ArchiveFile*>(place->store.get()) : nullptr) {
+    if (const auto* file = place ? dynamic_cast<const UnchangedFile*>(place->store.get()) : nullptr) {
         return file->copyTo(target, place->offset, data.size());
     }
     const SharedBytes bytes = data.bytes();
@@ -98,7 +93,7 @@ bool writePieces(int target, const EncodedArchive& archive) {
 }
 
 // From now on the data are in this file, of which the archive is the whole.
-void moveData(const EncodedArchive& archive, const std::shared_ptr<const ArchiveFile>& file) {
+void moveData(const EncodedArchive& archive, const std::shared_ptr<const UnchangedFile>& file) {
     std::uint64_t offset = 0;
     for (std::size_t index = 0; index < archive.data.size(); ++index) {
         offset += archive.texts[index].size();
@@ -160,7 +155,7 @@ std::optional<std::vector<ArchiveObject>> LinuxArchives::read(const std::string&
     }
     DecodedArchive decoded{.objects = std::nullopt, .fault = "too large"};
     if (status.st_size <= largestArchive) {
-        decoded = decodeArchive(objectClass, std::make_shared<const ArchiveFile>(std::move(file)));
+        decoded = decodeArchive(objectClass, std::make_shared<const UnchangedFile>(std::move(file)));
     }
     if (!decoded.objects) {
         const std::string other = setAside(folder.get(), name);
@@ -188,12 +183,15 @@ bool LinuxArchives::write(const std::string& path, const ArchiveClass& objectCla
         complain(path + " is not a file of our own and isn't replaced");
         return false;
     }
-    const std::vector<ArchiveObject> readable = readableOf(objects);
-    if (readable.size() < objects.size()) {
-        complain("somebody has written into " + path + "; " + std::to_string(objects.size() - readable.size()) +
+    std::vector<ArchiveObject> readable;
+    const auto lost =
+        objects.size() - static_cast<std::size_t>(std::count_if(objects.begin(), objects.end(), isReadable));
+    if (lost > 0) {
+        complain("somebody has written into " + path + "; " + std::to_string(lost) +
                  " records that were there are lost");
+        std::copy_if(objects.begin(), objects.end(), std::back_inserter(readable), isReadable);
     }
-    const EncodedArchive encoded = encodeArchive(objectClass, readable);
+    const EncodedArchive encoded = encodeArchive(objectClass, lost > 0 ? readable : objects);
     // One name only, so that nothing piles up when the machine stops in the middle again and again.
     const std::string fresh = name + ".new";
     unlinkat(folder.get(), fresh.c_str(), 0);
@@ -209,7 +207,7 @@ bool LinuxArchives::write(const std::string& path, const ArchiveClass& objectCla
         }
         return false;
     }
-    moveData(encoded, std::make_shared<const ArchiveFile>(std::move(file)));
+    moveData(encoded, std::make_shared<const UnchangedFile>(std::move(file)));
     fsync(folder.get());
     return true;
 }

@@ -3,6 +3,7 @@
 #include "desktops/linux/CopyNotes.h"
 #include "desktops/linux/Trash.h"
 #include "desktops/linux/TreeCopy.h"
+#include "desktops/linux/UnchangedFile.h"
 #include "desktops/linux/UniqueFd.h"
 #include "platform/Files.h"
 #include "platform/RunLoop.h"
@@ -14,6 +15,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
+#include <span>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -133,34 +135,23 @@ std::optional<FileFailure> moveByCopy(const std::string& from, const std::string
 
 class LinuxOpenedFile final : public OpenedFile {
 public:
-    LinuxOpenedFile(UniqueFd file, const struct stat& facts)
-        : file_(std::move(file))
-        , facts_(facts) {}
+    explicit LinuxOpenedFile(UniqueFd file)
+        : file_(std::move(file)) {}
 
     SharedBytes contents(const std::atomic<bool>& givenUp) const override {
         constexpr std::size_t piece = 1'048'576;
-        Bytes bytes(static_cast<std::size_t>(facts_.st_size));
-        for (std::size_t have = 0; have < bytes.size();) {
-            const ssize_t count = givenUp ? 0
-                                          : pread(file_.get(), bytes.data() + have,
-                                                  std::min(piece, bytes.size() - have), static_cast<off_t>(have));
-            if (count < 0 && errno == EINTR) {
-                continue;
-            }
-            if (count <= 0) {
+        const auto bytes = std::make_shared<Bytes>(file_.size());
+        for (std::size_t have = 0; have < bytes->size(); have += piece) {
+            const auto rest = std::span(*bytes).subspan(have);
+            if (givenUp || !file_.read(have, rest.first(std::min(piece, rest.size())))) {
                 return nullptr;
             }
-            have += static_cast<std::size_t>(count);
         }
-        struct stat now {};
-        const bool same = fstat(file_.get(), &now) == 0 && now.st_size == facts_.st_size &&
-                          now.st_mtim.tv_sec == facts_.st_mtim.tv_sec && now.st_mtim.tv_nsec == facts_.st_mtim.tv_nsec;
-        return same ? std::make_shared<const Bytes>(std::move(bytes)) : nullptr;
+        return file_.isUnchanged() ? bytes : nullptr;
     }
 
 private:
-    UniqueFd file_;
-    struct stat facts_;
+    UnchangedFile file_;
 };
 
 void tell(const FileOperations::Done& done, const std::optional<FileFailure>& failure) {
@@ -237,7 +228,7 @@ std::shared_ptr<const OpenedFile> LinuxFileOperations::open(const std::string& p
         static_cast<std::uint64_t>(facts.st_size) > mostBytes) {
         return nullptr;
     }
-    return std::make_shared<const LinuxOpenedFile>(std::move(file), facts);
+    return std::make_shared<const LinuxOpenedFile>(std::move(file));
 }
 
 void LinuxFileOperations::trashItem(const std::string& path, Done done) {

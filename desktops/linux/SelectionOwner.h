@@ -36,9 +36,8 @@ struct SelectionForm {
 
 // Holds a selection for the program and gives its contents to others for as long as it holds it. Who asks for something
 // that is still being made is answered when it is there; once it turns out that it can't be made it isn't offered any
-// more. Not by Qt's
-// clipboard, which takes the selection at the time of the last event that Qt saw: a choice that comes over the session
-// bus is none, and the server would refuse. Main thread only.
+// more. Not by Qt's clipboard, which takes the selection at the time of the last event that Qt saw: a choice that comes
+// over the session bus is none, and the server would refuse. Main thread only.
 class SelectionOwner {
 public:
     SelectionOwner(XConnection& connection, RunLoop& loop, std::string selection);

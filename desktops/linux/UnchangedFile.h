@@ -7,12 +7,12 @@
 
 namespace rb {
 
-// A file that was read or written whole and stays open: what it holds can be read long after its name is another
-// file's, but no longer once somebody has written into it. Any thread.
-class ArchiveFile final : public ByteStore {
+// A file that stays open: what it holds can be read long after its name is another file's, but no longer once somebody
+// has written into it. Any thread.
+class UnchangedFile final : public ByteStore {
 public:
     // Open for reading, with its final contents.
-    explicit ArchiveFile(UniqueFd file);
+    explicit UnchangedFile(UniqueFd file);
 
     std::uint64_t size() const override { return size_; }
     bool read(std::uint64_t offset, std::span<std::uint8_t> into) const override;

@@ -1,4 +1,4 @@
-#include "desktops/linux/ArchiveFile.h"
+#include "desktops/linux/UnchangedFile.h"
 
 #include "helpers/shared/WriteAll.h"
 
@@ -18,7 +18,7 @@ constexpr std::uint64_t pieceSize = 524'288;
 
 } // namespace
 
-ArchiveFile::ArchiveFile(UniqueFd file)
+UnchangedFile::UnchangedFile(UniqueFd file)
     : file_(std::move(file)) {
     struct stat status {};
     if (fstat(file_.get(), &status) == 0) {
@@ -27,13 +27,13 @@ ArchiveFile::ArchiveFile(UniqueFd file)
     }
 }
 
-bool ArchiveFile::isUnchanged() const {
+bool UnchangedFile::isUnchanged() const {
     struct stat status {};
     return fstat(file_.get(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) == size_ &&
            status.st_mtim.tv_sec == changed_.tv_sec && status.st_mtim.tv_nsec == changed_.tv_nsec;
 }
 
-bool ArchiveFile::read(std::uint64_t offset, std::span<std::uint8_t> into) const {
+bool UnchangedFile::read(std::uint64_t offset, std::span<std::uint8_t> into) const {
     std::size_t filled = 0;
     while (filled < into.size()) {
         const ssize_t count =
@@ -49,7 +49,7 @@ bool ArchiveFile::read(std::uint64_t offset, std::span<std::uint8_t> into) const
     return isUnchanged();
 }
 
-bool ArchiveFile::copyTo(int target, std::uint64_t offset, std::uint64_t length) const {
+bool UnchangedFile::copyTo(int target, std::uint64_t offset, std::uint64_t length) const {
     const std::uint64_t end = offset + length;
     auto from = static_cast<off_t>(offset);
     while (static_cast<std::uint64_t>(from) < end) {
